@@ -1,0 +1,37 @@
+// The value type of everything that is reached by name: property bags and late-bound members.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <variant>
+
+namespace lumora
+{
+
+/// Base of every object that a Variant can hold.
+class Object
+{
+public:
+    virtual ~Object() = default;
+};
+
+using ObjectReference = std::shared_ptr<Object>;
+
+/// Empty, Boolean, Long, Single, Double, String (UTF-8) or an object reference (possibly nothing).
+using Variant = std::variant<std::monostate, bool, std::int32_t, float, double, std::string, ObjectReference>;
+
+/// Conversions with the rules of automation: numbers round to nearest with halves to even; non-zero is True;
+/// True is -1; a string converts when the whole of it is a number. Error 13 when the value has no such meaning,
+/// error 6 when it is out of range.
+std::int32_t VariantToLong(const Variant& value);
+float VariantToSingle(const Variant& value);
+double VariantToDouble(const Variant& value);
+bool VariantToBoolean(const Variant& value);
+std::string VariantToString(const Variant& value);
+ObjectReference VariantToObject(const Variant& value);
+
+/// Equal values; numbers compare numerically whatever their types.
+bool VariantsEqual(const Variant& left, const Variant& right);
+
+} // namespace lumora

@@ -1,0 +1,44 @@
+// Drawing on a surface or bitmap with colours whose low byte is red.
+#pragma once
+
+#include "platform/directdraw/Bitmap.h"
+#include "platform/drivers/PixelView.h"
+
+namespace lumora
+{
+
+/// A colour value of device contexts: blue * 65536 + green * 256 + red.
+using ColorRef = std::uint32_t;
+
+/// Draws into pixels that belong to a surface or a bitmap, clipped to them. Valid until it is released.
+class DeviceContext : public Object
+{
+public:
+    explicit DeviceContext(const PixelView& pixels) : pixels_(pixels) {}
+
+    int Width() const { return pixels_.width; }
+    int Height() const { return pixels_.height; }
+
+    /// Outside: nothing, and black is read.
+    void SetPixel(int x, int y, ColorRef color);
+    ColorRef GetPixel(int x, int y) const;
+
+    /// From the first point up to, not including, the last.
+    void Line(int x1, int y1, int x2, int y2, ColorRef color);
+
+    /// Filled; right and bottom are outside.
+    void FillRectangle(const PixelRect& rect, ColorRef color);
+
+    /// Copies a block of another context, unscaled, clipped on both sides.
+    void BitBlt(int x, int y, int width, int height, const DeviceContext& source, int sourceX, int sourceY);
+
+    /// Copies a block of another context onto one of another size, by the nearest pixel.
+    void StretchBlt(const PixelRect& destination, const DeviceContext& source, const PixelRect& sourceRect);
+
+    const PixelView& Pixels() const { return pixels_; }
+
+private:
+    PixelView pixels_;
+};
+
+} // namespace lumora

@@ -1,0 +1,50 @@
+// Positions over time, for a frame.
+#pragma once
+
+#include "platform/scenegraph/Frame.h"
+
+#include <vector>
+
+namespace lumora
+{
+
+/// Moves the bound frame (relative to its parent) through position keys: linear, or by a Catmull-Rom spline, both
+/// through every key. Closed animations go on from the last key to the first over the same time as the first step and
+/// repeat; open ones stop at their ends.
+class Animation : public SceneObject
+{
+public:
+    enum class Interpolation
+    {
+        Linear,
+        Spline,
+    };
+
+    void SetInterpolation(Interpolation interpolation) { interpolation_ = interpolation; }
+    void SetClosed(bool closed) { closed_ = closed; }
+
+    /// Adds a key, or replaces the one at the same time. RMBadValue for numbers that are not finite.
+    void AddPositionKey(float time, float x, float y, float z);
+
+    void SetFrame(const std::shared_ptr<Frame>& frame);
+
+    /// The position at `time`; RMNotFound without keys.
+    Vector PositionAt(float time) const;
+
+    /// Moves the bound frame (if any) to its place at `time`.
+    void SetTime(float time);
+
+private:
+    struct Key
+    {
+        float time;
+        Vector position;
+    };
+
+    std::vector<Key> keys_; // by time
+    Interpolation interpolation_ = Interpolation::Linear;
+    bool closed_ = false;
+    std::shared_ptr<Frame> frame_;
+};
+
+} // namespace lumora

@@ -1,0 +1,148 @@
+// Polygons with colours, materials, textures: built by hosts, compiled once, drawn and picked from the compiled form.
+#pragma once
+
+#include "platform/drivers/DrawMesh.h"
+#include "platform/math/Matrix.h"
+#include "platform/scenegraph/Color.h"
+#include "platform/scenegraph/Material.h"
+#include "platform/scenegraph/SceneObject.h"
+#include "platform/scenegraph/Texture.h"
+
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace lumora
+{
+
+/// Render quality: shade (0 flat, 1 Gouraud, 2 Phong), light (8 on) and fill (0 points, 64 wireframe, 128 solid) bits.
+namespace quality
+{
+inline constexpr std::uint32_t ShadeMask = 0x07;
+inline constexpr std::uint32_t LightOn = 0x08;
+inline constexpr std::uint32_t LightMask = 0x38;
+inline constexpr std::uint32_t FillMask = 0x1C0;
+inline constexpr std::uint32_t FillPoints = 0x00;
+inline constexpr std::uint32_t FillWireframe = 0x40;
+inline constexpr std::uint32_t FillSolid = 0x80;
+inline constexpr std::uint32_t Wireframe = 0x40; ///< flat, unlit, wireframe
+inline constexpr std::uint32_t Flat = 0x88;      ///< flat, lit, solid
+inline constexpr std::uint32_t Gouraud = 0x89;   ///< Gouraud, lit, solid
+} // namespace quality
+
+/// Positions, normals and the packed face list: for each face its vertex count, then a pair (vertex, normal) for each
+/// corner, or a vertex alone when there are no normals; a single 0 ends the list.
+struct MeshGeometry
+{
+    std::vector<Vector> vertices;
+    std::vector<Vector> normals;
+    std::vector<std::int32_t> faceList;
+};
+
+class MeshBuilder;
+
+/// One polygon: before MeshBuilder::AddFace on its own, afterwards a view of the mesh's face.
+class Face : public SceneObject
+{
+public:
+    Face() = default;
+
+    /// Adds a corner. RMBadValue when not finite; RMFaceUsed once the face is in a mesh.
+    void AddVertex(float x, float y, float z);
+
+    std::int32_t VertexCount() const;
+
+    /// White, opaque at first.
+    Color GetColor() const;
+    void SetColor(Color color);
+    void SetMaterial(const std::shared_ptr<Material>& material);
+    void SetTexture(const std::shared_ptr<Texture>& texture);
+
+private:
+    friend class MeshBuilder;
+    MeshBuilder& Mesh() const;
+
+    std::vector<Vector> corners_; // while on its own
+    Color color_ = 0xFFFFFFFF;
+    std::shared_ptr<Material> material_;
+    std::shared_ptr<Texture> texture_;
+    std::weak_ptr<MeshBuilder> mesh_;
+    std::int32_t index_ = -1;
+};
+
+/// A mesh under construction and in use. Faces are polygons of any number of corners, clockwise seen from the front;
+/// ones with fewer than three corners are kept, and drawn as nothing. Coordinates are the mesh's own.
+///
+/// Numbers that are not finite raise RMBadValue, indices outside raise error 9, and leave the mesh as it was.
+class MeshBuilder : public Visual, public std::enable_shared_from_this<MeshBuilder>
+{
+public:
+    /// The most vertices or corners a mesh holds.
+    static constexpr std::size_t MaximumCount = 0x10000000;
+
+    static std::shared_ptr<MeshBuilder> Make();
+
+    // Building.
+
+    /// A new face of no corners in this mesh; it grows by Face::AddVertex... returned faces are views.
+    std::shared_ptr<Face> CreateFace();
+
+    /// Moves a face that stands on its own into this mesh. RMFaceUsed when it is in one.
+    void AddFace(const std::shared_ptr<Face>& face);
+
+    /// Adds polygons from a packed list; indices count from 0 within the given arrays. An empty `normals` means that
+    /// the list has vertex indices alone. Error 9 for an index outside its array or a list that ends early; nothing is
+    /// added then. Answers the index of the first new face.
+    std::int32_t AddFaces(std::span<const Vector> vertices, std::span<const Vector> normals,
+                          std::span<const std::int32_t> faceList);
+
+    /// A copy of another mesh's faces with their colours, materials and textures. Adding a mesh to itself doubles it.
+    void AddMeshBuilder(const std::shared_ptr<MeshBuilder>& other);
+
+    /// Room for so many more vertices, normals and faces; a promise about memory only.
+    void ReserveSpace(std::int32_t vertices, std::int32_t normals, std::int32_t faces);
+
+    /// Removes all faces, vertices and normals.
+    void Empty();
+
+    void Scale(float x, float y, float z);
+    void Translate(float x, float y, float z);
+
+    // Reading.
+
+    MeshGeometry GetGeometry() const;
+    std::int32_t GetFaceCount() const;
+    std::int32_t GetVertexCount() const;
+    std::int32_t GetNormalCount() const;
+    std::shared_ptr<Face> GetFace(std::int32_t index);
+    Box GetBox() const;
+
+    // Looks. What is said to the mesh is said to each of its faces.
+
+    void SetColor(Color color);
+    void SetColorRGB(float red, float green, float blue);
+    void SetMaterial(const std::shared_ptr<Material>& material);
+    void SetTexture(const std::shared_ptr<Texture>& texture);
+    void SetFaceColors(std::span<const Color> colors); ///< one per face; error 9 when the count differs
+
+    /// Per vertex; v 0 is the top of the image.
+    void SetTextureCoordinates(std::int32_t vertex, float u, float v);
+    void SetTextureCoordinates(std::span<const float> uv); ///< u, v of every vertex
+
+    /// Replaces all normals by ones made from the faces: a corner averages the faces around its vertex (weighted by
+    /// their angle) whose own normals are within `creaseAngle` radians. Meshes without normals are drawn with
+    /// ones made by the angle 0.5 (in a mesh without normals GetNormalCount stays 0).
+    void GenerateNormals(float creaseAngle);
+
+    std::uint32_t GetQuality() const;
+
+    /// The most a device draws of this mesh; Gouraud at first.
+    void SetQuality(std::uint32_t quality);
+
+    // Compiled form.
+
+    /// Built at need and kept until the mesh or one of its materials changes.
+    std::shared_ptr<const DrawMesh> Compiled();
+};
+
+} // namespace lumora
