@@ -1,0 +1,38 @@
+// The stored camera record. The camera's frame is the truth about place and orientation; these are copies.
+#pragma once
+
+#include "platform/math/Vector.h"
+#include "properties/Enumerations.h"
+
+namespace lumora
+{
+
+/// Positions and directions are relative to the scene's frame.
+struct CameraState
+{
+    Vector Position;
+    Vector Direction{0, 0, 1};
+    Vector Up{0, 1, 0};
+    tdlOrientation ViewOrientation = tdlFrontView; ///< last passed to InitializeCameraPositionAndOrientation
+
+    // Stored for the host to apply; nothing in the control reads them.
+    Vector Velocity; ///< scene units a second
+    tdlNavigationMethod VelocityMethod = tdlGlide;
+    Vector RotationalVelocity; ///< radians a second about x, y, z
+    Vector RotationOrigin;
+    tdlNavigationMethod RotationMethod = tdlGlide;
+    float ZoomVelocity = 0; ///< field-of-view units a second
+};
+
+/// Directions in which obstacles are looked for.
+enum mudtDirection : std::int32_t
+{
+    tdlDirForward = 0,
+    tdlDirBack = 1,
+    tdlDirLeft = 2,
+    tdlDirRight = 3,
+    tdlDirUp = 4,
+    tdlDirDown = 5,
+};
+
+} // namespace lumora

@@ -1,0 +1,165 @@
+// How far the nearest obstacle lies in a direction: a grid of rays through the viewport.
+#include "camera/CameraMath.h"
+#include "platform/automation/Numbers.h"
+#include "viewport/Names.h"
+#include "viewport/Viewport.h"
+
+#include <cmath>
+
+namespace lumora
+{
+
+namespace
+{
+
+constexpr float NothingThere = 100000000.0F;
+
+// Where the camera is turned to look in a direction, and how far it is pushed so that the front plane does not hide
+// what is near.
+struct ProbeView
+{
+    Orientation orientation;
+    float shift;
+};
+
+ProbeView ViewTowards(RetainedMode& vectors, const Orientation& camera, mudtDirection direction, float front)
+{
+    const auto turned = [&](Vector vector, Vector axis, float angle)
+    { return vectors.VectorRotate(vector, axis, angle); };
+    const auto [forward, up] = camera;
+    constexpr float QuarterTurn = CameraPi / 2;
+    constexpr float ThreeQuarterTurn = 3 * CameraPi / 2;
+    switch (direction)
+    {
+    case tdlDirForward:
+        return {camera, 0};
+    case tdlDirBack:
+        return {{turned(forward, up, CameraPi), up}, front};
+    case tdlDirLeft:
+        return {{turned(forward, up, ThreeQuarterTurn), up}, front};
+    case tdlDirRight:
+        return {{turned(forward, up, QuarterTurn), up}, -front};
+    default:
+        break;
+    }
+    const Vector side = turned(forward, up, QuarterTurn);
+    const bool upwards = direction == tdlDirUp;
+    const float angle = upwards ? ThreeQuarterTurn : QuarterTurn;
+    return {{turned(forward, side, angle), turned(up, side, angle)}, upwards ? -front : front};
+}
+
+mudtDirection DirectionOf(int axis, bool positive)
+{
+    static constexpr mudtDirection Directions[3][2] = {
+        {tdlDirLeft, tdlDirRight}, {tdlDirDown, tdlDirUp}, {tdlDirBack, tdlDirForward}};
+    return Directions[axis][positive ? 1 : 0];
+}
+
+} // namespace
+
+void Viewport::ShortenByCollision(int axis, float& distance)
+{
+    const Trap trap{Source};
+    std::shared_ptr<Frame> frame;
+    std::shared_ptr<MeshBuilder> mesh;
+    float obstacle = 0;
+    trap([&]
+         { obstacle = ProbeCollision(properties_.CollisionSamples, DirectionOf(axis, distance > 0), frame, mesh); });
+    const float room = obstacle - properties_.CollisionDistance;
+    if (room >= std::abs(distance))
+        return;
+    distance = distance > 0 ? room : -room;
+    trap([&] { Collision.Raise(frame, mesh); });
+}
+
+float Viewport::RayPickScreenPoint(std::int32_t X, std::int32_t Y, std::shared_ptr<Frame>& Frame,
+                                   std::shared_ptr<MeshBuilder>& MeshBuilder)
+{
+    lumora::RMViewport& viewport = Required(drawing_.RMViewport);
+    const Vector near = viewport.InverseTransform({static_cast<float>(X), static_cast<float>(Y), 0, 1});
+    const Vector far = viewport.InverseTransform({static_cast<float>(X), static_cast<float>(Y), 1, 1});
+    const Vector direction = Required(drawing_.RetainedMode).VectorNormalize(far - near);
+    const auto hits =
+        Required(drawing_.SceneFrame).RayPick(drawing_.SceneFrame, {direction, near}, RayPickFlags::BoundingBoxes);
+    if (hits->GetSize() == 0)
+        return NothingThere;
+    const PickHit& nearest = hits->GetPick(0);
+    MeshBuilder = std::dynamic_pointer_cast<lumora::MeshBuilder>(nearest.visual);
+    Frame = nearest.framePath.back();
+    return nearest.description.position.z;
+}
+
+float Viewport::ProbeGrid(std::int32_t Samples, std::shared_ptr<Frame>& Frame,
+                          std::shared_ptr<MeshBuilder>& MeshBuilder)
+{
+    const ClientRect client = ClientPixels();
+    // A single sample looks through the centre.
+    const auto along = [&](std::int32_t start, std::int32_t size, std::int32_t index)
+    { return ToLong(start + size * (Samples == 1 ? 0.5 : static_cast<double>(index) / (Samples - 1))); };
+    float nearest = NothingThere;
+    for (std::int32_t column = 0; column < Samples; ++column)
+        for (std::int32_t row = 0; row < Samples; ++row)
+        {
+            std::shared_ptr<lumora::Frame> frame;
+            std::shared_ptr<lumora::MeshBuilder> mesh;
+            const float distance = RayPickScreenPoint(along(client.Left, client.Width, column),
+                                                      along(client.Top, client.Height, row), frame, mesh);
+            if (distance >= nearest)
+                continue;
+            nearest = distance;
+            Frame = frame;
+            MeshBuilder = mesh;
+        }
+    return nearest;
+}
+
+float Viewport::ProbeCollision(std::int32_t Samples, mudtDirection Direction, std::shared_ptr<Frame>& Frame,
+                               std::shared_ptr<MeshBuilder>& MeshBuilder)
+{
+    const Trap trap{Source};
+    float nearest = NothingThere;
+    if (Direction == tdlDirForward)
+    {
+        trap([&] { nearest = ProbeGrid(Samples, Frame, MeshBuilder); });
+        return nearest;
+    }
+    Orientation saved;
+    trap([&] { saved = Required(drawing_.CameraFrame).GetOrientation(drawing_.SceneFrame); });
+    ProbeView view{};
+    trap([&]
+         { view = ViewTowards(Required(drawing_.RetainedMode), saved, Direction, properties_.FrontClippingPlane); });
+    const auto restoreOrientation = [&]
+    { drawing_.CameraFrame->SetOrientation(drawing_.SceneFrame, saved.direction, saved.up); };
+    trap(
+        [&] {
+            drawing_.CameraFrame->SetOrientation(drawing_.SceneFrame, view.orientation.direction, view.orientation.up);
+        });
+    try
+    {
+        trap([&] { drawing_.CameraFrame->AddTranslation(CombineType::After, 0, 0, view.shift); });
+        trap([&] { nearest = ProbeGrid(Samples, Frame, MeshBuilder); });
+        trap([&] { drawing_.CameraFrame->AddTranslation(CombineType::After, 0, 0, -view.shift); });
+    }
+    catch (...)
+    {
+        IgnoringErrors(restoreOrientation);
+        throw;
+    }
+    trap(restoreOrientation);
+    return nearest;
+}
+
+bool Viewport::ProbeRotationCollision()
+{
+    const Trap trap{Source};
+    std::shared_ptr<Frame> frame;
+    std::shared_ptr<MeshBuilder> mesh;
+    float obstacle = 0;
+    trap([&] { obstacle = ProbeCollision(properties_.CollisionSamples, tdlDirForward, frame, mesh); });
+    if (obstacle >= properties_.CollisionDistance)
+        return false;
+    trap([&] { Collision.Raise(frame, mesh); });
+    return true;
+}
+
+} // namespace lumora

@@ -1,0 +1,17 @@
+// Names and texts with which the control raises errors.
+#pragma once
+
+namespace lumora
+{
+
+/// Source of errors that methods and writers raise again.
+inline constexpr const char* Source = "Viewport";
+
+/// Source of the control's own errors.
+inline constexpr const char* HaltSource = "vptVantixViewport";
+
+inline constexpr const char* HaltDescription =
+    "Unable to Configure DirectX. Please ensure that the most recent version of DirectX is installed, and that your "
+    "Video Card drivers are up to date.";
+
+} // namespace lumora
