@@ -18,6 +18,7 @@ inline constexpr std::int32_t SubscriptOutOfRange = 9; ///< an index outside its
 inline constexpr std::int32_t DivisionByZero = 11;
 inline constexpr std::int32_t TypeMismatch = 13;
 inline constexpr std::int32_t FileNotFound = 53;
+inline constexpr std::int32_t PathFileAccess = 75;           ///< a file that cannot be written
 inline constexpr std::int32_t ObjectNotSet = 91;             ///< nothing where an object is needed
 inline constexpr std::int32_t InvalidPropertyValue = 380;    ///< a window attribute that the window refuses
 inline constexpr std::int32_t MemberNotFound = 438;          ///< a late-bound name that the object lacks

@@ -27,12 +27,14 @@ private:
     std::shared_ptr<Bitmap> bitmap_;
 };
 
-/// Decodes a picture file (PNG, JPEG, BMP, GIF's first frame, TGA). Dimensions are checked against
-/// Bitmap::MaximumSide before anything is decoded. FileNotFound when it cannot be read; InvalidPicture when it is not
-/// a picture, with the reason.
+/// Decodes a picture file (PNG, JPEG, BMP, GIF's first frame, TGA). The file's size (256 MB) and its dimensions
+/// (Bitmap::MaximumSide each, 8192 by 8192 pixels in all) are checked before anything is decoded, and decoding takes
+/// no more memory than such dimensions need. FileNotFound when it cannot be read; InvalidPicture when it is not a
+/// whole picture, with the reason, or when the library was built without picture files.
 std::shared_ptr<Picture> LoadPicture(const std::string& path);
 
-/// Writes a PNG file of `pixels` (alpha ignored). Error 75 when it cannot be written.
+/// Writes a PNG file of `pixels` (alpha ignored). PathFileAccess when it cannot be written; InvalidCall for no pixels
+/// or more than 8192 by 8192 in all; InvalidPicture when the library was built without picture files.
 void SavePicture(const std::string& path, const PixelView& pixels);
 
 } // namespace lumora

@@ -10,7 +10,8 @@ namespace lumora
 /// A colour value of device contexts: blue * 65536 + green * 256 + red.
 using ColorRef = std::uint32_t;
 
-/// Draws into pixels that belong to a surface or a bitmap, clipped to them. Valid until it is released.
+/// Draws into pixels that belong to a surface or a bitmap, clipped to them. Once its surface has taken it back it has
+/// no pixels and drawing does nothing. A bitmap must outlive the contexts made for it.
 class DeviceContext : public Object
 {
 public:
@@ -23,13 +24,14 @@ public:
     void SetPixel(int x, int y, ColorRef color);
     ColorRef GetPixel(int x, int y) const;
 
-    /// From the first point up to, not including, the last.
+    /// From the first point up to, not including, the last: one pixel a step along the longer direction.
     void Line(int x1, int y1, int x2, int y2, ColorRef color);
 
     /// Filled; right and bottom are outside.
     void FillRectangle(const PixelRect& rect, ColorRef color);
 
-    /// Copies a block of another context, unscaled, clipped on both sides.
+    /// Copies a block of another context, unscaled, clipped on both sides. Overlapping copies within one picture are
+    /// exact.
     void BitBlt(int x, int y, int width, int height, const DeviceContext& source, int sourceX, int sourceY);
 
     /// Copies a block of another context onto one of another size, by the nearest pixel.
@@ -38,6 +40,9 @@ public:
     const PixelView& Pixels() const { return pixels_; }
 
 private:
+    friend class Surface;
+    void Release() { pixels_ = {}; }
+
     PixelView pixels_;
 };
 

@@ -38,37 +38,56 @@ class Surface : public Object, public std::enable_shared_from_this<Surface>
 {
 public:
     static constexpr int MaximumSide = 32768;
+
+    /// The most pixels of one surface: 1 GiB of memory, four times 3840 by 2160 each way and half as much again.
+    static constexpr std::int64_t MaximumPixels = std::int64_t{1} << 28;
+
     static constexpr std::uint32_t BltWait = 0x1000000;
+
+    ~Surface() override;
+    Surface(const Surface&) = delete;
+    Surface& operator=(const Surface&) = delete;
 
     int Width() const;
     int Height() const;
     const SurfaceDescription& Description() const { return description_; }
-    bool IsPrimary() const { return (description_.caps & surfacecaps::PrimarySurface) != 0; }
+    bool IsPrimary() const;
 
-    /// Only the clipper's window is changed by blits to this surface. Nothing removes the clipper.
+    /// Only the clipper's window is changed by blits to this surface. Nothing removes the clipper. DDInvalidParams
+    /// unless this is the primary surface.
     void SetClipper(const std::shared_ptr<Clipper>& clipper);
 
     /// Copies `sourceRect` of `source` (all of it when absent) to `destination` (all of this when absent), stretching
     /// by the nearest pixel. On the primary surface, destination is in screen coordinates and is clipped to the
     /// clipper's window; elsewhere a rectangle outside the surface raises DDInvalidRect. Overlapping copies within one
-    /// surface are exact. DDSurfaceBusy while either surface is locked or has its device context out.
+    /// surface are exact. DDSurfaceBusy while either surface is locked or has its device context out. DDInvalidRect for
+    /// an empty rectangle; DDInvalidParams for flags other than BltWait, for the primary surface as the source, and
+    /// when the clipper has no window.
     void Blt(const std::optional<PixelRect>& destination, Surface& source, const std::optional<PixelRect>& sourceRect,
              std::uint32_t flags);
 
-    /// A context to draw with; one at a time (DDSurfaceBusy), until ReleaseDC.
+    /// A context to draw with; one at a time (DDSurfaceBusy), until ReleaseDC or until nobody refers to it any more.
+    /// Not on the primary.
     std::shared_ptr<DeviceContext> GetDC();
+
+    /// Draws through `context` do nothing from now on. DDInvalidParams for a context that is not out.
     void ReleaseDC(const std::shared_ptr<DeviceContext>& context);
 
     /// The pixels for direct access, until Unlock. DDSurfaceBusy when locked or a context is out. Not on the primary.
     PixelView Lock();
+
+    /// DDInvalidParams when it is not locked.
     void Unlock();
 
-    /// The pixels, for devices of this library: no lock is taken.
+    /// The pixels, for devices of this library: no lock is taken. None on the primary.
     PixelView Pixels();
 
 private:
     friend class DirectDraw;
     Surface() = default;
+    void BlitToScreen(const PixelRect& destination, const PixelView& picture);
+    void RequireFree() const;
+    void RequirePixels() const;
 
     SurfaceDescription description_;
     std::shared_ptr<class Screen> screen_; // primary only

@@ -1,0 +1,43 @@
+// Copies of driver lists with entries left out or broken.
+#include "platform/headless/DriverLists.h"
+
+#include "platform/automation/RuntimeError.h"
+
+#include <algorithm>
+
+namespace lumora::headless
+{
+
+namespace
+{
+
+std::vector<DriverList::Entry> EntriesOf(const DriverList& list)
+{
+    std::vector<DriverList::Entry> entries;
+    for (int i = 0; i < list.Count(); ++i)
+        entries.push_back(list.At(i));
+    return entries;
+}
+
+} // namespace
+
+std::shared_ptr<const DriverList> WithoutDriver(const std::shared_ptr<const DriverList>& list, std::string_view name)
+{
+    std::vector<DriverList::Entry> entries = EntriesOf(*list);
+    std::erase_if(entries, [=](const DriverList::Entry& entry) { return entry.identifierName == name; });
+    return std::make_shared<const DriverList>(std::move(entries));
+}
+
+std::shared_ptr<const DriverList> FailingOnCreation(const std::shared_ptr<const DriverList>& list,
+                                                    std::string_view name, std::int32_t number)
+{
+    std::vector<DriverList::Entry> entries = EntriesOf(*list);
+    for (DriverList::Entry& entry : entries)
+        if (entry.identifierName == name)
+            entry.create = [number, refused = entry.name]() -> std::unique_ptr<Driver> {
+                throw RuntimeError{number, "Direct3D", "This machine cannot create the driver " + refused};
+            };
+    return std::make_shared<const DriverList>(std::move(entries));
+}
+
+} // namespace lumora::headless

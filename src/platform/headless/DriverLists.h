@@ -1,0 +1,20 @@
+// Lists of drivers as other machines would have them.
+#pragma once
+
+#include "platform/drivers/DriverList.h"
+
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+namespace lumora::headless
+{
+
+/// `list` without the drivers of this identifier name.
+std::shared_ptr<const DriverList> WithoutDriver(const std::shared_ptr<const DriverList>& list, std::string_view name);
+
+/// `list`, but creating a driver of this identifier name raises `number`.
+std::shared_ptr<const DriverList> FailingOnCreation(const std::shared_ptr<const DriverList>& list,
+                                                    std::string_view name, std::int32_t number);
+
+} // namespace lumora::headless
