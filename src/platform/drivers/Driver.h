@@ -3,9 +3,12 @@
 // All drivers answer the same equations, so that `reference` can judge the others:
 //
 // - Device coordinates: x right, y down, whole numbers are pixel centres; pixel (0, 0) is the top-left one.
-//   A triangle covers a pixel when its centre lies inside, or on a top or left edge (top-left rule).
+//   Screen positions are rounded to 1/256 of a pixel (nearest, halves up) before anything is rasterised, and winding
+//   and coverage are exact from there on. A triangle covers a pixel when its centre lies inside, or on a top or left
+//   edge (top-left rule). Attributes are interpolated at pixel centres between the rounded positions.
 // - A vertex goes through world, camera and clip space (row vectors, left-handed). What is kept has
 //   -w <= x <= w, -w <= y <= w, 0 <= z <= w. Depth is z / w, linear on the screen, tested less-or-equal.
+//   What has a vertex that is not finite, or no area, is not drawn.
 // - Colours, texture coordinates and fog depth are interpolated perspective-correctly: the picture does not depend
 //   on where a triangle was clipped. Where the depth range of a triangle makes the difference invisible (below half
 //   a step of 255) a driver may interpolate linearly on the screen.
@@ -15,17 +18,42 @@
 // - Lit colour: diffuse = clamp(emissive + vertex color * (ambient + sum of a * max(0, N.L) * light)),
 //   highlight = clamp(sum of a * max(0, N.H)^power * light * specular) over lights with N.L > 0 when power > 0, where H
 //   is the unit vector between L and the direction to the eye (PassState::viewDependentSpecular says which).
-//   Attenuation a is 1 for directional light; for point and spot 1 / (c + l d + q d^2), 0 beyond the range; spots fall
-//   off linearly in the angle from 1 at half the umbra angle to 0 at half the penumbra angle.
-//   Lighting off: diffuse is the vertex color, no highlight.
+//   Attenuation a is 1 for directional light; for point and spot 1 / (c + l d + q d^2), 1 where that divisor is not
+//   above 0, and 0 beyond the range; spots fall off linearly in the angle from 1 at half the umbra angle to 0 at half
+//   the penumbra angle. Lighting off: diffuse is the vertex color, no highlight.
+// - Monochrome light (a driver's option): the color of every light is replaced by its luminance, 0.299 red + 0.587
+// green
+//   + 0.114 blue in all three channels. Vertex colors, emissive and specular colors, textures and fog keep theirs.
 // - Pixel: untextured, the vertex sum clamp(diffuse + highlight) is interpolated; textured,
 //   clamp(texel * diffuse + highlight) with both interpolated. Alpha is vertex alpha times texel alpha.
 // - Fog: per pixel, f = visible part by the eye-space depth z: linear (end - z) / (end - start), exponential
 //   e^-(density z), exponential squared e^-(density z)^2, clamped to 0..1; color = f * color + (1 - f) * fog color.
-// - Texture coordinates wrap. Linear filters blend the four nearest texel centres; mip levels are 2 by 2 box averages;
-//   the level is log2 of the larger of the two screen derivatives' lengths in texels, nearest level = floor(level +
-//   0.5).
-// - A channel becomes a byte as floor(255 value + 0.5).
+// - Texture coordinates wrap. Linear filters blend the four nearest texel centres; mip levels are 2 by 2 box averages,
+//   each channel rounded to a byte (halves up); an odd last row or column falls away, a side never gets shorter than 1.
+//   The level is log2 of the larger of the two screen derivatives' lengths in texels, taken at the pixel's centre and
+//   clamped to the levels there are; nearest level = floor(level + 0.5). Nearest and Linear use level 0 only.
+// - Transparency: a solid triangle is translucent when one of the alphas it is drawn with is below 255 or its texture
+//   has translucency. Sorted keeps translucent triangles, shaded, until Finish, Clear or SetTarget; they are drawn by
+//   the mean camera-space z of their three vertices (before clipping), farthest first, equal ones in order of
+//   submission. Opaque triangles are drawn at once.
+// - A channel becomes a byte as floor(255 value + 0.5). A blend reads the byte that is there as byte / 255.
+//
+// Lines and points:
+//
+// - They take no texture, test and write depth, and are fogged. Stippled mode draws them with holes, the two other
+// modes
+//   blend them at once in order of submission.
+// - A line is cut to the view volume first; its ends are then rounded to 1/256 of a pixel as all positions are. It is
+//   x-major when |dx| >= |dy|, else y-major. It draws one pixel for each whole major coordinate m with
+//   min <= m < max of its ends' major coordinates; the minor coordinate is the line's exact one at m, rounded to the
+//   nearest whole number, halves up. Where no m fits it draws the pixel nearest to its start (both coordinates rounded
+//   halves up). Depth is linear between the ends, colors are perspective-correct.
+// - Wireframe draws each of a group's edges from vertexA to vertexB; one is left out when every face at it is culled.
+//   Gouraud interpolates between the two vertices; flat takes the color of triangleA's face.
+// - Points draws a vertex, as the pixel nearest to it (halves up), once for every group that uses it in a triangle that
+//   is not culled, in the order in which the group's triangles name them; always lit with the vertex's own normal.
+// - Here the face of a triangle is culled by its winding before clipping: clockwise when the determinant of its three
+//   clip-space rows (x, y, w) is below 0. A face seen from its edge (0) is culled unless the cull mode is None.
 #pragma once
 
 #include "platform/drivers/DrawMesh.h"
@@ -101,10 +129,13 @@ enum class TextureFilter : std::uint32_t
 
 enum class Transparency
 {
-    Stippled, ///< opaque with holes: drawn where alpha * 16 > rank of the pixel's place in a 4 by 4 ordered-dither cell
+    Stippled, ///< opaque with holes: drawn where alpha * 16 > StippleRank[y mod 4][x mod 4]
     Blended,  ///< in submission order, writing depth
     Sorted,   ///< kept until Finish or Clear, then drawn farthest first, depth tested and not written
 };
+
+/// The places of a 4 by 4 ordered-dither cell in the order in which growing alpha fills them.
+inline constexpr int StippleRank[4][4] = {{0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
 
 enum class FillStyle
 {
