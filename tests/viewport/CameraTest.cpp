@@ -1,0 +1,370 @@
+// The camera as a host moves it.
+#include "viewport/LiveControl.h"
+
+#include <cmath>
+#include <numbers>
+
+using namespace lumora;
+using namespace lumora::test;
+
+namespace
+{
+
+void ExpectNear(Vector actual, Vector expected, const char* what, float tolerance = 1e-5F)
+{
+    EXPECT_NEAR(actual.x, expected.x, tolerance) << what;
+    EXPECT_NEAR(actual.y, expected.y, tolerance) << what;
+    EXPECT_NEAR(actual.z, expected.z, tolerance) << what;
+}
+
+constexpr auto QuarterTurn = static_cast<float>(std::numbers::pi / 2);
+
+TEST(Camera, placing_and_turning_it_raises_no_event_and_everything_else_does)
+{
+    LiveControl control;
+    int moved = 0;
+    control->CameraMoved.Connect([&](auto&...) { ++moved; });
+    control->SetCameraPosition(1, 2, 3);
+    control->SetCameraOrientation(1, 0, 0, 0, 1, 0);
+    EXPECT_EQ(moved, 0);
+    control->AddCameraMovement({0, 0, 0}, tdlAdvance);
+    EXPECT_EQ(moved, 1);
+    control->AddCameraRotation(0, 0, 0, 0, 0, 0, tdlGlide);
+    EXPECT_EQ(moved, 2);
+    control->AddCameraZoom(0.01F);
+    EXPECT_EQ(moved, 3);
+    control->LookAt(Frame::Make(control->Scene()), D3DRMCONSTRAIN_Z);
+    EXPECT_EQ(moved, 4);
+    control->InitializeCameraPositionAndOrientation(tdlFrontView);
+    EXPECT_EQ(moved, 6);
+    control->SetNavControlPrimary(true);
+    EXPECT_EQ(moved, 7);
+}
+
+TEST(Camera, moves_go_along_the_axes_that_the_method_names)
+{
+    const float s = std::sqrt(0.5F);
+    struct Row
+    {
+        const char* name;
+        Vector direction;
+        Vector up;
+        Vector distance;
+        tdlNavigationMethod method;
+        Vector end;
+    };
+    const Row rows[] = {
+        {"advance along the look direction", {0, -s, s}, {0, s, s}, {0, 0, 2}, tdlAdvance, {0, -2 * s, 2 * s}},
+        {"any non-zero method advances",
+         {0, -s, s},
+         {0, s, s},
+         {0, 0, 2},
+         static_cast<tdlNavigationMethod>(7),
+         {0, -2 * s, 2 * s}},
+        {"advance sideways after a quarter turn", {1, 0, 0}, {0, 1, 0}, {2, 0, 0}, tdlAdvance, {0, 0, -2}},
+        {"glide stays level though the camera looks down", {0, -s, s}, {0, s, s}, {0, 0, 2}, tdlGlide, {0, 0, 2}},
+        {"glide climbs along the world's y", {0, -s, s}, {0, s, s}, {0, 3, 0}, tdlGlide, {0, 3, 0}},
+        {"upside down, gliding up goes down", {0, 0, 1}, {0, -1, 0}, {0, 3, 0}, tdlGlide, {0, -3, 0}},
+        {"straight down it faces the diagonal", {0, -1, 0}, {0, 0, 1}, {0, 0, 2}, tdlGlide, {2 * s, 0, 2 * s}},
+    };
+    for (const Row& row : rows)
+    {
+        LiveControl control;
+        control->SetCameraOrientation(row.direction.x, row.direction.y, row.direction.z, row.up.x, row.up.y, row.up.z);
+        const Vector left = control->AddCameraMovement(row.distance, row.method);
+        EXPECT_EQ(left, row.distance) << row.name;
+        ExpectNear(control->GetCameraPosition(), row.end, row.name);
+        ExpectNear(control->GetCameraOrientation().direction, row.direction, row.name);
+        ExpectNear(control->GetCameraOrientation().up, row.up, row.name);
+    }
+}
+
+TEST(Camera, turns_go_about_the_points_and_axes_that_the_method_names)
+{
+    struct Row
+    {
+        const char* name;
+        Vector rotation;
+        Vector origin;
+        tdlNavigationMethod method;
+        Vector position;
+        Vector direction;
+        Vector up;
+    };
+    // From (0, 0, -10), looking along +z. A positive turn about y takes +z to +x.
+    const Row rows[] = {
+        {"advance yaw turns on the spot",
+         {0, QuarterTurn, 0},
+         {5, 5, 5},
+         tdlAdvance,
+         {0, 0, -10},
+         {1, 0, 0},
+         {0, 1, 0}},
+        {"advance roll", {0, 0, QuarterTurn}, {}, tdlAdvance, {0, 0, -10}, {0, 0, 1}, {-1, 0, 0}},
+        {"glide yaw circles the origin", {0, QuarterTurn, 0}, {}, tdlGlide, {-10, 0, 0}, {1, 0, 0}, {0, 1, 0}},
+        {"glide yaw about the camera's own place",
+         {0, QuarterTurn, 0},
+         {0, 0, -10},
+         tdlGlide,
+         {0, 0, -10},
+         {1, 0, 0},
+         {0, 1, 0}},
+        {"glide about another point keeps its distance",
+         {0, QuarterTurn, 0},
+         {0, 0, -4},
+         tdlGlide,
+         {-6, 0, -4},
+         {1, 0, 0},
+         {0, 1, 0}},
+    };
+    for (const Row& row : rows)
+    {
+        LiveControl control;
+        control->SetCameraPosition(0, 0, -10);
+        control->AddCameraRotation(row.rotation.x, row.rotation.y, row.rotation.z, row.origin.x, row.origin.y,
+                                   row.origin.z, row.method);
+        ExpectNear(control->GetCameraPosition(), row.position, row.name);
+        ExpectNear(control->GetCameraOrientation().direction, row.direction, row.name);
+        ExpectNear(control->GetCameraOrientation().up, row.up, row.name);
+    }
+}
+
+TEST(Camera, a_glide_pitch_about_a_point_keeps_looking_at_it)
+{
+    LiveControl control;
+    control->SetCameraPosition(3, 1, -10);
+    control->SetCameraOrientation(-3, -1, 10, 0, 1, 0);
+    control->AddCameraRotation(0.4F, -0.7F, 0, 0, 0, 0, tdlGlide);
+    const Vector position = control->GetCameraPosition();
+    const Vector direction = control->GetCameraOrientation().direction;
+    const float distance = std::sqrt(110.0F);
+    ExpectNear(position + direction * distance, {0, 0, 0}, "the line of sight", 1e-4F);
+}
+
+TEST(Camera, zooming_stops_at_the_floor_of_its_projection)
+{
+    struct Row
+    {
+        D3DRMPROJECTIONTYPE projection;
+        float zoom;
+        float field;
+    };
+    for (const auto& [projection, zoom, field] :
+         {Row{D3DRMPROJECT_PERSPECTIVE, 0.3F, 0.2F}, Row{D3DRMPROJECT_PERSPECTIVE, 0.45F, 0.1F},
+          Row{D3DRMPROJECT_PERSPECTIVE, -1, 1.5F}, Row{D3DRMPROJECT_ORTHOGRAPHIC, 0.43F, 0.1F},
+          Row{D3DRMPROJECT_ORTHOGRAPHIC, 0.47F, 0.05F}, Row{D3DRMPROJECT_RIGHTHANDPERSPECTIVE, 0.47F, 0.1F}})
+    {
+        LiveControl control;
+        control->SetProjectionType(projection);
+        control->AddCameraZoom(zoom);
+        EXPECT_FLOAT_EQ(control->FieldOfView(), field) << projection << ", " << zoom;
+    }
+}
+
+TEST(Camera, axis_views_look_at_the_origin_from_the_distance_of_their_projection)
+{
+    for (const auto projection : {D3DRMPROJECT_PERSPECTIVE, D3DRMPROJECT_ORTHOGRAPHIC})
+        for (int view = -1; view <= 9; ++view)
+        {
+            LiveControl control;
+            control->SetProjectionType(projection);
+            control->InitializeCameraPositionAndOrientation(static_cast<tdlOrientation>(view));
+            const float distance = projection == D3DRMPROJECT_PERSPECTIVE ? 15 : 1000;
+            const Vector position = control->GetCameraPosition();
+            const Orientation orientation = control->GetCameraOrientation();
+            EXPECT_EQ(position + orientation.direction * distance, (Vector{0, 0, 0})) << view;
+            if (view < 0 || view > 4)
+                EXPECT_EQ(position, (Vector{-distance, 0, 0})) << "left";
+            const bool vertical = view == tdlTopView || view == tdlBottomView;
+            EXPECT_EQ(orientation.up, (vertical ? Vector{0, 0, 1} : Vector{0, 1, 0})) << view;
+        }
+    LiveControl control;
+    control->InitializeCameraPositionAndOrientation(tdlTopView);
+    EXPECT_EQ(control->GetCameraPosition(), (Vector{0, 15, 0}));
+    control->InitializeCameraPositionAndOrientation(tdlRightView);
+    EXPECT_EQ(control->GetCameraPosition(), (Vector{15, 0, 0}));
+}
+
+TEST(Camera, look_at_faces_the_target_and_refuses_nothing)
+{
+    LiveControl control;
+    const auto target = Frame::Make(control->Scene());
+    target->SetPosition(control->Scene(), 3, 0, 4);
+    control->LookAt(target, D3DRMCONSTRAIN_Z);
+    ExpectNear(control->GetCameraOrientation().direction, {0.6F, 0, 0.8F}, "direction");
+    const RuntimeError failure = ErrorOf([&] { control->LookAt(nullptr, D3DRMCONSTRAIN_Z); });
+    EXPECT_EQ(failure.Number(), error::RMBadObject);
+    EXPECT_EQ(failure.Source(), "Viewport");
+    ExpectNear(control->GetCameraOrientation().direction, {0.6F, 0, 0.8F}, "unchanged");
+}
+
+TEST(Camera, limits_hold_after_every_change)
+{
+    LiveControl control;
+    control->SetCameraMinX(-5);
+    control->SetCameraMaxX(10);
+    control->SetCameraMinY(2);
+    control->SetCameraMaxY(-2); // inverted: the maximum wins
+    control->SetCameraMinZ(-100);
+    control->SetCameraMaxZ(100);
+    control->SetPositionConstraints(tdlBoundaries);
+    for (const auto& [x, end] : {std::pair{20.0F, 10.0F}, {10.0F, 10.0F}, {-7.0F, -5.0F}, {3.0F, 3.0F}})
+    {
+        control->SetCameraPosition(x, 0, 0);
+        EXPECT_EQ(control->GetCameraPosition(), (Vector{end, -2, 0}));
+        EXPECT_EQ(control->Camera()->GetPosition(control->Scene()), (Vector{end, -2, 0})) << "the frame too";
+    }
+    control->SetCameraMaxDistance(10);
+    control->SetPositionConstraints(tdlDistance);
+    control->SetCameraPosition(6, 8, 0);
+    EXPECT_EQ(control->GetCameraPosition(), (Vector{6, 8, 0}));
+    control->InitializeCameraPositionAndOrientation(tdlFrontView);
+    EXPECT_EQ(control->GetCameraPosition(), (Vector{0, 0, -10}));
+    control->SetCameraMaxDistance(0);
+    control->SetCameraPosition(6, 8, 0);
+    EXPECT_EQ(control->GetCameraPosition(), (Vector{0, 0, 0}));
+}
+
+TEST(Camera, velocities_are_stored_for_the_host_and_move_nothing)
+{
+    LiveControl control;
+    control->SetCameraVelocity(1, 2, 3, tdlAdvance);
+    control->SetCameraRotationalVelocity(4, 5, 6, 7, 8, 9, tdlAdvance);
+    control->SetCameraZoomVelocity(10);
+    control->RenderScene();
+    EXPECT_EQ(control->GetCameraPosition(), (Vector{}));
+    EXPECT_EQ(control->FieldOfView(), 0.5F);
+    float v[6] = {};
+    tdlNavigationMethod method = tdlGlide;
+    control->GetCameraRotationalVelocity(v[0], v[1], v[2], v[3], v[4], v[5], method);
+    EXPECT_EQ(v[0] + v[1] * 10 + v[2] * 100 + v[3] * 1000 + v[4] * 1e4F + v[5] * 1e5F, 987654);
+    EXPECT_EQ(method, tdlAdvance);
+    control->GetCameraVelocity(v[0], v[1], v[2], method);
+    EXPECT_EQ(v[2], 3);
+    control->GetCameraZoomVelocity(v[0]);
+    EXPECT_EQ(v[0], 10);
+}
+
+TEST(Camera, the_frame_is_the_truth_and_the_getters_see_it_after_the_next_operation)
+{
+    LiveControl control;
+    control->Camera()->SetPosition(control->Scene(), 9, 0, 0);
+    EXPECT_EQ(control->GetCameraPosition(), (Vector{0, 0, 0}));
+    control->AddCameraMovement({0, 0, 0}, tdlGlide);
+    EXPECT_EQ(control->GetCameraPosition(), (Vector{9, 0, 0}));
+}
+
+TEST(Camera, numbers_that_are_not_finite_are_refused_and_nothing_moves)
+{
+    LiveControl control;
+    control->SetCameraPosition(1, 2, 3);
+    const float field = control->FieldOfView();
+    int moved = 0;
+    control->CameraMoved.Connect([&](auto&...) { ++moved; });
+    for (const float bad : {NAN, INFINITY, -INFINITY})
+    {
+        EXPECT_EQ(ErrorOf([&] { control->SetCameraPosition(bad, 0, 0); }).Number(), error::RMBadValue);
+        EXPECT_EQ(ErrorOf([&] { control->SetCameraOrientation(0, bad, 1, 0, 1, 0); }).Number(), error::RMBadValue);
+        EXPECT_EQ(ErrorOf([&] { control->AddCameraMovement({1, bad, 0}, tdlAdvance); }).Number(), error::RMBadValue);
+        EXPECT_EQ(ErrorOf([&] { control->AddCameraMovement({1, 0, bad}, tdlGlide); }).Number(), error::RMBadValue);
+        EXPECT_EQ(ErrorOf([&] { control->AddCameraRotation(1, 0, bad, 0, 0, 0, tdlGlide); }).Number(),
+                  error::RMBadValue);
+        EXPECT_EQ(ErrorOf([&] { control->AddCameraRotation(1, 0, 0, bad, 0, 0, tdlAdvance); }).Number(),
+                  error::RMBadValue);
+        EXPECT_EQ(ErrorOf([&] { control->AddCameraZoom(bad); }).Number(), error::Overflow);
+    }
+    EXPECT_EQ(ErrorOf([&] { control->SetCameraOrientation(0, 0, 0, 0, 1, 0); }).Number(), error::RMBadValue);
+    EXPECT_EQ(control->GetCameraPosition(), (Vector{1, 2, 3}));
+    EXPECT_EQ(control->Camera()->GetPosition(control->Scene()), (Vector{1, 2, 3}));
+    EXPECT_EQ(control->GetCameraOrientation().direction, (Vector{0, 0, 1}));
+    EXPECT_EQ(control->FieldOfView(), field);
+    EXPECT_EQ(moved, 0);
+}
+
+TEST(Camera, a_move_or_turn_that_fails_half_way_leaves_the_camera_facing_as_before)
+{
+    for (const char* operation : {"Frame.AddTranslation", "Frame.AddRotation"})
+    {
+        LiveControl control;
+        control->SetCameraPosition(1, 2, 3);
+        control->SetCameraOrientation(0.6F, -0.8F, 0, 0.8F, 0.6F, 0);
+        control.Host().FailNext(operation, 1, error::OutOfMemory);
+        ErrorOf(
+            [&]
+            {
+                control->AddCameraMovement({1, 0, 0}, tdlGlide);
+                control->AddCameraMovement({-1, 0, 0}, tdlGlide);
+                control->AddCameraRotation(0, 1, 0, 5, 5, 5, tdlGlide);
+            });
+        ExpectNear(control->Camera()->GetPosition(control->Scene()), {1, 2, 3}, operation);
+        ExpectNear(control->Camera()->GetOrientation(control->Scene()).direction, {0.6F, -0.8F, 0}, operation);
+    }
+}
+
+TEST(Camera, transforms_take_points_to_pixels_and_back)
+{
+    LiveControl control;
+    float w = 0;
+    float x = 0;
+    float y = 0;
+    float z = 0;
+    control->ViewportTransform(2, 1, 10, w, x, y, z);
+    EXPECT_NEAR(x / w, 70, 1e-3);
+    EXPECT_NEAR(y / w, 40, 1e-3);
+    control->ViewportInverseTransform(w, x, y, z, x, y, z);
+    ExpectNear({x, y, z}, {2, 1, 10}, "there and back", 1e-3F);
+}
+
+TEST(Camera, a_replaced_scene_takes_the_camera_over_where_it_stood)
+{
+    LiveControl control;
+    control->SetCameraPosition(1, 2, 3);
+    const auto first = control->Scene();
+    const auto second = Frame::Make();
+    control->SetScene(second);
+    EXPECT_EQ(control->Camera()->Parent(), second);
+    EXPECT_TRUE(first->Children().empty());
+    EXPECT_EQ(control->Camera()->GetPosition(second), (Vector{1, 2, 3}));
+    control->SetScene(nullptr);
+    EXPECT_FALSE(control->Camera()->Parent());
+    control->SetScene(second);
+
+    for (const auto& bad : {control->Camera(), Frame::Make(control->Camera())})
+    {
+        EXPECT_EQ(ErrorOf([&] { control->SetScene(bad); }).Number(), error::RMBadValue);
+        EXPECT_EQ(control->Scene(), second);
+        EXPECT_EQ(control->Camera()->Parent(), second);
+    }
+}
+
+TEST(Camera, obstacles_shorten_moves_and_undo_turns)
+{
+    LiveControl control;
+    const auto scene = AmbientScene(1);
+    scene->AddVisual(Square(0, 0, 3, 100, 0xFFFFFFFF));
+    control->SetScene(scene);
+    control->SetCameraPosition(0, 0, 1);
+    control->SetCollisionDetection(true);
+    control->SetCollisionSamples(5);
+    control->SetCollisionDistance(0.1F);
+    std::vector<std::shared_ptr<Frame>> hits;
+    control->Collision.Connect([&](std::shared_ptr<Frame>& frame, auto&) { hits.push_back(frame); });
+    // The rays start at the front plane, one unit ahead of the camera and one unit from the wall.
+    float x = 0;
+    float y = 0;
+    float z = 5;
+    control->AddCameraMovement(x, y, z, tdlAdvance);
+    EXPECT_NEAR(z, 0.9F, 1e-5);
+    ExpectNear(control->GetCameraPosition(), {0, 0, 1.9F}, "0.1 short of the wall");
+    ASSERT_EQ(hits.size(), 1U);
+    EXPECT_EQ(hits[0], scene);
+    control->SetCollisionDetection(false);
+    control->AddCameraMovement({0, 0, 0.05F}, tdlAdvance);
+    EXPECT_EQ(hits.size(), 1U);
+    control->SetCollisionDetection(true);
+    control->AddCameraRotation(0, 0, 0.3F, 0, 0, 0, tdlAdvance);
+    EXPECT_EQ(hits.size(), 2U);
+    ExpectNear(control->GetCameraOrientation().up, {0, 1, 0}, "undone");
+}
+
+} // namespace

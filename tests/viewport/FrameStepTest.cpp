@@ -1,0 +1,312 @@
+// What a person sees after RenderScene: passes, fog, overlay, exposed surfaces.
+#include "platform/directdraw/DeviceContext.h"
+#include "viewport/LiveControl.h"
+
+#include <gmock/gmock.h>
+
+using namespace lumora;
+using namespace lumora::test;
+using ::testing::ElementsAre;
+
+namespace
+{
+
+constexpr Color Red = 0xFFFF0000;
+constexpr Color Green = 0xFF00FF00;
+constexpr std::uint32_t HalfRed = 0x800000; // floor(255 * 0.5 + 0.5)
+constexpr std::uint32_t FullRed = 0xFF0000;
+constexpr std::uint32_t FullGreen = 0x00FF00;
+
+// Two red squares side by side, sharing the edge x = 0, at depth 10, in half-strength ambient light.
+std::shared_ptr<Frame> HalfLitScene()
+{
+    const auto scene = AmbientScene(0.5F);
+    const auto mesh = MeshBuilder::Make();
+    const Vector corners[] = {{-2, -2, 10}, {-2, 2, 10}, {0, 2, 10}, {0, -2, 10}, {2, 2, 10}, {2, -2, 10}};
+    const std::int32_t faces[] = {4, 0, 1, 2, 3, 4, 3, 2, 4, 5, 0};
+    mesh->AddFaces(corners, {}, faces);
+    mesh->SetColor(Red);
+    scene->AddVisual(mesh);
+    return scene;
+}
+
+// A green square of half a unit in full light.
+std::shared_ptr<Frame> GreenOverlay(float depth)
+{
+    const auto overlay = AmbientScene(1);
+    overlay->AddVisual(Square(0, 0.5F, depth, 0.5F, Green));
+    return overlay;
+}
+
+TEST(FrameStep, each_cool_mode_draws_its_passes_in_their_order)
+{
+    // Pixels: inside a face, on the shared edge, and where the overlay lies (on the edge and beside it).
+    struct Row
+    {
+        int coolMode;
+        float overlayDepth;
+        std::uint32_t face;
+        std::uint32_t edge;
+        std::uint32_t overlayOnEdge;
+        std::uint32_t overlayBeside;
+    };
+    const Row rows[] = {
+        // Overlay, then scene: the nearer wins.
+        {0, 5, HalfRed, HalfRed, FullGreen, FullGreen},
+        {0, 20, HalfRed, HalfRed, HalfRed, HalfRed},
+        // Flat scene, overlay, then all edges over a cleared depth buffer, unlit.
+        {1, 5, HalfRed, FullRed, FullRed, FullGreen},
+        {1, 20, HalfRed, FullRed, FullRed, HalfRed},
+        // Edges, overlay, then the flat scene over its own edges.
+        {2, 5, HalfRed, HalfRed, FullGreen, FullGreen},
+        {-3, 20, HalfRed, HalfRed, HalfRed, HalfRed},
+    };
+    for (const Row& row : rows)
+    {
+        LiveControl control;
+        control->SetScene(HalfLitScene());
+        control->SetSceneOverlay(GreenOverlay(row.overlayDepth));
+        control->SetCoolMode(row.coolMode);
+        control->RenderScene();
+        SCOPED_TRACE(testing::Message() << "CoolMode " << row.coolMode << ", overlay at " << row.overlayDepth);
+        EXPECT_EQ(control.PixelAt(35, 60), row.face);
+        EXPECT_EQ(control.PixelAt(50, 60), row.edge);
+        const int overlayY = row.overlayDepth == 5 ? 40 : 47; // its centre on the screen
+        EXPECT_EQ(control.PixelAt(50, overlayY), row.overlayOnEdge);
+        EXPECT_EQ(control.PixelAt(51, overlayY), row.overlayBeside);
+        EXPECT_EQ(control.PixelAt(5, 5), 0U);
+    }
+}
+
+TEST(FrameStep, the_main_pass_uses_shade_light_and_fill_as_set)
+{
+    LiveControl control;
+    control->SetScene(HalfLitScene());
+    control->SetLightMode(D3DRMLIGHT_OFF);
+    control->RenderScene();
+    EXPECT_EQ(control.PixelAt(35, 60), FullRed);
+    control->SetFillMode(D3DRMFILL_WIREFRAME);
+    control->RenderScene();
+    EXPECT_EQ(control.PixelAt(35, 60), 0U);
+    EXPECT_EQ(control.PixelAt(50, 60), FullRed);
+}
+
+TEST(FrameStep, back_color_fills_what_nothing_covers_with_red_in_the_low_byte)
+{
+    LiveControl control;
+    control->SetBackColor(0x332211);
+    control->RenderScene();
+    EXPECT_EQ(control.PixelAt(3, 3), 0x112233U);
+}
+
+TEST(FrameStep, fog_is_off_in_an_orthographic_picture_and_on_again_after_it)
+{
+    LiveControl control;
+    const auto scene = AmbientScene(1);
+    scene->AddVisual(Square(0, 0, 10, 100, Red));
+    scene->SetSceneFogColor(0, 0, 1);
+    scene->SetSceneFogMode(FogMode::Linear);
+    scene->SetSceneFogParams(0, 20, 1);
+    scene->SetSceneFogEnable(1);
+    control->SetScene(scene);
+    control->RenderScene();
+    EXPECT_EQ(control.PixelAt(50, 50), 0x800080U) << "half way into the fog";
+    control->SetProjectionType(D3DRMPROJECT_ORTHOGRAPHIC);
+    control->RenderScene();
+    EXPECT_EQ(control.PixelAt(50, 50), FullRed);
+    EXPECT_EQ(scene->GetSceneFogEnable(), 1);
+    control.Host().FailNext("RMViewport.Render", 1, error::ObjectNotSet);
+    ErrorOf([&] { control->RenderScene(); });
+    EXPECT_EQ(scene->GetSceneFogEnable(), 1) << "whatever happens between";
+}
+
+TEST(FrameStep, a_disabled_control_raises_nothing_and_one_without_a_scene_draws_nothing)
+{
+    LiveControl control;
+    int updates = 0;
+    control->UpdatePositions.Connect([&] { ++updates; });
+    control->SetEnabled(false);
+    control->RenderScene();
+    control->RenderSceneCorrectTranslucency();
+    EXPECT_EQ(updates, 0);
+    control->SetScene(nullptr);
+    control->SetEnabled(true);
+    EXPECT_EQ(updates, 1) << "enabling draws one picture";
+    control->RenderScene();
+    EXPECT_EQ(updates, 2);
+}
+
+TEST(FrameStep, what_update_positions_moves_is_in_the_same_picture)
+{
+    LiveControl control;
+    const auto scene = AmbientScene(1);
+    const auto thing = Frame::Make(scene);
+    thing->AddVisual(Square(0, 0, 10, 0.3F, Red));
+    control->SetScene(scene);
+    control->UpdatePositions.Connect([&] { thing->SetPosition(scene, 3, 0, 0); });
+    control->RenderScene();
+    EXPECT_EQ(control.PixelAt(50, 50), 0U);
+    EXPECT_EQ(control.PixelAt(80, 50), FullRed);
+}
+
+TEST(FrameStep, handlers_may_replace_the_scene_halt_the_control_or_draw_again)
+{
+    LiveControl control;
+    control->SetScene(HalfLitScene());
+    bool again = true;
+    control->UpdatePositions.Connect(
+        [&]
+        {
+            if (std::exchange(again, false))
+                control->RenderScene();
+            control->SetScene(AmbientScene(1));
+        });
+    control->RenderScene();
+    EXPECT_EQ(control.PixelAt(35, 60), 0U);
+
+    control->SetExposeDDSurface(true);
+    control->DDSurfaceAvailable.Connect([&] { control->Terminate(); });
+    ErrorOf([&] { control->RenderScene(); });
+    EXPECT_EQ(control->ViewportState(), tdlHalted);
+}
+
+TEST(FrameStep, window_mode_never_offers_a_surface)
+{
+    LiveControl control;
+    control->SetAntiAlias(tdl4X);
+    int offered = 0;
+    control->DDSurfaceAvailable.Connect([&] { ++offered; });
+    control->AntiAliasSurfaceAvailable.Connect([&] { ++offered; });
+    control->SetScene(HalfLitScene());
+    control->RenderScene();
+    EXPECT_EQ(offered, 0);
+    EXPECT_EQ(control.PixelAt(35, 60), HalfRed);
+}
+
+TEST(FrameStep, what_a_host_draws_on_the_exposed_surface_is_shown_and_averaged)
+{
+    for (const auto antiAlias : {tdlNone, tdl2X, tdl4X})
+    {
+        auto bag = UsualSettings();
+        bag.Set("ExposeDDSurface", true);
+        bag.Set("AntiAlias", std::int32_t{antiAlias});
+        LiveControl control{bag};
+        std::vector<std::string> events;
+        control->DDSurfaceAvailable.Connect(
+            [&]
+            {
+                events.emplace_back("surface");
+                const auto surface = control->DirectDrawSurface();
+                const auto context = surface->GetDC();
+                context->FillRectangle({0, 0, 10 * antiAlias, 10 * antiAlias}, 0x0000FF); // red
+                if (antiAlias > 1) // half of the samples of one pixel
+                    context->FillRectangle({20 * antiAlias, 0, 20 * antiAlias + antiAlias / 2, antiAlias}, 0xFFFFFF);
+                surface->ReleaseDC(context);
+            });
+        control->AntiAliasSurfaceAvailable.Connect([&] { events.emplace_back("averaged"); });
+        control->SetScene(HalfLitScene());
+        control->RenderScene();
+        EXPECT_EQ(control.PixelAt(5, 5), FullRed);
+        EXPECT_EQ(control.PixelAt(12, 5), 0U);
+        EXPECT_EQ(control.PixelAt(35, 60), HalfRed);
+        if (antiAlias == tdlNone)
+            EXPECT_THAT(events, ElementsAre("surface"));
+        else
+        {
+            EXPECT_EQ(control.PixelAt(20, 0), 0x808080U) << "255 / 2 lies half way and goes to the even neighbour";
+            EXPECT_THAT(events, ElementsAre("surface", "averaged"));
+        }
+    }
+}
+
+TEST(FrameStep, an_anti_aliased_picture_lies_where_the_plain_one_does)
+{
+    // A square whose edges lie between pixels: averaged coverage has the closed form of its area.
+    for (const auto antiAlias : {tdl2X, tdl4X})
+    {
+        auto bag = UsualSettings();
+        bag.Set("ExposeDDSurface", true);
+        bag.Set("AntiAlias", std::int32_t{antiAlias});
+        LiveControl control{bag};
+        const auto scene = AmbientScene(1);
+        scene->AddVisual(
+            Square(0.05F, 0, 10, 2, Red)); // x from 30.5 to 70.5: half of columns 30's and 70's pixel boxes
+        control->SetScene(scene);
+        control->RenderScene();
+        EXPECT_EQ(control.PixelAt(30, 50), 0U);
+        EXPECT_EQ(control.PixelAt(31, 50), FullRed);
+        EXPECT_EQ(control.PixelAt(70, 50), FullRed);
+        EXPECT_EQ(control.PixelAt(71, 50), 0U);
+    }
+}
+
+TEST(FrameStep, accumulation_draws_over_the_picture_before)
+{
+    auto bag = UsualSettings();
+    bag.Set("ExposeDDSurface", true);
+    LiveControl control{bag};
+    const auto scene = AmbientScene(1);
+    const auto thing = Frame::Make(scene);
+    thing->AddVisual(Square(0, 0, 10, 0.5F, Red));
+    control->SetScene(scene);
+    control->SetAccumulate(true);
+    for (const float x : {-3.0F, 0.0F, 3.0F})
+    {
+        thing->SetPosition(scene, x, 0, 0);
+        control->RenderScene();
+    }
+    for (const int x : {20, 50, 80})
+        EXPECT_EQ(control.PixelAt(x, 50), FullRed);
+    control->SetAccumulate(false);
+    control->RenderScene();
+    EXPECT_EQ(control.PixelAt(20, 50), 0U);
+    EXPECT_EQ(control.PixelAt(80, 50), FullRed);
+}
+
+TEST(FrameStep, a_moved_window_takes_its_exposed_picture_along)
+{
+    auto bag = UsualSettings();
+    bag.Set("ExposeDDSurface", true);
+    LiveControl control{bag};
+    control->SetScene(HalfLitScene());
+    control->RenderScene();
+    control.Host().MoveWindow(400, 300);
+    control->RenderScene();
+    EXPECT_EQ(control.Host().Display().PixelAt(400 + 35, 300 + 60), HalfRed);
+}
+
+TEST(FrameStep, waiting_for_the_blank_waits_once_a_picture)
+{
+    LiveControl control;
+    control->SetWaitForVSYNC(true);
+    const int before = control.Host().Display().VerticalBlankCount();
+    control->RenderScene();
+    control->RenderScene();
+    EXPECT_EQ(control.Host().Display().VerticalBlankCount(), before + 2);
+}
+
+TEST(FrameStep, drivers_agree_on_a_picture_drawn_through_the_control)
+{
+    std::vector<std::vector<std::uint32_t>> pictures;
+    for (const auto device : {tdlDirect3DRGBDevice, tdlDirect3DRefDevice})
+    {
+        auto bag = UsualSettings();
+        bag.Set("Direct3DDevice", std::int32_t{device});
+        LiveControl control{bag};
+        const auto scene = Frame::Make();
+        scene->AddVisual(Square(-1, 1, 8, 2, 0xFF40A0E0));
+        scene->AddVisual(Square(1, 0, 12, 3, 0x80F0E010));
+        control->SetScene(scene);
+        control->RenderScene();
+        pictures.push_back(control.Picture());
+    }
+    int different = 0;
+    for (std::size_t i = 0; i < pictures[0].size(); ++i)
+        for (int shift = 0; shift < 24; shift += 8)
+            if (std::abs(static_cast<int>(pictures[0][i] >> shift & 255) -
+                         static_cast<int>(pictures[1][i] >> shift & 255)) > 2)
+                ++different;
+    EXPECT_EQ(different, 0);
+}
+
+} // namespace

@@ -1,0 +1,376 @@
+// Birth, life and halt of a control, as its container sees them.
+#include "platform/automation/Faults.h"
+#include "viewport/LiveControl.h"
+
+#include <gmock/gmock.h>
+
+using namespace lumora;
+using namespace lumora::test;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+
+namespace
+{
+
+constexpr const char* HaltText =
+    "Unable to Configure DirectX. Please ensure that the most recent version of DirectX is "
+    "installed, and that your Video Card drivers are up to date.";
+
+void ExpectHaltError(const std::function<void()>& call)
+{
+    const RuntimeError failure = ErrorOf(call);
+    EXPECT_EQ(failure.Number(), -2147221503);
+    EXPECT_EQ(failure.Source(), "vptVantixViewport");
+    EXPECT_EQ(failure.Description(), HaltText);
+}
+
+// Where `name` stands in `calls`, from `start` on.
+std::size_t PlaceOf(const std::vector<std::string>& calls, const std::string& name, std::size_t start = 0)
+{
+    const auto found = std::find(calls.begin() + static_cast<std::ptrdiff_t>(start), calls.end(), name);
+    return static_cast<std::size_t>(found - calls.begin());
+}
+
+TEST(Lifecycle, a_live_control_has_everything_it_draws_with_after_load)
+{
+    LiveControl control;
+    EXPECT_EQ(control->ViewportState(), tdlRunning);
+    ASSERT_TRUE(control->Scene());
+    ASSERT_TRUE(control->Camera());
+    EXPECT_EQ(control->Camera()->Parent(), control->Scene());
+    EXPECT_TRUE(control->DirectDraw());
+    EXPECT_FALSE(control->DirectDrawSurface());
+    EXPECT_EQ(control->NavMouseButton(), tdlCenter);
+}
+
+TEST(Lifecycle, start_up_creates_scene_then_directdraw_then_device_and_first_tells_where_the_camera_is)
+{
+    const auto host = MakeHost();
+    headless::HostedViewport hosted{host};
+    std::vector<Vector> moves;
+    hosted.Control().CameraMoved.Connect([&](float& x, float& y, float& z, auto&...) { moves.push_back({x, y, z}); });
+    headless::MemoryPropertyBag bag;
+    faults::Record();
+    hosted.Control().Load(bag);
+    const auto calls = faults::Recorded();
+    faults::Clear();
+
+    const std::vector<std::string> milestones = {"RetainedMode.Initialise",
+                                                 "RetainedMode.CreateFrame",
+                                                 "Frame.AddChild",
+                                                 "DirectDraw.Create",
+                                                 "DirectDraw.CreateClipper",
+                                                 "Clipper.SetHWnd",
+                                                 "Frame.SetOrientation",
+                                                 "RetainedMode.CreateDeviceFromClipper",
+                                                 "RetainedMode.CreateViewport",
+                                                 "Device.SetTextureQuality",
+                                                 "Device.SetRenderMode",
+                                                 "RMViewport.SetProjection",
+                                                 "RMViewport.SetField",
+                                                 "Frame.GetPosition",
+                                                 "ImmediateDevice.SetRenderState"};
+    std::size_t place = 0;
+    for (const std::string& milestone : milestones)
+    {
+        place = PlaceOf(calls, milestone, place);
+        ASSERT_LT(place, calls.size()) << milestone << " is missing, or not in its place";
+    }
+    ASSERT_FALSE(moves.empty());
+    EXPECT_EQ(moves.front(), (Vector{0, 0, 0}));
+}
+
+TEST(Lifecycle, a_control_in_a_designer_creates_nothing_and_ignores_scenes_and_paints)
+{
+    const auto host = MakeHost();
+    auto bag = UsualSettings();
+    const auto hosted = headless::HostedViewport::AtDesignTime(host, bag);
+    Viewport& control = hosted->Control();
+    control.SetScene(Frame::Make());
+    host->PaintNow();
+    EXPECT_EQ(control.ViewportState(), tdlRunning);
+    EXPECT_FALSE(control.Scene());
+    EXPECT_FALSE(control.Camera());
+    EXPECT_FALSE(control.DirectDraw());
+    EXPECT_THAT(host->PropertyChanges(), Not(Contains("Scene")));
+    EXPECT_EQ(control.FieldOfView(), 0.5F);
+}
+
+TEST(Lifecycle, the_container_s_own_word_on_user_mode_wins_over_the_ambient_one)
+{
+    for (const auto& [ambient, own, live] :
+         {std::tuple{true, Variant{false}, false}, std::tuple{false, Variant{std::int32_t{7}}, true},
+          std::tuple{true, Variant{std::string{"neither"}}, true}})
+    {
+        const auto host = MakeHost();
+        host->SetUserMode(ambient);
+        host->SetLateBoundMember("blnRealUserMode", own);
+        headless::HostedViewport hosted{host};
+        headless::MemoryPropertyBag bag;
+        hosted.Control().Load(bag);
+        EXPECT_EQ(hosted.Control().Camera() != nullptr, live);
+    }
+}
+
+TEST(Lifecycle, a_designer_s_picture_shows_until_the_control_runs)
+{
+    const auto picture = std::make_shared<Picture>(std::make_shared<Bitmap>(4, 4));
+    for (const bool live : {false, true})
+    {
+        const auto host = MakeHost();
+        host->SetLateBoundMember("Graphic", ObjectReference{picture});
+        auto bag = UsualSettings();
+        const auto hosted =
+            live ? headless::HostedViewport::Live(host, bag) : headless::HostedViewport::AtDesignTime(host, bag);
+        EXPECT_EQ(host->ControlArea().GetPicture(), live ? nullptr : picture);
+    }
+}
+
+TEST(Lifecycle, termination_releases_everything_and_later_calls_raise_the_halt_error)
+{
+    LiveControl control;
+    const auto scene = Frame::Make();
+    control->SetScene(scene);
+    std::weak_ptr<Frame> camera = control->Camera();
+    control->Terminate();
+
+    EXPECT_EQ(control->ViewportState(), tdlHalted);
+    EXPECT_FALSE(control->Scene());
+    EXPECT_FALSE(control->Camera());
+    EXPECT_FALSE(control->DirectDraw());
+    EXPECT_TRUE(scene->Children().empty()) << "the camera stayed in the host's scene";
+    EXPECT_TRUE(camera.expired());
+    EXPECT_EQ(scene.use_count(), 1);
+
+    float out = 0;
+    ExpectHaltError([&] { control->RenderScene(); });
+    ExpectHaltError([&] { control->SetCameraPosition(1, 2, 3); });
+    ExpectHaltError([&] { control->AddCameraZoom(0.1F); });
+    ExpectHaltError([&] { control->LookAt(scene, D3DRMCONSTRAIN_Z); });
+    ExpectHaltError([&] { control->InitializeCameraPositionAndOrientation(tdlTopView); });
+    ExpectHaltError([&] { control->SetCameraVelocity(1, 0, 0, tdlGlide); });
+    ExpectHaltError([&] { control->ViewportTransform(0, 0, 0, out, out, out, out); });
+    control->SetFieldOfView(0.7F);
+    EXPECT_EQ(control->FieldOfView(), 0.7F) << "properties are still stored";
+}
+
+TEST(Lifecycle, a_failing_paint_halts_and_says_nothing_to_the_container)
+{
+    LiveControl control;
+    control.Host().FailNext("RMViewport.Render", 100, error::ObjectNotSet);
+    control.Host().PaintNow();
+    EXPECT_EQ(control->ViewportState(), tdlHalted);
+    faults::Clear();
+    ExpectHaltError([&] { control->RenderScene(); });
+    control.Host().PaintNow();
+}
+
+TEST(Lifecycle, a_handler_that_throws_in_a_window_event_halts_but_in_a_method_reaches_the_caller)
+{
+    LiveControl control;
+    control->UpdatePositions.Connect([] { throw RuntimeError{1234, "host", "the host's own trouble"}; });
+    const RuntimeError failure = ErrorOf([&] { control->RenderScene(); });
+    EXPECT_EQ(failure.Number(), 1234);
+    EXPECT_EQ(failure.Source(), "Viewport");
+    EXPECT_EQ(failure.Description(), "the host's own trouble");
+    EXPECT_EQ(control->ViewportState(), tdlRunning);
+    control.Host().PaintNow();
+    EXPECT_EQ(control->ViewportState(), tdlHalted);
+}
+
+TEST(Lifecycle, a_failing_release_does_not_stop_the_halt)
+{
+    LiveControl control;
+    control.Host().FailNext("Frame.DeleteChild", 100, error::ObjectNotSet);
+    control->Terminate();
+    EXPECT_EQ(control->ViewportState(), tdlHalted);
+    EXPECT_FALSE(control->DirectDraw());
+}
+
+TEST(Lifecycle, transient_errors_are_retried_until_they_pass_or_the_bound_is_reached)
+{
+    for (const auto& [failures, passes] :
+         {std::pair{1, true}, std::pair{MaximumRetries, true}, std::pair{MaximumRetries + 1, false}})
+    {
+        LiveControl control;
+        control.Host().FailNext("Frame.SetPosition", failures, error::RMBadDevice);
+        if (passes)
+            control->SetCameraPosition(1, 2, 3);
+        else
+            EXPECT_EQ(ErrorOf([&] { control->SetCameraPosition(1, 2, 3); }).Number(), error::RMBadDevice);
+        EXPECT_EQ(control->GetCameraPosition(), (passes ? Vector{1, 2, 3} : Vector{})) << failures;
+    }
+}
+
+TEST(Lifecycle, an_exhausted_error_is_not_tried_again_further_up)
+{
+    LiveControl control;
+    int attempts = 0;
+    control->CameraMoved.Connect(
+        [&](auto&...)
+        {
+            ++attempts;
+            throw RuntimeError{error::Overflow, "host", "Overflow"};
+        });
+    // The event is raised three procedures deep; each has a trap of its own.
+    EXPECT_EQ(ErrorOf([&] { control->AddCameraZoom(0.1F); }).Number(), error::Overflow);
+    EXPECT_EQ(attempts, 1 + MaximumRetries);
+}
+
+TEST(Lifecycle, load_goes_on_to_the_last_value_after_a_failed_set_up)
+{
+    const auto host = MakeHost();
+    host->FailNext("DirectDraw.Create", 100, error::OutOfMemory);
+    auto bag = UsualSettings();
+    bag.Set("KeyZoomOut", std::int32_t{90});
+    bag.Set("FieldOfView", 0.25F);
+    const auto hosted = headless::HostedViewport::Live(host, bag);
+    Viewport& control = hosted->Control();
+    EXPECT_EQ(control.ViewportState(), tdlHalted);
+    EXPECT_FALSE(control.Camera());
+    EXPECT_EQ(control.FieldOfView(), 0.25F);
+    EXPECT_EQ(control.KeyZoomOut(), 90);
+    ExpectHaltError([&] { control.RenderScene(); });
+}
+
+TEST(Lifecycle, a_live_control_that_was_only_initialised_stores_its_properties_and_draws_nothing)
+{
+    const auto host = MakeHost();
+    headless::HostedViewport hosted{host};
+    Viewport& control = hosted.Control();
+    control.Initialise();
+    control.SetFieldOfView(0.3F);
+    control.SetEnabled(true);
+    control.SetExposeDDSurface(true);
+    EXPECT_EQ(control.ViewportState(), tdlRunning);
+    EXPECT_EQ(control.FieldOfView(), 0.3F);
+    EXPECT_TRUE(control.ExposeDDSurface());
+    control.RenderScene();
+}
+
+TEST(Lifecycle, an_unusable_stored_value_takes_its_default_and_is_logged)
+{
+    const auto host = MakeHost();
+    auto bag = UsualSettings();
+    bag.Set("FieldOfView", std::string{"wide"});
+    bag.Set("KeyZoomIn", 1e12);
+    const auto hosted = headless::HostedViewport::Live(host, bag);
+    EXPECT_EQ(hosted->Control().ViewportState(), tdlRunning);
+    EXPECT_EQ(hosted->Control().FieldOfView(), 0.5F);
+    EXPECT_EQ(hosted->Control().KeyZoomIn(), 0);
+    ASSERT_EQ(host->Logged().size(), 2U);
+    EXPECT_THAT(host->Logged()[0], testing::HasSubstr("FieldOfView"));
+}
+
+TEST(Lifecycle, click_and_key_press_reach_the_host_by_reference)
+{
+    LiveControl control;
+    std::vector<int> heard;
+    control->Click.Connect([&] { heard.push_back(1); });
+    control->DblClick.Connect([&] { heard.push_back(2); });
+    control->KeyPress.Connect([&](std::int16_t& ascii) { ascii = 'x'; });
+    control->KeyPress.Connect([&](std::int16_t& ascii) { heard.push_back(ascii); });
+    control->OnClick();
+    control->OnDblClick();
+    control->OnKeyPress('a');
+    EXPECT_THAT(heard, ElementsAre(1, 2, 'x'));
+}
+
+// The whole life of a control with each platform call in turn failing once: by a transient number nothing may change,
+// by any other the control must end usable or halted, never in between.
+class Session
+{
+public:
+    void Run()
+    {
+        auto bag = UsualSettings();
+        bag.Set("ExposeDDSurface", true);
+        bag.Set("AntiAlias", std::int32_t{2});
+        hosted_ = headless::HostedViewport::Live(MakeHost(), bag);
+        Viewport& control = hosted_->Control();
+        scene_ = AmbientScene(1);
+        scene_->AddVisual(Square(0, 0, 10, 2, 0xFFFF0000));
+        control.SetScene(scene_);
+        control.SetBackColor(0x400000);
+        control.AddCameraMovement({0.5F, 0, 0}, tdlGlide);
+        control.AddCameraRotation(0, 0.1F, 0, 0, 0, 10, tdlGlide);
+        hosted_->Host().ResizeWindow(60, 60);
+        control.SetProjectionType(D3DRMPROJECT_PERSPECTIVE);
+        control.RenderScene();
+    }
+
+    std::vector<std::uint32_t> Picture()
+    {
+        std::vector<std::uint32_t> pixels;
+        for (int y = 0; y < 60; ++y)
+            for (int x = 0; x < 60; ++x)
+                pixels.push_back(hosted_->PixelAt(x, y));
+        return pixels;
+    }
+
+    headless::HostedViewport& Hosted() { return *hosted_; }
+    const std::shared_ptr<Frame>& Scene() const { return scene_; }
+
+private:
+    std::unique_ptr<headless::HostedViewport> hosted_;
+    std::shared_ptr<Frame> scene_;
+};
+
+TEST(Lifecycle, a_transient_failure_of_any_single_platform_call_leaves_no_trace)
+{
+    Session undisturbed;
+    faults::Record();
+    undisturbed.Run();
+    const auto calls = faults::Recorded();
+    faults::Clear();
+    const auto expected = undisturbed.Picture();
+    ASSERT_GT(calls.size(), 100U);
+    for (std::size_t i = 0; i < calls.size(); ++i)
+    {
+        // What is asked with errors ignored is not retried: it answers by itself.
+        if (calls[i] == "Container.LateBoundMember" || calls[i].starts_with("RetainedMode.CreateDevice") ||
+            calls[i] == "DirectDraw.CreateSurface" || calls[i] == "Surface.SetClipper" || calls[i] == "Clipper.SetHWnd")
+            continue;
+        Session session;
+        faults::FailCall(static_cast<std::int64_t>(i), error::RMBadDevice);
+        session.Run();
+        faults::Clear();
+        EXPECT_EQ(session.Picture(), expected) << "call " << i << ", " << calls[i];
+    }
+}
+
+TEST(Lifecycle, a_lasting_failure_of_any_single_platform_call_leaves_a_control_that_runs_or_has_halted)
+{
+    Session undisturbed;
+    faults::Record();
+    undisturbed.Run();
+    const auto count = faults::Recorded().size();
+    faults::Clear();
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        Session session;
+        faults::FailCall(static_cast<std::int64_t>(i), error::OutOfMemory);
+        try
+        {
+            session.Run();
+        }
+        catch (const RuntimeError& failure)
+        {
+            EXPECT_TRUE(failure.Number() == error::OutOfMemory || failure.Number() == error::Halted ||
+                        failure.Number() == error::NoDevice)
+                << "call " << i << ": " << failure.Number() << " " << failure.Description();
+        }
+        faults::Clear();
+        Viewport& control = session.Hosted().Control();
+        if (control.ViewportState() == tdlHalted)
+        {
+            EXPECT_FALSE(control.Camera());
+            continue;
+        }
+        control.OnResize();
+        control.RenderScene();
+        EXPECT_EQ(control.Camera()->Parent(), control.Scene()) << "call " << i;
+    }
+}
+
+} // namespace

@@ -1,0 +1,204 @@
+// Properties through the table that makes them.
+#include "platform/automation/Faults.h"
+#include "properties/PropertyTable.h"
+#include "viewport/LiveControl.h"
+
+#include <gmock/gmock.h>
+#include <map>
+
+using namespace lumora;
+using namespace lumora::test;
+using ::testing::Contains;
+using ::testing::HasSubstr;
+
+namespace
+{
+
+TEST(Properties, the_table_counts_ids_down_to_the_window_handle)
+{
+    const auto table = PropertyTable();
+    ASSERT_EQ(table.size(), 97U);
+    EXPECT_EQ(FindProperty("Direct3DDevice")->dispatchId, 0x68030000 + 96);
+    EXPECT_EQ(FindProperty("hwnd")->dispatchId, 0x68030000);
+    int saved = 0;
+    int writable = 0;
+    for (const PropertyRow& row : table)
+    {
+        saved += row.saved ? 1 : 0;
+        writable += row.write != nullptr ? 1 : 0;
+    }
+    EXPECT_EQ(saved, 83);
+    EXPECT_EQ(writable, 89);
+}
+
+// A value of the row's type that is not its default and that every layer takes.
+Variant AnotherValue(const PropertyRow& row)
+{
+    static const std::map<std::string_view, Variant> special = {
+        {"BorderStyle", std::int32_t{1}},    {"MousePointer", std::int32_t{2}}, {"HighlightPointer", std::int32_t{3}},
+        {"CullMethod", std::int32_t{2}},     {"FillMode", std::int32_t{64}},    {"LightMode", std::int32_t{0}},
+        {"ProjectionType", std::int32_t{1}}, {"AntiAlias", std::int32_t{2}},    {"BackClippingPlane", 500.0F},
+        {"Direct3DDevice", std::int32_t{3}}, {"ShadeMode", std::int32_t{0}}};
+    if (const auto found = special.find(row.name); found != special.end())
+        return found->second;
+    switch (row.type)
+    {
+    case PropertyType::Boolean:
+        return !std::get<bool>(row.defaultValue);
+    case PropertyType::Single:
+        return VariantToSingle(row.defaultValue) + 0.75F;
+    case PropertyType::String:
+        return std::string{"another"};
+    case PropertyType::Object:
+        return ObjectReference{std::make_shared<Picture>(std::make_shared<Bitmap>(2, 2))};
+    default:
+        return VariantToLong(row.defaultValue) + 1;
+    }
+}
+
+TEST(Properties, every_saved_property_survives_a_bag_live_and_at_design_time)
+{
+    for (const bool live : {false, true})
+    {
+        headless::MemoryPropertyBag bag;
+        {
+            headless::MemoryPropertyBag empty;
+            const auto hosted = live ? headless::HostedViewport::Live(MakeHost(), empty)
+                                     : headless::HostedViewport::AtDesignTime(MakeHost(), empty);
+            for (const PropertyRow& row : PropertyTable())
+                if (row.saved)
+                    row.write(hosted->Control(), AnotherValue(row));
+            ASSERT_EQ(hosted->Control().ViewportState(), tdlRunning);
+            hosted->Control().Save(bag);
+        }
+        EXPECT_EQ(bag.Entries().size(), 83U);
+        EXPECT_EQ(bag.Entries().front().first, "MouseNavigationMode");
+        const auto hosted = live ? headless::HostedViewport::Live(MakeHost(), bag)
+                                 : headless::HostedViewport::AtDesignTime(MakeHost(), bag);
+        ASSERT_EQ(hosted->Control().ViewportState(), tdlRunning);
+        for (const PropertyRow& row : PropertyTable())
+            if (row.saved)
+                EXPECT_TRUE(VariantsEqual(row.read(hosted->Control()), AnotherValue(row))) << row.name;
+        EXPECT_EQ(hosted->Control().Direct3DDeviceGUID(), "IID_IDirect3DRefDevice");
+    }
+}
+
+TEST(Properties, defaults_are_not_saved_and_initialising_equals_loading_nothing)
+{
+    headless::MemoryPropertyBag empty;
+    const auto loaded = headless::HostedViewport::AtDesignTime(MakeHost(), empty);
+    headless::MemoryPropertyBag bag;
+    loaded->Control().Save(bag);
+    EXPECT_TRUE(bag.Entries().empty());
+
+    const auto host = MakeHost();
+    host->SetUserMode(false);
+    headless::HostedViewport initialised{host};
+    initialised.Control().Initialise();
+    for (const PropertyRow& row : PropertyTable())
+        if (row.type != PropertyType::Object && row.name != "hwnd")
+            EXPECT_TRUE(VariantsEqual(row.read(initialised.Control()), row.read(loaded->Control()))) << row.name;
+    EXPECT_FLOAT_EQ(initialised.Control().KeyVelocityRotate(), 1.571F);
+}
+
+TEST(Properties, writes_tell_the_container_except_the_ones_that_do_not)
+{
+    LiveControl control;
+    for (const PropertyRow& row : PropertyTable())
+    {
+        if (!row.write || row.type == PropertyType::Object)
+            continue;
+        const auto before = control.Host().PropertyChanges().size();
+        row.write(control.Control(), row.read(control.Control()));
+        const bool silent = row.name == "Direct3DDevice" || row.name == "Direct3DDeviceGUID" ||
+                            row.name == "HighlightPointer" || row.name == "NavMouseButton";
+        const auto& changes = control.Host().PropertyChanges();
+        if (silent)
+            EXPECT_EQ(changes.size(), before) << row.name;
+        else
+        {
+            ASSERT_GT(changes.size(), before) << row.name;
+            EXPECT_EQ(changes.back(), row.name);
+        }
+    }
+}
+
+TEST(Properties, writes_reach_the_live_device_and_viewport_at_once)
+{
+    LiveControl control;
+    struct Row
+    {
+        const char* property;
+        std::int32_t value;
+        const char* operation;
+    };
+    for (const Row& row :
+         {Row{"TextureQuality", 0, "Device.SetTextureQuality"}, Row{"ShadeMode", 0, "Device.SetQuality"},
+          Row{"FillMode", 64, "Device.SetQuality"}, Row{"LightMode", 0, "Device.SetQuality"},
+          Row{"RenderMode", 2, "Device.SetRenderMode"}, Row{"ProjectionType", 1, "RMViewport.SetProjection"},
+          Row{"BackClippingPlane", 50, "RMViewport.SetBack"}, Row{"FrontClippingPlane", 2, "RMViewport.SetFront"},
+          Row{"FieldOfView", 1, "RMViewport.SetField"}, Row{"CullMethod", 3, "ImmediateDevice.SetRenderState"},
+          Row{"Accumulate", 1, "RMViewport.Clear"}, Row{"BackColor", 5, "Frame.SetSceneBackgroundRGB"}})
+    {
+        faults::Record();
+        FindProperty(row.property)->write(control.Control(), row.value);
+        EXPECT_THAT(faults::Recorded(), Contains(row.operation)) << row.property;
+        faults::Clear();
+    }
+}
+
+TEST(Properties, a_value_that_the_platform_refuses_is_stored_and_raised)
+{
+    LiveControl control;
+    const RuntimeError failure = ErrorOf([&] { control->SetFrontClippingPlane(-1); });
+    EXPECT_EQ(failure.Number(), error::RMBadValue);
+    EXPECT_EQ(failure.Source(), "Viewport");
+    EXPECT_EQ(control->FrontClippingPlane(), -1);
+    EXPECT_EQ(ErrorOf([&] { control->SetBorderStyle(static_cast<tdlBorderStyle>(40000)); }).Number(), error::Overflow);
+    EXPECT_EQ(control->BorderStyle(), tdlBSNone);
+    EXPECT_EQ(ErrorOf([&] { control->SetMousePointer(77); }).Number(), error::InvalidPropertyValue);
+}
+
+TEST(Properties, some_writers_have_their_own_mind)
+{
+    LiveControl control;
+    control->SetNavMouseButton(tdlLeft);
+    EXPECT_EQ(control->NavMouseButton(), tdlCenter);
+
+    control->SetDirect3DDevice(static_cast<tdlDirect3DDevice>(7));
+    EXPECT_EQ(control->Direct3DDeviceGUID(), "IID_IDirect3DDefaultDevice");
+
+    control->SetMousePointer(5);
+    control->SetHighlightPointer(9);
+    EXPECT_EQ(control->MousePointer(), 9);
+    EXPECT_EQ(control->HighlightPointer(), 9);
+
+    control->SetBackgroundTexture("/nowhere/at/all.png");
+    EXPECT_EQ(control->BackgroundTexture(), "/nowhere/at/all.png");
+    control->RenderScene();
+
+    control->SetBackColor(0x00FF8000); // blue 255, green 128, red 0
+    const Vector background = control->Scene()->Scene().backgroundColor;
+    EXPECT_EQ(background, (Vector{0, 128 / 255.0F, 1}));
+
+    control.Host().ControlArea().SetHandle(70000);
+    EXPECT_EQ(ErrorOf([&] { control->hwnd(); }).Number(), error::Overflow);
+}
+
+TEST(Properties, texts_become_values_and_what_cannot_is_answered_with_the_nearest)
+{
+    const auto parse = [](const char* name, const char* text) { return ParsePropertyValue(*FindProperty(name), text); };
+    EXPECT_EQ(parse("AntiAlias", "tdl4x"), Variant{std::int32_t{4}});
+    EXPECT_EQ(parse("AntiAlias", "2"), Variant{std::int32_t{2}});
+    EXPECT_EQ(parse("FieldOfView", "0.25"), Variant{0.25F});
+    EXPECT_EQ(parse("Enabled", "yes"), Variant{true});
+    EXPECT_THAT(ErrorOf([&] { parse("AntiAlias", "tdl3X"); }).Description(), HasSubstr("tdl2X"));
+    EXPECT_THAT(ErrorOf([&] { parse("KeyMoveUp", "NavKeyPgUp"); }).Description(), HasSubstr("tdlNavKeyPageUp"));
+    EXPECT_EQ(ErrorOf([&] { parse("CoolMode", "5000000000"); }).Number(), error::Overflow);
+    EXPECT_EQ(ErrorOf([&] { parse("FieldOfView", "nan"); }).Number(), error::Overflow);
+    EXPECT_EQ(ErrorOf([&] { parse("Enabled", "perhaps"); }).Number(), error::TypeMismatch);
+    EXPECT_EQ(NearestProperty("FeildOfVeiw").name, "FieldOfView");
+    EXPECT_EQ(NearestProperty("antialiasing").name, "AntiAlias");
+}
+
+} // namespace
