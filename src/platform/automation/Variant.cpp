@@ -4,6 +4,7 @@
 #include "platform/automation/RuntimeError.h"
 
 #include <charconv>
+#include <cmath>
 #include <optional>
 
 namespace lumora
@@ -22,9 +23,12 @@ std::optional<double> NumberIn(const std::string& text)
     double number = 0;
     const char* const end = text.data() + text.size();
     const auto [stop, problem] = std::from_chars(text.data(), end, number);
-    if (problem != std::errc{} || stop != end)
+    if (stop != end || problem == std::errc::invalid_argument)
         return std::nullopt;
-    return number;
+    if (problem == std::errc::result_out_of_range)
+        throw RuntimeError{error::Overflow, "automation", "Overflow: " + text};
+    // "inf" and "nan" are words, not numbers.
+    return std::isfinite(number) ? std::optional{number} : std::nullopt;
 }
 
 std::optional<double> AsNumber(const Variant& value)

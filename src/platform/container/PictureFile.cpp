@@ -47,6 +47,9 @@ constexpr std::uintmax_t MaximumFileSize = std::uintmax_t{256} << 20;
 /// 8192 by 8192: the picture itself is then 256 MiB.
 constexpr std::int64_t MaximumPixels = std::int64_t{1} << 26;
 
+/// No format packs more pixels into a byte: deflated 1-bit pixels come to 8256.
+constexpr std::int64_t MaximumPixelsPerByte = 16384;
+
 /// Each scan of a JPEG file visits the whole picture; a real file has about ten.
 constexpr int MaximumScans = 100;
 
@@ -91,6 +94,8 @@ picturecodec::Size CheckedSize(const std::string& path, const std::vector<std::u
     if (width < 1 || height < 1 || width > Bitmap::MaximumSide || height > Bitmap::MaximumSide ||
         std::int64_t{width} * height > MaximumPixels)
         RaiseInvalid(path, std::to_string(width) + " by " + std::to_string(height) + " pixels cannot be loaded");
+    if (std::int64_t{width} * height > MaximumPixelsPerByte * static_cast<std::int64_t>(file.size()))
+        RaiseInvalid(path, "the file ends before its picture does");
     if (CountJpegScans(file) > MaximumScans)
         RaiseInvalid(path, "it has too many scans");
     return *size;

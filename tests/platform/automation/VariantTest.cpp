@@ -1,0 +1,118 @@
+// Values that are reached by name, and what they turn into.
+#include "platform/automation/Variant.h"
+
+#include "platform/automation/RuntimeError.h"
+
+#include <gtest/gtest.h>
+
+namespace lumora
+{
+
+namespace
+{
+
+std::int32_t ErrorOf(const auto& conversion)
+{
+    try
+    {
+        conversion();
+        return 0;
+    }
+    catch (const RuntimeError& failure)
+    {
+        return failure.Number();
+    }
+}
+
+const Variant SomeObject = std::make_shared<Object>();
+const Variant Empty;
+
+} // namespace
+
+TEST(Variant, turns_into_whole_numbers_like_automation_does)
+{
+    struct Row
+    {
+        Variant value;
+        std::int32_t whole;
+    };
+    for (const auto& [value, whole] : {
+             Row{Empty, 0},
+             Row{true, -1},
+             Row{2.5F, 2},
+             Row{3.5, 4},
+             Row{std::string{"-12.5"}, -12},
+             Row{std::string{"1e3"}, 1000},
+         })
+        EXPECT_EQ(VariantToLong(value), whole) << value.index();
+}
+
+TEST(Variant, tells_a_value_without_meaning_from_one_out_of_range)
+{
+    struct Row
+    {
+        Variant value;
+        std::int32_t number;
+    };
+    for (const auto& [value, number] : {
+             Row{3e9, error::Overflow},
+             Row{std::string{"2147483648"}, error::Overflow},
+             Row{std::string{"1e999"}, error::Overflow},
+             Row{std::string{"12 apples"}, error::TypeMismatch},
+             Row{std::string{}, error::TypeMismatch},
+             Row{std::string{"nan"}, error::TypeMismatch},
+             Row{std::string{"inf"}, error::TypeMismatch},
+             Row{SomeObject, error::TypeMismatch},
+             Row{ObjectReference{}, error::TypeMismatch},
+         })
+        EXPECT_EQ(ErrorOf([&] { VariantToLong(value); }), number) << value.index();
+}
+
+TEST(Variant, is_true_when_it_is_a_number_other_than_zero)
+{
+    for (const Variant& value :
+         {Variant{7}, Variant{-1}, Variant{0.001}, Variant{std::string{"True"}}, Variant{std::string{"2"}}})
+        EXPECT_TRUE(VariantToBoolean(value)) << value.index();
+    for (const Variant& value :
+         {Empty, Variant{0}, Variant{0.0F}, Variant{std::string{"False"}}, Variant{std::string{"0"}}})
+        EXPECT_FALSE(VariantToBoolean(value)) << value.index();
+    EXPECT_EQ(ErrorOf([] { VariantToBoolean(std::string{"yes"}); }), error::TypeMismatch);
+}
+
+TEST(Variant, keeps_singles_exact_and_refuses_doubles_beyond_them)
+{
+    EXPECT_EQ(VariantToSingle(1.571F), 1.571F);
+    EXPECT_EQ(VariantToSingle(1.571), 1.571F);
+    EXPECT_EQ(ErrorOf([] { VariantToSingle(1e39); }), error::Overflow);
+}
+
+TEST(Variant, texts_read_back_as_the_number_they_came_from)
+{
+    EXPECT_EQ(VariantToString(1.571F), "1.571");
+    EXPECT_EQ(VariantToString(true), "True");
+    EXPECT_EQ(VariantToString(Empty), "");
+    for (const double number : {0.1, 1.0 / 3, -1e-300, 123456789.0})
+        EXPECT_EQ(VariantToDouble(VariantToString(number)), number);
+    EXPECT_EQ(ErrorOf([] { VariantToString(SomeObject); }), error::TypeMismatch);
+}
+
+TEST(Variant, hands_out_objects_and_nothing)
+{
+    EXPECT_EQ(VariantToObject(SomeObject), std::get<ObjectReference>(SomeObject));
+    EXPECT_EQ(VariantToObject(Empty), nullptr);
+    EXPECT_EQ(VariantToObject(ObjectReference{}), nullptr);
+    EXPECT_EQ(ErrorOf([] { VariantToObject(7); }), error::TypeMismatch);
+}
+
+TEST(Variant, compares_numbers_by_value_and_everything_else_by_kind)
+{
+    EXPECT_TRUE(VariantsEqual(1000, 1000.0F));
+    EXPECT_TRUE(VariantsEqual(-1, true));
+    EXPECT_TRUE(VariantsEqual(0.5F, 0.5));
+    EXPECT_FALSE(VariantsEqual(1.571F, 1.571));
+    EXPECT_FALSE(VariantsEqual(std::string{"1"}, 1));
+    EXPECT_FALSE(VariantsEqual(SomeObject, ObjectReference{}));
+    EXPECT_TRUE(VariantsEqual(SomeObject, SomeObject));
+}
+
+} // namespace lumora

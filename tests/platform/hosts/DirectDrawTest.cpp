@@ -1,0 +1,306 @@
+// Surfaces: how they are made, copied, shown and shared.
+#include "platform/directdraw/DirectDraw.h"
+
+#include "platform/automation/Faults.h"
+#include "platform/directdraw/DeviceContext.h"
+#include "platform/headless/VirtualScreen.h"
+#include "platform/headless/VirtualWindow.h"
+#include "platform/hosts/Errors.h"
+#include "support/Pictures.h"
+
+#include <climits>
+#include <gtest/gtest.h>
+
+namespace lumora
+{
+
+namespace
+{
+
+constexpr std::uint32_t AllGiven = 7;
+constexpr std::uint32_t CapsGiven = 1;
+
+class DirectDrawSurfaces : public testing::Test
+{
+protected:
+    std::shared_ptr<Surface> NewSurface(int width, int height)
+    {
+        return directDraw_->CreateSurface({124, AllGiven, height, width, surfacecaps::OffscreenPlain});
+    }
+
+    std::shared_ptr<Surface> NewPrimary()
+    {
+        return directDraw_->CreateSurface({124, CapsGiven, 0, 0, surfacecaps::PrimarySurface});
+    }
+
+    /// A surface on which every pixel has a colour of its own.
+    std::shared_ptr<Surface> NewNumberedSurface(int width, int height)
+    {
+        auto surface = NewSurface(width, height);
+        const PixelView pixels = surface->Pixels();
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x)
+                pixels.Row(y)[x] = NumberedPixel(x, y);
+        return surface;
+    }
+
+    static std::uint32_t NumberedPixel(int x, int y) { return static_cast<std::uint32_t>(y * 1000 + x + 1); }
+
+    std::shared_ptr<headless::VirtualScreen> screen_ = std::make_shared<headless::VirtualScreen>(200, 150);
+    std::shared_ptr<DirectDraw> directDraw_ = DirectDraw::Create(screen_);
+};
+
+/// The source pixel whose extent, stretched, contains the middle of destination pixel `i`.
+int NearestByMeasuring(int i, int sourceSize, int destinationSize)
+{
+    for (int s = 0; s < sourceSize; ++s)
+        if ((2 * i + 1) * sourceSize < 2 * (s + 1) * destinationSize)
+            return s;
+    return -1;
+}
+
+} // namespace
+
+TEST_F(DirectDrawSurfaces, are_made_from_complete_descriptions_only)
+{
+    struct Row
+    {
+        const char* what;
+        SurfaceDescription description;
+        std::int32_t number;
+    };
+    constexpr std::uint32_t Plain = surfacecaps::OffscreenPlain;
+    constexpr std::uint32_t Primary = surfacecaps::PrimarySurface;
+    for (const auto& [what, description, number] : {
+             Row{"smallest", {124, 7, 1, 1, Plain}, 0},
+             Row{"longest", {124, 7, 1, Surface::MaximumSide, Plain}, 0},
+             Row{"primary", {124, 1, 0, 0, Primary}, 0},
+             Row{"primary with a size", {124, 7, 10, 10, Primary}, error::DDInvalidParams},
+             Row{"record of another size", {108, 7, 10, 10, Plain}, error::DDInvalidParams},
+             Row{"no width", {124, 3, 10, 10, Plain}, error::DDInvalidParams},
+             Row{"no height", {124, 5, 10, 10, Plain}, error::DDInvalidParams},
+             Row{"empty", {124, 7, 0, 10, Plain}, error::DDInvalidParams},
+             Row{"negative", {124, 7, 10, INT_MIN, Plain}, error::DDInvalidParams},
+             Row{"too wide", {124, 7, 1, Surface::MaximumSide + 1, Plain}, error::DDInvalidParams},
+             Row{"too many pixels", {124, 7, 8193, 32768, Plain}, error::OutOfMemory},
+             Row{"largest sides", {124, 7, 32768, 32768, Plain}, error::OutOfMemory},
+         })
+        EXPECT_EQ(ErrorOf([&] { directDraw_->CreateSurface(description); }), number) << what;
+}
+
+TEST_F(DirectDrawSurfaces, start_black)
+{
+    const auto surface = NewSurface(5, 4);
+    for (int y = 0; y < 4; ++y)
+        for (int x = 0; x < 5; ++x)
+            EXPECT_EQ(surface->Pixels().Row(y)[x], 0U);
+}
+
+TEST_F(DirectDrawSurfaces, stretch_by_the_pixel_nearest_to_each_middle)
+{
+    struct Row
+    {
+        int source;
+        int destination;
+    };
+    for (const auto& [from, to] :
+         {Row{7, 7}, Row{1, 9}, Row{4, 8}, Row{8, 4}, Row{9, 2}, Row{13, 7}, Row{7, 13}, Row{3, 100}, Row{101, 3}})
+    {
+        const auto source = NewNumberedSurface(from, 2 * from);
+        const auto target = NewSurface(to, 3 * to);
+        target->Blt({}, *source, {}, Surface::BltWait);
+        for (int y = 0; y < 3 * to; ++y)
+            for (int x = 0; x < to; ++x)
+                ASSERT_EQ(target->Pixels().Row(y)[x],
+                          NumberedPixel(NearestByMeasuring(x, from, to), NearestByMeasuring(y, 2 * from, 3 * to)))
+                    << from << " to " << to << " at " << x << ", " << y;
+    }
+}
+
+TEST_F(DirectDrawSurfaces, change_only_the_destination_rectangle)
+{
+    const auto source = NewNumberedSurface(10, 10);
+    const auto target = NewSurface(20, 20);
+    target->Blt(PixelRect{3, 4, 9, 8}, *source, PixelRect{2, 1, 8, 5}, 0);
+    for (int y = 0; y < 20; ++y)
+        for (int x = 0; x < 20; ++x)
+        {
+            const bool inside = x >= 3 && x < 9 && y >= 4 && y < 8;
+            EXPECT_EQ(target->Pixels().Row(y)[x], inside ? NumberedPixel(x - 1, y - 3) : 0U) << x << ", " << y;
+        }
+}
+
+TEST_F(DirectDrawSurfaces, refuse_rectangles_that_are_empty_or_outside)
+{
+    const auto source = NewNumberedSurface(10, 8);
+    const auto target = NewSurface(20, 16);
+    for (const PixelRect& bad :
+         {PixelRect{0, 0, 11, 8}, PixelRect{-1, 0, 5, 5}, PixelRect{0, 0, 5, 9}, PixelRect{3, 3, 3, 5},
+          PixelRect{5, 5, 2, 7}, PixelRect{INT_MIN, INT_MIN, INT_MAX, INT_MAX}})
+    {
+        EXPECT_EQ(ErrorOf([&] { target->Blt({}, *source, bad, 0); }), error::DDInvalidRect);
+        EXPECT_EQ(ErrorOf([&] { source->Blt(bad, *target, {}, 0); }), error::DDInvalidRect);
+    }
+    EXPECT_EQ(ErrorOf([&] { target->Blt({}, *source, {}, 0x400); }), error::DDInvalidParams);
+    EXPECT_TRUE(testsupport::SamePicture(target->Pixels(), NewSurface(20, 16)->Pixels()));
+    EXPECT_TRUE(testsupport::SamePicture(source->Pixels(), NewNumberedSurface(10, 8)->Pixels()));
+}
+
+TEST_F(DirectDrawSurfaces, copy_overlapping_parts_as_if_through_another_surface)
+{
+    struct Row
+    {
+        const char* way;
+        PixelRect source;
+        PixelRect destination;
+    };
+    for (const auto& [way, from, to] : {
+             Row{"down and right", {0, 0, 20, 20}, {5, 7, 25, 27}},
+             Row{"up and left", {5, 7, 25, 27}, {0, 0, 20, 20}},
+             Row{"up and right", {0, 9, 20, 29}, {3, 2, 23, 22}},
+             Row{"right in one row", {0, 4, 20, 5}, {1, 4, 21, 5}},
+             Row{"onto itself", {2, 3, 22, 23}, {2, 3, 22, 23}},
+             Row{"larger", {5, 5, 15, 15}, {0, 0, 30, 30}},
+             Row{"smaller", {0, 0, 30, 30}, {5, 5, 15, 15}},
+         })
+    {
+        const auto direct = NewNumberedSurface(30, 30);
+        const auto detour = NewNumberedSurface(30, 30);
+        detour->Blt(to, *NewNumberedSurface(30, 30), from, 0);
+        direct->Blt(to, *direct, from, 0);
+        EXPECT_TRUE(testsupport::SamePicture(direct->Pixels(), detour->Pixels())) << way;
+    }
+}
+
+TEST_F(DirectDrawSurfaces, are_busy_while_somebody_holds_their_pixels)
+{
+    const auto held = NewSurface(8, 8);
+    const auto other = NewSurface(8, 8);
+    const auto expectBusy = [&](const char* why)
+    {
+        EXPECT_EQ(ErrorOf([&] { held->Blt({}, *other, {}, 0); }), error::DDSurfaceBusy) << why;
+        EXPECT_EQ(ErrorOf([&] { other->Blt({}, *held, {}, 0); }), error::DDSurfaceBusy) << why;
+        EXPECT_EQ(ErrorOf([&] { held->GetDC(); }), error::DDSurfaceBusy) << why;
+        EXPECT_EQ(ErrorOf([&] { held->Lock(); }), error::DDSurfaceBusy) << why;
+    };
+    held->Lock();
+    expectBusy("locked");
+    held->Unlock();
+    EXPECT_EQ(ErrorOf([&] { held->Unlock(); }), error::DDInvalidParams);
+    auto context = held->GetDC();
+    expectBusy("context out");
+    held->ReleaseDC(context);
+    EXPECT_EQ(ErrorOf([&] { held->ReleaseDC(context); }), error::DDInvalidParams);
+    EXPECT_EQ(ErrorOf([&] { held->Blt({}, *other, {}, 0); }), 0);
+}
+
+TEST_F(DirectDrawSurfaces, are_free_again_when_a_context_was_only_dropped)
+{
+    const auto surface = NewSurface(8, 8);
+    surface->GetDC();
+    EXPECT_EQ(ErrorOf([&] { surface->Lock(); }), 0);
+}
+
+TEST_F(DirectDrawSurfaces, take_nothing_more_through_a_context_that_was_released)
+{
+    auto surface = NewSurface(8, 8);
+    const auto released = surface->GetDC();
+    surface->ReleaseDC(released);
+    released->SetPixel(1, 1, 0xFFFFFF);
+    EXPECT_EQ(surface->Pixels().Row(1)[1], 0U);
+    const auto orphaned = surface->GetDC();
+    surface.reset();
+    orphaned->FillRectangle({0, 0, 8, 8}, 0xFFFFFF); // must not reach freed memory
+    EXPECT_EQ(orphaned->Width(), 0);
+}
+
+TEST_F(DirectDrawSurfaces, on_the_primary_show_within_the_clippers_window_only)
+{
+    const auto window = headless::VirtualWindow::Create(screen_, {50, 40, 90, 70});
+    const auto clipper = directDraw_->CreateClipper(0);
+    clipper->SetHWnd(0, window->Handle());
+    const auto primary = NewPrimary();
+    primary->SetClipper(clipper);
+    const auto picture = NewSurface(60, 60);
+    DeviceContext{picture->Pixels()}.FillRectangle({0, 0, 60, 60}, 0x0000FF);
+    primary->Blt(PixelRect{30, 30, 80, 100}, *picture, {}, Surface::BltWait);
+    for (int y = 0; y < 150; ++y)
+        for (int x = 0; x < 200; ++x)
+        {
+            const bool inWindow = x >= 50 && x < 90 && y >= 40 && y < 70;
+            const std::uint32_t expected = !inWindow ? headless::VirtualScreen::DesktopColor : x < 80 ? 0xFF0000 : 0;
+            ASSERT_EQ(screen_->PixelAt(x, y), expected) << x << ", " << y;
+        }
+}
+
+TEST_F(DirectDrawSurfaces, on_the_primary_without_a_clipper_show_over_every_window)
+{
+    const auto window = headless::VirtualWindow::Create(screen_, {50, 40, 90, 70});
+    const auto primary = NewPrimary();
+    const auto picture = NewNumberedSurface(20, 15);
+    primary->Blt({}, *picture, {}, 0);
+    EXPECT_EQ(screen_->PixelAt(0, 0), NumberedPixel(0, 0));
+    EXPECT_EQ(screen_->PixelAt(60, 50), NumberedPixel(6, 5));
+    EXPECT_EQ(screen_->PixelAt(199, 149), NumberedPixel(19, 14));
+    EXPECT_EQ(primary->Width(), 200);
+    EXPECT_EQ(primary->Height(), 150);
+}
+
+TEST_F(DirectDrawSurfaces, on_the_primary_have_no_pixels_of_their_own)
+{
+    const auto primary = NewPrimary();
+    const auto other = NewSurface(4, 4);
+    EXPECT_EQ(ErrorOf([&] { primary->Lock(); }), error::DDInvalidParams);
+    EXPECT_EQ(ErrorOf([&] { primary->GetDC(); }), error::DDInvalidParams);
+    EXPECT_EQ(ErrorOf([&] { other->Blt({}, *primary, {}, 0); }), error::DDInvalidParams);
+    EXPECT_EQ(ErrorOf([&] { other->SetClipper(directDraw_->CreateClipper(0)); }), error::DDInvalidParams);
+}
+
+TEST_F(DirectDrawSurfaces, know_when_their_clippers_window_is_gone)
+{
+    auto window = headless::VirtualWindow::Create(screen_, {50, 40, 90, 70});
+    const WindowHandle handle = window->Handle();
+    const auto clipper = directDraw_->CreateClipper(0);
+    clipper->SetHWnd(0, handle);
+    const auto primary = NewPrimary();
+    primary->SetClipper(clipper);
+    window.reset();
+    EXPECT_EQ(ErrorOf([&] { primary->Blt({}, *NewSurface(4, 4), {}, 0); }), error::DDInvalidParams);
+    EXPECT_EQ(ErrorOf([&] { clipper->SetHWnd(0, handle); }), error::DDInvalidParams);
+    EXPECT_EQ(ErrorOf([&] { directDraw_->SetCooperativeLevel(handle, 8); }), error::DDInvalidParams);
+}
+
+TEST_F(DirectDrawSurfaces, refuse_arguments_nobody_offers)
+{
+    const auto window = headless::VirtualWindow::Create(screen_, {50, 40, 90, 70});
+    EXPECT_EQ(ErrorOf([&] { directDraw_->SetCooperativeLevel(window->Handle(), 17); }), error::DDInvalidParams);
+    EXPECT_EQ(ErrorOf([&] { directDraw_->CreateClipper(1); }), error::DDInvalidParams);
+    EXPECT_EQ(ErrorOf([&] { directDraw_->CreateClipper(0)->SetHWnd(1, window->Handle()); }), error::DDInvalidParams);
+    EXPECT_EQ(ErrorOf([&] { directDraw_->WaitForVerticalBlank(4); }), error::DDInvalidParams);
+    EXPECT_EQ(ErrorOf([] { DirectDraw::Create(nullptr); }), error::DDInvalidParams);
+    EXPECT_EQ(screen_->VerticalBlankCount(), 0);
+}
+
+TEST_F(DirectDrawSurfaces, fail_on_request_before_they_change)
+{
+    const auto surface = NewSurface(4, 4);
+    const auto picture = NewNumberedSurface(4, 4);
+    faults::FailNext("Surface.Blt", 1, error::DDSurfaceLost);
+    faults::FailNext("Surface.Lock", 1, error::DDSurfaceLost);
+    EXPECT_EQ(ErrorOf([&] { surface->Blt({}, *picture, {}, 0); }), error::DDSurfaceLost);
+    EXPECT_EQ(surface->Pixels().Row(2)[2], 0U);
+    EXPECT_EQ(ErrorOf([&] { surface->Lock(); }), error::DDSurfaceLost);
+    faults::Clear();
+    EXPECT_EQ(ErrorOf([&] { surface->Blt({}, *picture, {}, 0); }), 0);
+    EXPECT_EQ(surface->Pixels().Row(2)[2], NumberedPixel(2, 2));
+}
+
+TEST(Bitmap, is_opaque_black_and_bounded)
+{
+    Bitmap bitmap{3, 2};
+    EXPECT_EQ(bitmap.Data(), std::vector<std::uint32_t>(6, 0xFF000000));
+    for (const auto& [width, height] : {std::pair{0, 1}, {1, -1}, {Bitmap::MaximumSide + 1, 1}, {INT_MAX, INT_MAX}})
+        EXPECT_EQ(ErrorOf([&, w = width, h = height] { Bitmap{w, h}; }), error::DDInvalidParams);
+}
+
+} // namespace lumora

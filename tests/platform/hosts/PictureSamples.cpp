@@ -1,0 +1,179 @@
+// Picture files in memory, written by another program's encoders or by hand.
+#include "platform/hosts/PictureSamples.h"
+
+#include <cstdlib>
+
+#define STBI_WRITE_NO_STDIO
+#define STB_IMAGE_WRITE_STATIC
+#define STB_IMAGE_WRITE_IMPLEMENTATION
+#include <stb/stb_image_write.h>
+
+namespace lumora::samples
+{
+
+namespace
+{
+
+void Append(void* file, void* data, int size)
+{
+    const auto* const bytes = static_cast<const std::uint8_t*>(data);
+    static_cast<FileBytes*>(file)->insert(static_cast<FileBytes*>(file)->end(), bytes, bytes + size);
+}
+
+FileBytes RgbBytes()
+{
+    FileBytes rgb;
+    for (int y = 0; y < Height; ++y)
+        for (int x = 0; x < Width; ++x)
+            for (const int shift : {16, 8, 0})
+                rgb.push_back(static_cast<std::uint8_t>(PixelAt(x, y) >> shift));
+    return rgb;
+}
+
+void AppendBigEndian(FileBytes& file, std::uint32_t value)
+{
+    for (const int shift : {24, 16, 8, 0})
+        file.push_back(static_cast<std::uint8_t>(value >> shift));
+}
+
+void AppendLittleEndian(FileBytes& file, std::uint32_t value)
+{
+    for (const int shift : {0, 8, 16, 24})
+        file.push_back(static_cast<std::uint8_t>(value >> shift));
+}
+
+void AppendChunk(FileBytes& file, const std::string& name, const FileBytes& data)
+{
+    AppendBigEndian(file, static_cast<std::uint32_t>(data.size()));
+    FileBytes named{name.begin(), name.end()};
+    named.insert(named.end(), data.begin(), data.end());
+    file.insert(file.end(), named.begin(), named.end());
+    AppendBigEndian(file, stbiw__crc32(named.data(), static_cast<int>(named.size())));
+}
+
+} // namespace
+
+std::uint32_t PixelAt(int x, int y)
+{
+    return static_cast<std::uint32_t>(x * 12 + 20) << 16 | static_cast<std::uint32_t>(y * 16 + 10) << 8 |
+           static_cast<std::uint32_t>(200 - x * 4 - y * 4);
+}
+
+FileBytes Png()
+{
+    FileBytes file;
+    stbi_write_png_to_func(Append, &file, Width, Height, 3, RgbBytes().data(), 3 * Width);
+    return file;
+}
+
+FileBytes Jpeg()
+{
+    FileBytes file;
+    stbi_write_jpg_to_func(Append, &file, Width, Height, 3, RgbBytes().data(), 100);
+    return file;
+}
+
+FileBytes Bmp()
+{
+    FileBytes file;
+    stbi_write_bmp_to_func(Append, &file, Width, Height, 3, RgbBytes().data());
+    return file;
+}
+
+FileBytes TgaRunLength()
+{
+    FileBytes file;
+    stbi_write_tga_with_rle = 1;
+    stbi_write_tga_to_func(Append, &file, Width, Height, 3, RgbBytes().data());
+    return file;
+}
+
+FileBytes Gif()
+{
+    return {'G',
+            'I',
+            'F',
+            '8',
+            '9',
+            'a',
+            2,
+            0,
+            2,
+            0,
+            0x81,
+            0,
+            0, // screen of 2 by 2, four colours
+            0xFF,
+            0,
+            0,
+            0,
+            0xFF,
+            0,
+            0,
+            0,
+            0xFF,
+            0xFF,
+            0xFF,
+            0xFF, // red, green, blue, white
+            0x2C,
+            0,
+            0,
+            0,
+            0,
+            2,
+            0,
+            2,
+            0,
+            0, // one image, all of it
+            2,
+            3, // codes from 3 bits on; 3 bytes of them
+            0b01'000'100,
+            0b0'011'010'0,
+            0b101,
+            0,
+            0x3B}; // clear, 0, 1, 2, 3 and end
+}
+
+FileBytes PngPromising(std::uint32_t width, std::uint32_t height, std::size_t unpacked)
+{
+    FileBytes zeros(unpacked);
+    int packedSize = 0;
+    unsigned char* const packed = stbi_zlib_compress(zeros.data(), static_cast<int>(unpacked), &packedSize, 5);
+    FileBytes file{0x89, 'P', 'N', 'G', 13, 10, 26, 10};
+    FileBytes header;
+    AppendBigEndian(header, width);
+    AppendBigEndian(header, height);
+    header.insert(header.end(), {8, 0, 0, 0, 0});
+    AppendChunk(file, "IHDR", header);
+    AppendChunk(file, "IDAT", {packed, packed + packedSize});
+    AppendChunk(file, "IEND", {});
+    std::free(packed); // NOLINT: the encoder's own malloc
+    return file;
+}
+
+FileBytes BmpPromising(std::int32_t width, std::int32_t height)
+{
+    FileBytes file{'B', 'M'};
+    AppendLittleEndian(file, 54);
+    AppendLittleEndian(file, 0);
+    AppendLittleEndian(file, 54);
+    AppendLittleEndian(file, 40);
+    AppendLittleEndian(file, static_cast<std::uint32_t>(width));
+    AppendLittleEndian(file, static_cast<std::uint32_t>(height));
+    AppendLittleEndian(file, 24U << 16 | 1);
+    for (int i = 0; i < 6; ++i)
+        AppendLittleEndian(file, 0);
+    return file;
+}
+
+FileBytes JpegWithScans(int scans)
+{
+    FileBytes file = Jpeg();
+    file.resize(file.size() - 2); // the end marker comes last
+    for (int i = 0; i < scans; ++i)
+        file.insert(file.end(), {0xFF, 0xDA, 0, 12, 3, 1, 0, 2, 0x11, 3, 0x11, 0, 63, 0});
+    file.insert(file.end(), {0xFF, 0xD9});
+    return file;
+}
+
+} // namespace lumora::samples
