@@ -169,7 +169,7 @@ Passes HugeTriangles()
 {
     ScenePass pass = Perspective();
     pass.state.cull = CullMode::None;
-    return With(pass, {Unlit(Item(Confetti(12, 30, 400, 0xFF, 3)))});
+    return With(pass, {Unlit(Item(Confetti(40, 40, 60, 0xFF, 4)))});
 }
 
 Passes OffCentreAndScissored()
@@ -180,7 +180,7 @@ Passes OffCentreAndScissored()
     pass.state.halfWidth = 100.5;
     pass.state.halfHeight = 80;
     pass.state.scissor = {35, 22, 301, 131};
-    return With(pass, {Item(Ball(8), MovedTo({0.2, 0.1, -0.6})), Item(Cube(0.8F), Turned(0.6, 0.9, {0.7, 0.2, -0.7}))});
+    return With(pass, {Item(Ball(8), MovedTo({0.2, 0.1, -0.6})), Item(Cube(0.8F), Turned(0.6, 0.9, {1.3, 0.2, -1.1}))});
 }
 
 // --- light ---
@@ -290,7 +290,7 @@ Passes WirePrism(CullMode cull)
 {
     ScenePass pass = Perspective();
     pass.state.cull = cull;
-    return With(pass, {Filled(Item(Prism(1.5F, 0.8F, 7, 0xFFFFFFA0), Turned(0.7, 0.5)), FillStyle::Wireframe)});
+    return With(pass, {Unlit(Filled(Item(Prism(1.5F, 0.8F, 7, 0xFFFFFFA0), Turned(0.7, 0.5)), FillStyle::Wireframe))});
 }
 
 Passes FoggedFlatWireBall()
