@@ -105,6 +105,8 @@ Look MakeLook(const aiMaterial& material, Pictures& pictures)
     else
         look.diffuse.a = 1; // others say it as opacity
     look.diffuse.a = keepAlpha ? Unit(look.diffuse.a) * Unit(NumberOf(material, AI_MATKEY_OPACITY, 1)) : 1;
+    if (look.diffuse.a == 0 && !look.isLinear)
+        look.diffuse.a = 1; // exporters confuse opacity with transparency; nobody means a surface that cannot be seen
 
     SetHighlight(look, material);
     const aiColor4D emissive = ColorOf(material, AI_MATKEY_COLOR_EMISSIVE, {0, 0, 0, 1});

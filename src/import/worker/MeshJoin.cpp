@@ -3,6 +3,7 @@
 
 #include "import/worker/SmoothNormals.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 
@@ -37,6 +38,26 @@ bool SameBits(const aiVector3D& a, const aiVector3D& b)
     const auto same = [](float x, float y)
     { return std::bit_cast<std::uint32_t>(x + 0.0F) == std::bit_cast<std::uint32_t>(y + 0.0F); };
     return same(a.x, b.x) && same(a.y, b.y) && same(a.z, b.z);
+}
+
+bool IsGoodNormal(const aiVector3D& normal)
+{
+    const float square = normal.x * normal.x + normal.y * normal.y + normal.z * normal.z;
+    return square > 1e-12F && std::isfinite(square);
+}
+
+bool HasBadNormals(const aiMesh& mesh)
+{
+    return !std::all_of(mesh.mNormals, mesh.mNormals + mesh.mNumVertices, IsGoodNormal);
+}
+
+/// Puts the file's own normals in place of the ones made, where they are good.
+void KeepGoodNormals(const aiMesh& mesh, std::vector<aiVector3D>& corners)
+{
+    for (std::size_t f = 0; f < mesh.mNumFaces; ++f)
+        for (unsigned i = 0; i < 3 && IsGoodFace(mesh, mesh.mFaces[f]); ++i)
+            if (const aiVector3D& normal = mesh.mNormals[mesh.mFaces[f].mIndices[i]]; IsGoodNormal(normal))
+                corners[f * 3 + i] = normal;
 }
 
 void CountFaces(PreparedMesh& prepared)
@@ -108,12 +129,14 @@ PreparedMesh Prepare(const aiMesh& mesh, int uvChannel)
         prepared.uvChannel = uvChannel;
     const aiVector3D* uv = prepared.uvChannel >= 0 ? mesh.mTextureCoords[prepared.uvChannel] : nullptr;
     prepared.vertices = Join(mesh.mVertices, uv, mesh.mNumVertices);
-    if (mesh.HasNormals())
+    if (mesh.HasNormals() && !HasBadNormals(mesh))
         prepared.normals = Join(mesh.mNormals, nullptr, mesh.mNumVertices);
-    else if (uv != nullptr)
+    else if (mesh.HasNormals() || uv != nullptr)
     {
-        // The mesh builder smooths across vertices only, and texture seams have cut those apart.
+        // Without normals the mesh builder smooths across vertices only, and texture seams have cut those apart.
         prepared.ownNormals = SmoothNormals(mesh);
+        if (mesh.HasNormals())
+            KeepGoodNormals(mesh, prepared.ownNormals);
         prepared.normals =
             Join(prepared.ownNormals.data(), nullptr, static_cast<std::uint32_t>(prepared.ownNormals.size()));
     }

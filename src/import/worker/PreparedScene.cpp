@@ -13,6 +13,8 @@ using namespace modelstream;
 namespace
 {
 
+constexpr std::size_t MostWarnings = MaximumWarnings / 2; // the other half is for what Assimp says
+
 /// Index of each of Assimp's meshes in the prepared list, NoIndex for one without a face to show.
 std::vector<std::uint32_t> PrepareMeshes(const aiScene& scene, PreparedScene& result,
                                          const std::function<void(double)>& progress)
@@ -99,10 +101,10 @@ PreparedScene Prepare(const aiScene& scene, const std::filesystem::path& folder,
     PrepareNodes(*scene.mRootNode, meshIndexOf, result);
     if (result.nodeMeshes.empty())
         throw Unreadable("it has no surface to show");
-    if (result.warnings.size() > MaximumWarnings)
+    if (result.warnings.size() > MostWarnings)
     {
-        const std::size_t more = result.warnings.size() - (MaximumWarnings - 1);
-        result.warnings.resize(MaximumWarnings - 1);
+        const std::size_t more = result.warnings.size() - (MostWarnings - 1);
+        result.warnings.resize(MostWarnings - 1);
         result.warnings.push_back("There are " + std::to_string(more) + " more things to say of this kind.");
     }
     return result;

@@ -2,6 +2,7 @@
 // by the import library and may end in any way; nothing is cleaned up, for the system does that faster.
 #include "import/ModelStream.h"
 #include "import/worker/Complaint.h"
+#include "import/worker/Notices.h"
 #include "import/worker/PreparedScene.h"
 #include "import/worker/StreamWriter.h"
 
@@ -14,6 +15,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <new>
+#include <string_view>
 #include <unistd.h>
 
 namespace lumora
@@ -27,9 +29,10 @@ using Clock = std::chrono::steady_clock;
 // No step of Assimp's that is not needed: joining vertices, splitting by kind of primitive, looking for bad numbers
 // and making normals are done here, in one pass and in less time.
 constexpr unsigned Steps = aiProcess_ValidateDataStructure | aiProcess_Triangulate | aiProcess_TransformUVCoords |
-                           aiProcess_RemoveRedundantMaterials | aiProcess_ConvertToLeftHanded;
+                           aiProcess_ConvertToLeftHanded;
 
 constexpr double PartOfParsing = 0.85;
+constexpr std::size_t MostNotices = modelstream::MaximumWarnings / 2;
 
 void Report(double fraction)
 {
@@ -65,6 +68,9 @@ const aiScene& Parse(Assimp::Importer& importer, const char* path)
     importer.SetProgressHandler(new Progress); // the importer deletes it
     importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
     const aiScene* scene = importer.ReadFile(path, Steps);
+    // Validation refuses a whole file for one empty mesh in it.
+    if (scene == nullptr && std::string_view(importer.GetErrorString()).find("contains no") != std::string_view::npos)
+        scene = importer.ReadFile(path, Steps & ~static_cast<unsigned>(aiProcess_ValidateDataStructure));
     if (scene == nullptr)
         throw Unreadable(importer.GetErrorString());
     if (scene->mRootNode == nullptr || scene->mNumMeshes == 0)
@@ -75,11 +81,14 @@ const aiScene& Parse(Assimp::Importer& importer, const char* path)
 void Run(const char* path)
 {
     const Clock::time_point start = Clock::now();
+    std::vector<std::string> notices;
+    CollectNotices(notices, MostNotices);
     Assimp::Importer importer;
     const aiScene& scene = Parse(importer, path);
     const auto parse = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
     PreparedScene prepared = Prepare(scene, std::filesystem::path(path).parent_path(),
                                      [](double part) { Report(PartOfParsing + part * (0.95 - PartOfParsing)); });
+    prepared.warnings.insert(prepared.warnings.begin(), notices.begin(), notices.end());
     prepared.parseMilliseconds = static_cast<std::uint64_t>(parse.count());
     WriteStream(modelstream::ResultDescriptor, prepared);
     _exit(modelstream::ExitFinished);
