@@ -3,14 +3,15 @@
 
 #include "platform/scenegraph/Frame.h"
 
+#include <cstddef>
 #include <vector>
 
 namespace lumora
 {
 
-/// Moves the bound frame (relative to its parent) through position keys: linear, or by a Catmull-Rom spline, both
-/// through every key. Closed animations go on from the last key to the first over the same time as the first step and
-/// repeat; open ones stop at their ends.
+/// Moves the bound frame (relative to its parent) through position keys: linear, or by a Catmull-Rom spline (whose
+/// tangents take the keys' own times into account), both through every key. Closed animations go on from the last key
+/// to the first over the same time as the first step and repeat; open ones stop at their ends.
 class Animation : public SceneObject
 {
 public:
@@ -40,6 +41,17 @@ private:
         float time;
         Vector position;
     };
+
+    struct Instant
+    {
+        double time;
+        Double3 position;
+    };
+
+    double Period() const;                         // of a closed animation
+    Instant KeyAt(std::ptrdiff_t index) const;     // beyond the ends: the key of another round
+    Double3 TangentAt(std::ptrdiff_t index) const; // scene units per unit of time
+    Vector Between(double time) const;
 
     std::vector<Key> keys_; // by time
     Interpolation interpolation_ = Interpolation::Linear;

@@ -52,7 +52,10 @@ struct SceneSettings
 /// a parent keeps its children, a child knows its parent weakly.
 ///
 /// `reference` arguments say in which frame's coordinates the numbers are; nothing is the root of this frame's
-/// hierarchy. Frames in different hierarchies relate through their roots, which coincide.
+/// hierarchy. Frames in different hierarchies relate through their roots, which coincide: all roots stand in one world,
+/// at their own local transform, which is the identity until somebody moves a root. For a root itself, nothing as
+/// reference is that world.
+/// A reference that was scaled to nothing raises RMBadValue where its transform has to be inverted.
 /// Numbers that are not finite raise RMBadValue and change nothing; a nothing frame where one is needed raises
 /// RMBadObject.
 class Frame : public SceneObject, public std::enable_shared_from_this<Frame>
@@ -64,7 +67,7 @@ public:
 
     // Hierarchy.
 
-    std::shared_ptr<Frame> Parent() const { return parent_.lock(); }
+    std::shared_ptr<Frame> Parent() const { return parent_ != nullptr ? parent_->shared_from_this() : nullptr; }
     std::shared_ptr<Frame> Root();
     const std::vector<std::shared_ptr<Frame>>& Children() const { return children_; }
     const std::vector<std::shared_ptr<Visual>>& Visuals() const { return visuals_; }
@@ -111,7 +114,7 @@ public:
     /// Relative to the parent.
     const Matrix4& LocalTransform() const { return local_; }
 
-    /// Relative to the root; kept until a frame on the way up changes.
+    /// Relative to the world in which the roots stand; kept until a frame on the way up changes.
     const Matrix4& WorldTransform();
 
     /// World transform of this frame seen from `reference`.
@@ -148,18 +151,25 @@ public:
 
 private:
     Frame() = default;
+    Frame& RootFrame();
     SceneSettings& RootSettings();
+    void Attach(const std::shared_ptr<Frame>& child);
     void SetLocal(const Matrix4& local);
+    void SetAxes(Frame* space, Double3 direction, Double3 up);
     void Combine(CombineType combine, const Matrix4& matrix);
     void InvalidateWorld();
 
-    std::weak_ptr<Frame> parent_;
+    // A space is a frame, or no frame for the world in which the roots stand.
+    Frame* SpaceOf(const std::shared_ptr<Frame>& reference);
+    static Matrix4 Between(Frame* from, Frame* to);
+
+    Frame* parent_ = nullptr; // it owns this frame, and says so when it goes
     std::vector<std::shared_ptr<Frame>> children_;
     std::vector<std::shared_ptr<Visual>> visuals_;
     std::vector<std::shared_ptr<Light>> lights_;
     Matrix4 local_ = Matrix4::Identity();
     Matrix4 world_ = Matrix4::Identity();
-    bool worldIsCurrent_ = true;
+    bool worldIsCurrent_ = true;              // false for everything below a frame for which it is false
     std::unique_ptr<SceneSettings> settings_; // only roots have used ones
 };
 

@@ -5,9 +5,11 @@
 #include "platform/math/Matrix.h"
 #include "platform/scenegraph/Color.h"
 #include "platform/scenegraph/Material.h"
+#include "platform/scenegraph/MeshData.h"
 #include "platform/scenegraph/SceneObject.h"
 #include "platform/scenegraph/Texture.h"
 
+#include <functional>
 #include <memory>
 #include <span>
 #include <vector>
@@ -41,13 +43,14 @@ struct MeshGeometry
 
 class MeshBuilder;
 
-/// One polygon: before MeshBuilder::AddFace on its own, afterwards a view of the mesh's face.
+/// One polygon: before MeshBuilder::AddFace on its own, afterwards a view of the mesh's face. A view raises RMBadObject
+/// once the mesh is gone or was emptied.
 class Face : public SceneObject
 {
 public:
     Face() = default;
 
-    /// Adds a corner. RMBadValue when not finite; RMFaceUsed once the face is in a mesh.
+    /// Adds a corner (in a mesh: with a vertex of its own). RMBadValue when not finite.
     void AddVertex(float x, float y, float z);
 
     std::int32_t VertexCount() const;
@@ -67,7 +70,8 @@ private:
     std::shared_ptr<Material> material_;
     std::shared_ptr<Texture> texture_;
     std::weak_ptr<MeshBuilder> mesh_;
-    std::int32_t index_ = -1;
+    std::int32_t index_ = -1;      // in a mesh
+    std::uint32_t generation_ = 0; // of the mesh's faces
 };
 
 /// A mesh under construction and in use. Faces are polygons of any number of corners, clockwise seen from the front;
@@ -84,7 +88,7 @@ public:
 
     // Building.
 
-    /// A new face of no corners in this mesh; it grows by Face::AddVertex... returned faces are views.
+    /// A new face of no corners in this mesh, which grows by Face::AddVertex.
     std::shared_ptr<Face> CreateFace();
 
     /// Moves a face that stands on its own into this mesh. RMFaceUsed when it is in one.
@@ -92,7 +96,7 @@ public:
 
     /// Adds polygons from a packed list; indices count from 0 within the given arrays. An empty `normals` means that
     /// the list has vertex indices alone. Error 9 for an index outside its array or a list that ends early; nothing is
-    /// added then. Answers the index of the first new face.
+    /// added then. What follows the closing 0 is not read. Answers the index of the first new face.
     std::int32_t AddFaces(std::span<const Vector> vertices, std::span<const Vector> normals,
                           std::span<const std::int32_t> faceList);
 
@@ -110,12 +114,17 @@ public:
 
     // Reading.
 
+    /// The polygons as a packed list. Where only some faces have normals, the others are listed with their faces' own,
+    /// which follow the mesh's normals.
     MeshGeometry GetGeometry() const;
     std::int32_t GetFaceCount() const;
     std::int32_t GetVertexCount() const;
     std::int32_t GetNormalCount() const;
     std::shared_ptr<Face> GetFace(std::int32_t index);
     Box GetBox() const;
+
+    /// As GetBox, for use within this library.
+    const Box& Bounds() const { return data_.box; }
 
     // Looks. What is said to the mesh is said to each of its faces.
 
@@ -136,6 +145,9 @@ public:
 
     std::uint32_t GetQuality() const;
 
+    /// As GetQuality, for use within this library.
+    std::uint32_t Quality() const { return quality_; }
+
     /// The most a device draws of this mesh; Gouraud at first.
     void SetQuality(std::uint32_t quality);
 
@@ -143,6 +155,33 @@ public:
 
     /// Built at need and kept until the mesh or one of its materials changes.
     std::shared_ptr<const DrawMesh> Compiled();
+
+private:
+    friend class Face;
+    struct GroupMaterial
+    {
+        std::shared_ptr<Material> material;
+        std::uint64_t revision = 0;
+    };
+
+    MeshBuilder() = default;
+    void Changed() { compiled_.reset(); }
+    std::shared_ptr<Face> ViewOf(std::size_t face);
+    std::size_t RequireFace(std::int32_t index) const;
+    void AppendCorner(std::size_t face, Vector position);
+    void Join(const MeshData& added);
+    std::vector<std::uint32_t> AdoptLooks(const std::vector<MeshLook>& looks);
+    std::uint32_t LookFor(const MeshLook& look);
+    void SetLook(std::size_t face, const MeshLook& look);
+    void ChangeEachLook(const std::function<void(MeshLook&)>& change);
+    bool MaterialsAreCurrent() const;
+    void TakeMaterials(DrawMesh& mesh);
+
+    MeshData data_;
+    std::uint32_t quality_ = quality::Gouraud;
+    std::uint32_t generation_ = 0; // of the faces: Empty ends one
+    std::shared_ptr<const DrawMesh> compiled_;
+    std::vector<GroupMaterial> groupMaterials_; // of compiled_
 };
 
 } // namespace lumora

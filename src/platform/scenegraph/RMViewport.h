@@ -25,8 +25,12 @@ inline constexpr std::uint32_t DirtyRectangles = 4; ///< accepted; the whole pic
 } // namespace clearflags
 
 /// Screen coordinates: x right, y down from the device's top-left, whole numbers at pixel centres, in units of the
-/// pixels that are shown (device pixels divided by the device's sampling factor). z is 0 at the front plane and 1 at
-/// the back plane. x, y and z of a Vector4 are multiplied by w.
+/// pixels that are shown (device pixels divided by the device's sampling factor). A viewport's left border is its first
+/// pixel's coordinate, its right border the one after its last. z is 0 at the front plane and 1 at the back plane. x, y
+/// and z of a Vector4 are multiplied by w: the depth along the look in perspective, 1 otherwise.
+///
+/// World coordinates are those of the root above the camera; a camera that is a root itself sees the world in which
+/// roots stand.
 class RMViewport : public SceneObject
 {
 public:
@@ -75,7 +79,30 @@ public:
     std::shared_ptr<PickedArray> Pick(const std::shared_ptr<Frame>& frame, std::int32_t x, std::int32_t y);
 
 private:
-    PassState MakePass();
+    // A linear map from clip space to pixels: x = centreX + halfWidth * clip.x / w, y likewise, downwards.
+    struct ScreenMap
+    {
+        double centreX;
+        double centreY;
+        double halfWidth;
+        double halfHeight;
+    };
+
+    bool IsOrthographic() const;
+    double LookSign() const; // -1 for the right-handed projections: along which z the camera looks
+    bool HasDepth() const { return back_ > front_; }
+    double HalfExtentX() const;
+    double HalfExtentY() const;
+    ScreenMap DeviceMap() const;
+    ScreenMap ShownMap() const;
+    Matrix4 CameraToClip() const;
+    Double3 CameraPoint(double screenX, double screenY, double depth) const;
+    double DepthOf(Double3 cameraPoint) const;
+    Frame* WorldSpace() const;
+    Matrix4 CameraToWorld() const;
+    PassState MakePass(const Matrix4& worldToCamera) const;
+    DrawItem ItemFor(class MeshBuilder& mesh, const Matrix4& world) const;
+    std::vector<DrawItem> VisibleItems(Frame& top, const Matrix4& worldToClip) const;
 
     std::shared_ptr<Device> device_;
     std::shared_ptr<Frame> camera_;
