@@ -1,0 +1,151 @@
+// One solid in every format: it arrives whole, the right way round, in its place.
+#include "import/ModelFiles.h"
+
+#include <cmath>
+
+namespace lumora::test
+{
+
+namespace
+{
+
+enum class Axes
+{
+    RightHanded,    // y up
+    RightHandedZUp, // z up
+    LeftHanded,     // y up
+};
+
+/// The tetrahedron as a file with these axes has to hold it to mean the same solid.
+std::vector<Triangle> TetrahedronIn(Axes axes)
+{
+    std::vector<Triangle> triangles = Tetrahedron();
+    for (Triangle& triangle : triangles)
+    {
+        for (Vector& v : triangle)
+            v = axes == Axes::RightHanded ? v : axes == Axes::LeftHanded ? Vector{v.x, v.y, -v.z} : Vector{v.x, -v.z, v.y};
+        if (axes == Axes::LeftHanded)
+            std::swap(triangle[1], triangle[2]); // clockwise is the front there
+    }
+    return triangles;
+}
+
+struct Format
+{
+    const char* name;
+    Axes axes;
+    std::string (*write)(std::span<const Triangle>);
+};
+
+const Format formats[] = {
+    {"model.obj", Axes::RightHanded, AsObj},
+    {"ascii.stl", Axes::RightHanded, AsAsciiStl},
+    {"binary.stl", Axes::RightHanded, AsBinaryStl},
+    {"model.ply", Axes::RightHanded, AsPly},
+    {"model.gltf", Axes::RightHanded, AsGltf},
+    {"model.glb", Axes::RightHanded, AsGlb},
+    {"model.x", Axes::LeftHanded, AsX},
+    {"yup.dae", Axes::RightHanded, [](std::span<const Triangle> t) { return AsCollada(t, "Y_UP"); }},
+    {"zup.dae", Axes::RightHandedZUp, [](std::span<const Triangle> t) { return AsCollada(t, "Z_UP"); }},
+    {"model.3ds", Axes::RightHandedZUp, As3ds},
+};
+
+class Formats : public ImportTest
+{
+};
+
+} // namespace
+
+TEST_F(Formats, a_solid_arrives_whole_and_the_right_way_round)
+{
+    for (const Format& format : formats)
+    {
+        SCOPED_TRACE(format.name);
+        const ImportedModel model = ImportModel(Write(format.name, format.write(TetrahedronIn(format.axes))));
+        const std::vector<Triangle> triangles = TrianglesOf(model.root);
+        EXPECT_EQ(triangles.size(), 4U);
+        EXPECT_EQ(model.statistics.triangles, 4U);
+        EXPECT_EQ(model.statistics.meshes, 1U);
+
+        // What stood nearest to someone who looked along the negative z axis stands nearest to someone who looks along
+        // the positive one; right stays right and up stays up.
+        const Box box = model.root->Bounds(nullptr);
+        const Vector low{0, 0, -5};
+        const Vector high{2, 3, 0};
+        EXPECT_LT(Length(Double3(box.minimum - low)), 1e-5);
+        EXPECT_LT(Length(Double3(box.maximum - high)), 1e-5);
+
+        // Mirroring turns a volume's sign, clockwise faces turn it back: 2 * 3 * 5 / 6.
+        EXPECT_NEAR(SignedVolume(triangles), 5.0, 1e-4);
+        EXPECT_TRUE(model.warnings.empty());
+    }
+}
+
+TEST_F(Formats, equal_vertices_become_one)
+{
+    const ImportedModel model = ImportModel(Write("model.obj", AsObj(Tetrahedron())));
+    EXPECT_EQ(MeshesOf(model.root).at(0)->GetVertexCount(), 4);
+    EXPECT_EQ(MeshesOf(model.root).at(0)->GetNormalCount(), 0) << "the mesh builder makes them";
+}
+
+TEST_F(Formats, normals_of_the_file_point_outward_from_clockwise_faces)
+{
+    const ImportedModel model = ImportModel(Write("model.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nvn 0 0 1\nf 1//1 2//1 3//1\n"));
+    const MeshGeometry geometry = MeshesOf(model.root).at(0)->GetGeometry();
+    ASSERT_EQ(geometry.normals.size(), 1U);
+    EXPECT_EQ(geometry.normals[0], (Vector{0, 0, -1}));
+    const Triangle triangle = TrianglesOf(model.root).at(0);
+    EXPECT_GT(Dot(Cross(triangle[1] - triangle[0], triangle[2] - triangle[0]), geometry.normals[0]), 0);
+}
+
+TEST_F(Formats, nodes_become_frames_in_their_places_and_share_meshes)
+{
+    const std::string nodes =
+        R"("scenes":[{"nodes":[0]}],"nodes":[{"name":"table","translation":[10,20,30],"children":[1,2]},)"
+        R"({"name":"left","mesh":0,"translation":[-1,0,0]},{"name":"right","mesh":0,"scale":[2,2,2]}],)"
+        R"("materials":[{}],)";
+    const ImportedModel model = ImportModel(Write("model.gltf", MakeGltf({{"POSITION", 3, {0, 0, 1, 1, 0, 1, 0, 1, 1}}}, nodes)));
+    EXPECT_EQ(MeshesOf(model.root).size(), 1U);
+    EXPECT_EQ(MeshesOf(model.root).at(0)->Name().substr(0, 4), "part");
+    EXPECT_EQ(TrianglesOf(model.root).size(), 2U);
+
+    const std::shared_ptr<Frame> table = model.root->Name() == "table" ? model.root : model.root->Children().at(0);
+    EXPECT_EQ(table->Name(), "table");
+    ASSERT_EQ(table->Children().size(), 2U);
+    EXPECT_EQ(table->Children()[0]->Name(), "left");
+    EXPECT_EQ(table->Children()[0]->Visuals().at(0), table->Children()[1]->Visuals().at(0));
+    EXPECT_EQ(table->Children()[0]->GetPosition(nullptr), (Vector{9, 20, -30}));
+    const Box right = table->Children()[1]->Bounds(nullptr);
+    EXPECT_EQ(right.minimum, (Vector{10, 20, -32}));
+    EXPECT_EQ(right.maximum, (Vector{12, 22, -32}));
+}
+
+TEST_F(Formats, points_and_lines_are_left_out_with_a_word)
+{
+    const std::string path = Write("model.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nl 1 2\nf 1 2 3\n");
+    const ImportedModel model = ImportModel(path);
+    EXPECT_EQ(model.statistics.triangles, 1U);
+    ASSERT_EQ(model.warnings.size(), 1U);
+    EXPECT_NE(model.warnings[0].find("lines"), std::string::npos);
+}
+
+TEST_F(Formats, progress_rises_to_the_end_and_times_are_told)
+{
+    std::vector<double> heard;
+    ImportOptions options;
+    options.progress = [&](double fraction) {
+        heard.push_back(fraction);
+        return true;
+    };
+    std::vector<Triangle> many;
+    for (int i = 0; i < 20000; ++i)
+        many.push_back(Tetrahedron()[static_cast<std::size_t>(i % 4)]);
+    const ImportedModel model = ImportModel(Write("model.obj", AsObj(many)), options);
+    EXPECT_TRUE(std::ranges::is_sorted(heard));
+    EXPECT_GE(heard.back(), 0.9);
+    EXPECT_LE(heard.back(), 1.0);
+    EXPECT_GE(model.statistics.load, model.statistics.parse);
+    EXPECT_GT(model.statistics.load.count(), 0);
+}
+
+} // namespace lumora::test
