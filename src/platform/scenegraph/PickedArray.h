@@ -1,6 +1,7 @@
 // What a pick found.
 #pragma once
 
+#include "platform/math/Vector.h"
 #include "platform/scenegraph/SceneObject.h"
 
 #include <memory>
