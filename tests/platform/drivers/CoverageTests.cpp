@@ -1,10 +1,12 @@
 // Which pixels a primitive covers: fill rule, clipping, culling, depth, scissor, lines and points.
+#include "platform/automation/RuntimeError.h"
 #include "platform/drivers/DriversUnderTest.h"
 #include "platform/drivers/TestCanvas.h"
 #include "platform/drivers/TestMeshes.h"
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -272,6 +274,86 @@ TEST_P(Coverage, draws_nothing_for_faces_without_area_or_with_numbers_that_are_n
     for (const FillStyle fill : {FillStyle::Wireframe, FillStyle::Points})
         for (std::size_t i = 2; i < faces.size(); ++i)
             EXPECT_LE(DrawFaces({faces[i]}, fill).CountNot(0), 30) << "only what touches no such number";
+}
+
+TEST_P(Coverage, refuses_a_target_without_pixels_or_memory_and_keeps_the_old_one)
+{
+    Canvas canvas{Side, Side};
+    driver_->SetTarget(canvas.View());
+    constexpr int Huge = std::numeric_limits<int>::max();
+    EXPECT_THROW(driver_->SetTarget({canvas.View().pixels, Huge, Huge, Huge}), RuntimeError);
+    EXPECT_THROW(driver_->SetTarget({nullptr, 4, 4, 4}), RuntimeError);
+    EXPECT_THROW(driver_->SetTarget({canvas.View().pixels, -4, 4, 4}), RuntimeError);
+    driver_->Clear({true, true}, canvas.View().Bounds(), 0);
+    driver_->Begin(PixelPass(Side, Side));
+    driver_->Draw(UnlitItem(Quad(-10, 80, 80, -10, 0.5F, White)));
+    driver_->End();
+    driver_->Finish();
+    EXPECT_EQ(canvas.CountNot(0), Side * Side);
+}
+
+TEST_P(Coverage, draws_nothing_into_a_target_without_area)
+{
+    std::uint32_t pixel = 7;
+    driver_->SetTarget({&pixel, 0, 5, 1});
+    driver_->Clear({true, true}, {0, 0, 5, 5}, 0);
+    driver_->Begin(PixelPass(Side, Side));
+    driver_->Draw(UnlitItem(Quad(-10, 80, 80, -10, 0.5F, White)));
+    driver_->End();
+    driver_->Finish();
+    EXPECT_EQ(pixel, 7U);
+}
+
+TEST_P(Coverage, survives_arbitrary_numbers)
+{
+    // Any 32 bits are a float: half of these are huge, tiny, infinite or none.
+    std::mt19937 engine{99};
+    const auto strange = [&]() -> float
+    {
+        const std::uint32_t bits = engine();
+        return bits % 3 == 0 ? std::bit_cast<float>(static_cast<std::uint32_t>(engine()))
+                             : static_cast<float>(bits % 200) / 10 - 10;
+    };
+    for (int round = 0; round < 300; ++round)
+    {
+        PassState pass = round % 2 == 0 ? PerspectivePass(Side, Side, {}) : PixelPass(Side, Side);
+        pass.filter = static_cast<TextureFilter>(engine() % 6);
+        pass.transparency = static_cast<Transparency>(engine() % 3);
+        pass.fog = {
+            static_cast<FogMode>(engine() % 4), {strange(), strange(), strange()}, strange(), strange(), strange()};
+        if (round % 5 == 0)
+            pass.cameraToClip.m[engine() % 4][engine() % 4] = strange();
+        LightState light;
+        light.kind = static_cast<LightKind>(engine() % 4);
+        light.position = {strange(), strange(), strange()};
+        light.direction = {strange(), strange(), strange()};
+        light.range = strange();
+        light.linearAttenuation = strange();
+        light.umbra = strange();
+        const std::vector<LightState> lights{light};
+        pass.lights = lights;
+        MeshMaker maker;
+        SurfaceMaterial material;
+        material.power = strange();
+        maker.Group(material, engine() % 2 == 0 ? Ramp(8, 8, 0x80) : nullptr);
+        for (int face = 0; face < 10; ++face)
+        {
+            std::vector<Corner> corners;
+            for (int corner = 0; corner < 3; ++corner)
+                corners.push_back({{strange(), strange(), strange()},
+                                   strange(),
+                                   strange(),
+                                   Vector{strange(), strange(), strange()},
+                                   static_cast<std::uint32_t>(engine())});
+            maker.Face(corners);
+        }
+        DrawItem item;
+        item.mesh = maker.Make();
+        item.fill = static_cast<FillStyle>(engine() % 3);
+        item.gouraud = engine() % 2 == 0;
+        item.world.m[engine() % 4][engine() % 3] = strange();
+        Draw(pass, {item});
+    }
 }
 
 TEST_P(Coverage, survives_huge_numbers)
