@@ -456,6 +456,7 @@ TEST_P(Coverage, draws_one_pixel_per_step_of_a_line)
         {{6, 3, 0.5F}, {2, 3, 0.5F}, {{2, 3}, {3, 3}, {4, 3}, {5, 3}}},
         {{2, 3, 0.5F}, {6, 5, 0.5F}, {{2, 3}, {3, 4}, {4, 4}, {5, 5}}},
         {{2.25F, 3, 0.5F}, {4.5F, 3, 0.5F}, {{3, 3}, {4, 3}}},
+        {{2.25F, 3, 0.5F}, {4.25F, 5, 0.5F}, {{3, 4}, {4, 5}}}, // as wide as high counts as wide
         {{7, 2, 0.5F}, {5, 6, 0.5F}, {{7, 2}, {7, 3}, {6, 4}, {6, 5}}},
         {{7.25F, 2.5F, 0.5F}, {7.5F, 2.5F, 0.5F}, {{7, 3}}}, // no whole column between: the nearest pixel
     };
@@ -480,6 +481,42 @@ TEST_P(Coverage, draws_the_sides_of_a_face_but_not_its_triangles)
         DrawFaces({{{10, 10, 0.5F}, {50, 10, 0.5F}, {50, 50, 0.5F}, {10, 50, 0.5F}}}, FillStyle::Wireframe);
     EXPECT_EQ(canvas.CountNot(0), 40 * 4 - 1) << "two horizontal and two vertical runs share the top-left corner";
     EXPECT_EQ(canvas.At(30, 30), 0U);
+}
+
+TEST_P(Coverage, draws_an_edge_once_however_many_faces_share_it)
+{
+    // A fold in the middle of a sheet, translucent: drawn twice it would be brighter than the other sides.
+    MeshMaker maker;
+    maker.color = HalfWhite;
+    const auto quad = [&](float left, float right)
+    {
+        maker.Face({{{left, 10, 0.5F}, 0, 0, {}, {}},
+                    {{right, 10, 0.5F}, 0, 0, {}, {}},
+                    {{right, 50, 0.5F}, 0, 0, {}, {}},
+                    {{left, 50, 0.5F}, 0, 0, {}, {}}});
+    };
+    quad(10, 30);
+    quad(30, 55);
+    PassState pass = PixelPass(Side, Side);
+    pass.transparency = Transparency::Blended;
+    const Canvas canvas = Draw(pass, {UnlitItem(maker.Make(), FillStyle::Wireframe)});
+    for (const int x : {10, 30, 55})
+        EXPECT_EQ(canvas.At(x, 20), 0x808080U) << x;
+}
+
+TEST_P(Coverage, flat_lines_take_the_color_of_their_face_and_smooth_ones_blend_their_ends)
+{
+    MeshMaker maker;
+    maker.Face({{{10, 10, 0.5F}, 0, 0, {}, 0xFFFF0000},
+                {{50, 10, 0.5F}, 0, 0, {}, 0xFF0000FF},
+                {{50, 50, 0.5F}, 0, 0, {}, 0xFF0000FF}});
+    DrawItem item = UnlitItem(maker.Make(), FillStyle::Wireframe);
+    EXPECT_EQ(Draw(PixelPass(Side, Side), {item}).At(50, 30), 0x0000FFU);
+    const Channels middle = ChannelsOf(Draw(PixelPass(Side, Side), {item}).At(30, 10));
+    EXPECT_NEAR(middle.red, 127.5, 1);
+    EXPECT_NEAR(middle.blue, 127.5, 1);
+    item.gouraud = false;
+    EXPECT_EQ(Draw(PixelPass(Side, Side), {item}).At(50, 30), 0xFF0000U) << "of the face's first vertex";
 }
 
 TEST_P(Coverage, draws_the_pixel_nearest_to_a_point)
