@@ -1,0 +1,71 @@
+// What a person asks for on the command line.
+#pragma once
+
+#include "platform/scenegraph/Frame.h"
+#include "properties/PropertyTable.h"
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace lumora::render
+{
+
+struct CameraPlacement
+{
+    Vector position; ///< scene units
+    Vector direction{0, 0, 1};
+    Vector up{0, 1, 0};
+};
+
+/// A property and the value it shall have.
+struct Setting
+{
+    const PropertyRow* row;
+    Variant value;
+};
+
+struct Request
+{
+    static constexpr int MaximumSide = 16384;
+    static constexpr int MaximumFrames = 100000;
+
+    std::vector<std::string> models; ///< none: the built-in scene
+    std::string output;
+    int width = 1280; ///< pixels
+    int height = 720;
+    std::optional<std::int32_t> view;       ///< a tdlOrientation
+    std::optional<std::int32_t> projection; ///< a D3DRMPROJECTIONTYPE
+    std::optional<CameraPlacement> camera;
+    std::optional<std::int32_t> device; ///< a tdlDirect3DDevice
+    std::int32_t antiAlias = 1;         ///< a tdlAntiAlias
+    std::int32_t coolMode = 0;
+    bool expose = false;
+    std::vector<Setting> settings; ///< in the order given
+    int frames = 1;
+    bool turntable = false;
+    bool stats = false;
+
+    /// The property was given a value by name.
+    bool Sets(std::string_view property) const;
+};
+
+/// A text to print to standard output instead of drawing: help or version.
+struct Information
+{
+    std::string text;
+};
+
+/// The command line cannot be understood; what() is one sentence.
+class UsageError : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Errors: UsageError.
+std::variant<Request, Information> ParseCommandLine(int argc, const char* const* argv);
+
+} // namespace lumora::render

@@ -1,0 +1,90 @@
+// Reads the arguments, lets a session draw, and turns what goes wrong into a sentence.
+#include "lumora-render/Program.h"
+
+#include "lumora-render/BuiltInScene.h"
+#include "lumora-render/CommandLine.h"
+#include "lumora-render/Models.h"
+#include "lumora-render/Output.h"
+#include "lumora-render/Session.h"
+
+#include <algorithm>
+#include <chrono>
+#include <iostream>
+#include <new>
+
+namespace lumora::render
+{
+
+namespace
+{
+
+enum ExitStatus
+{
+    Done = 0,
+    Failed = 1,
+    NotUnderstood = 2,
+};
+
+// Whatever a message holds, it stays one line that ends like a sentence.
+void Complain(std::string sentence)
+{
+    std::ranges::replace_if(
+        sentence, [](unsigned char c) { return c < ' '; }, ' ');
+    if (sentence.empty() || (sentence.back() != '.' && sentence.back() != '?' && sentence.back() != '!'))
+        sentence += '.';
+    std::cerr << "lumora-render: " << sentence << '\n';
+}
+
+Stage PrepareStage(const Request& request)
+{
+    if (request.models.empty())
+        return MakeBuiltInScene();
+    return LoadModels(request.models, request.camera ? Arrangement::AsTheyAre : Arrangement::SideBySide);
+}
+
+void Draw(const Request& request)
+{
+    CheckOutputPlace(NameOfFrame(request.output, 0));
+    const auto start = std::chrono::steady_clock::now();
+    const Stage stage = PrepareStage(request);
+    const std::chrono::duration<double, std::milli> load = std::chrono::steady_clock::now() - start;
+
+    Session session{request};
+    session.Show(stage);
+    session.Run(stage);
+    if (request.stats)
+        std::cout << session.StatisticsAsJson(load.count()) << std::endl;
+    for (const std::string& warning : stage.warnings)
+        Complain("warning: " + warning);
+}
+
+} // namespace
+
+int Run(int argc, const char* const* argv)
+{
+    try
+    {
+        const auto asked = ParseCommandLine(argc, argv);
+        if (const auto* information = std::get_if<Information>(&asked))
+            std::cout << information->text << std::flush;
+        else
+            Draw(std::get<Request>(asked));
+        return Done;
+    }
+    catch (const UsageError& failure)
+    {
+        Complain(failure.what());
+        return NotUnderstood;
+    }
+    catch (const std::bad_alloc&)
+    {
+        Complain("There is not enough memory for this picture.");
+    }
+    catch (const std::exception& failure)
+    {
+        Complain(failure.what());
+    }
+    return Failed;
+}
+
+} // namespace lumora::render

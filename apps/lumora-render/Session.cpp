@@ -1,0 +1,220 @@
+// What a person would do with the control on a form, done by a program.
+#include "lumora-render/Session.h"
+
+#include "lumora-render/Output.h"
+#include "lumora-render/Progress.h"
+#include "platform/drivers/StandardDrivers.h"
+#include "platform/headless/MemoryPropertyBag.h"
+#include "viewport/Viewport.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <nlohmann/json.hpp>
+#include <numbers>
+
+namespace lumora::render
+{
+
+namespace
+{
+
+std::shared_ptr<PropertyBag> BagFor(const Request& request)
+{
+    auto bag = std::make_shared<headless::MemoryPropertyBag>();
+    bag->Set("Enabled", true);
+    bag->Set("WaitForVSYNC", false);
+    bag->Set("ExposeDDSurface", request.expose);
+    bag->Set("AntiAlias", request.antiAlias);
+    bag->Set("CoolMode", request.coolMode);
+    if (request.device)
+        bag->Set("Direct3DDevice", *request.device);
+    if (request.projection)
+        bag->Set("ProjectionType", *request.projection);
+    return bag;
+}
+
+std::unique_ptr<headless::HostedViewport> HostFor(const Request& request)
+{
+    const PixelRect client{0, 0, request.width, request.height};
+    auto screen = std::make_shared<headless::VirtualScreen>(request.width, request.height);
+    auto host = std::make_shared<headless::HeadlessHost>(StandardDrivers(), std::move(screen), client);
+    return headless::HostedViewport::Live(std::move(host), *BagFor(request));
+}
+
+std::int32_t ToBackColor(Vector color)
+{
+    const auto channel = [](float part) { return static_cast<std::int32_t>(std::lround(part * 255)); };
+    return channel(color.z) * 65536 + channel(color.y) * 256 + channel(color.x);
+}
+
+bool IsOrthographic(std::int32_t projection)
+{
+    return projection == D3DRMPROJECT_ORTHOGRAPHIC || projection == D3DRMPROJECT_RIGHTHANDORTHOGRAPHIC;
+}
+
+bool IsRightHanded(std::int32_t projection)
+{
+    return projection == D3DRMPROJECT_RIGHTHANDPERSPECTIVE || projection == D3DRMPROJECT_RIGHTHANDORTHOGRAPHIC;
+}
+
+std::shared_ptr<Frame> AddLight(const std::shared_ptr<Frame>& parent, LightKind kind, Vector color, Vector direction)
+{
+    const auto frame = Frame::Make(parent);
+    frame->SetOrientation(parent, direction, {0, 1, 0});
+    frame->AddLight(std::make_shared<Light>(kind, color));
+    return frame;
+}
+
+double MedianOf(std::vector<double> values)
+{
+    std::ranges::sort(values);
+    const std::size_t middle = values.size() / 2;
+    return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
+}
+
+} // namespace
+
+Session::Session(const Request& request) : request_(request), hosted_(HostFor(request))
+{
+    hosted_->Host().ShowControl();
+    if (hosted_->Control().ViewportState() == tdlHalted)
+        throw RuntimeError{error::NoDevice, "lumora-render",
+                           "No driver could be started for a picture of " + std::to_string(request.width) + " by " +
+                               std::to_string(request.height) + " pixels."};
+}
+
+void Session::Show(const Stage& stage)
+{
+    Viewport& viewport = hosted_->Control();
+    viewport.SetScene(stage.scene);
+    viewport.SetBackColor(ToBackColor(stage.background));
+    if (!stage.hasLights)
+        LightFromCamera();
+    ApplySettings();
+    if (request_.camera)
+        PlaceAsTold(*request_.camera);
+    else
+        PlaceByFraming(stage);
+}
+
+void Session::ApplySettings()
+{
+    for (const Setting& setting : request_.settings)
+    {
+        try
+        {
+            setting.row->write(hosted_->Control(), setting.value);
+        }
+        catch (const RuntimeError& failure)
+        {
+            throw RuntimeError{failure.Number(), failure.Source(),
+                               "The property " + std::string{setting.row->name} +
+                                   " did not take its value: " + failure.Description()};
+        }
+    }
+}
+
+// A main light over the viewer's left shoulder, a weak cool one from the right, and some from everywhere: forms show,
+// and nothing is black however the camera turns.
+void Session::LightFromCamera()
+{
+    const std::shared_ptr<Frame> camera = hosted_->Control().Camera();
+    AddLight(camera, LightKind::Ambient, {0.24F, 0.25F, 0.28F}, {0, 0, 1});
+    AddLight(camera, LightKind::Directional, {0.78F, 0.76F, 0.72F}, {0.55F, -0.6F, 1});
+    AddLight(camera, LightKind::Directional, {0.16F, 0.18F, 0.22F}, {-1, 0.25F, 0.6F});
+}
+
+void Session::PlaceAsTold(const CameraPlacement& placement)
+{
+    StandAt({placement.position, placement.direction, placement.up});
+}
+
+void Session::PlaceByFraming(const Stage& stage)
+{
+    Viewport& viewport = hosted_->Control();
+    Standpoint look{{}, ThreeQuarterDirection, {0, 1, 0}};
+    if (request_.view)
+    {
+        viewport.InitializeCameraPositionAndOrientation(static_cast<tdlOrientation>(*request_.view));
+        const Orientation orientation = viewport.GetCameraOrientation();
+        look = {{}, orientation.direction, orientation.up};
+    }
+    FramingOptions options{look.direction, look.up,         IsOrthographic(viewport.ProjectionType()),
+                           request_.width, request_.height, std::nullopt};
+    if (IsExplicit("FrontClippingPlane"))
+        options.front = viewport.FrontClippingPlane();
+    const auto cornersOf = request_.turntable ? TurnedCornersOf : CornersOf;
+    const Framing framing = FramePoints(cornersOf(stage.focus), cornersOf(stage.extent), options);
+    // A right-handed camera looks along its negative z axis.
+    const Vector direction = IsRightHanded(viewport.ProjectionType()) ? -look.direction : look.direction;
+    StandAt({framing.position, direction, look.up});
+    if (!IsExplicit("BackClippingPlane"))
+        viewport.SetBackClippingPlane(framing.back);
+    if (!IsExplicit("FrontClippingPlane"))
+        viewport.SetFrontClippingPlane(framing.front);
+    if (!IsExplicit("FieldOfView"))
+        viewport.SetFieldOfView(framing.field);
+}
+
+void Session::StandAt(const Standpoint& standpoint)
+{
+    Viewport& viewport = hosted_->Control();
+    const auto& [position, direction, up] = standpoint;
+    viewport.SetCameraPosition(position.x, position.y, position.z);
+    viewport.SetCameraOrientation(direction.x, direction.y, direction.z, up.x, up.y, up.z);
+}
+
+double Session::DrawFrame()
+{
+    const auto start = std::chrono::steady_clock::now();
+    hosted_->Control().RenderScene();
+    const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - start;
+    return time.count();
+}
+
+void Session::Run(const Stage& stage)
+{
+    Viewport& viewport = hosted_->Control();
+    const Orientation orientation = viewport.GetCameraOrientation();
+    const Standpoint start{viewport.GetCameraPosition(), orientation.direction, orientation.up};
+    const Vector centre = stage.focus.IsEmpty() ? Vector{} : stage.focus.Centre();
+    const bool everyFrame = HasFrameNumber(request_.output);
+    Progress progress{"Drawing"};
+    for (int frame = 0; frame < request_.frames; ++frame)
+    {
+        if (request_.turntable && frame > 0)
+            StandAt(Turned(start, centre, 2 * std::numbers::pi * frame / request_.frames));
+        frameMilliseconds_.push_back(DrawFrame());
+        if (everyFrame || frame + 1 == request_.frames)
+            WritePicture(NameOfFrame(request_.output, frame), Picture());
+        progress.Report((frame + 1.0) / request_.frames);
+    }
+}
+
+// What the screen shows in the control's client area.
+PixelView Session::Picture()
+{
+    const PixelView screen = hosted_->Host().Display().Pixels();
+    const PixelRect client = Intersection(hosted_->Host().ControlArea().ClientRect(), screen.Bounds());
+    return {screen.Row(client.top) + client.left, client.Width(), client.Height(), screen.pitch};
+}
+
+std::string Session::StatisticsAsJson(double loadMilliseconds) const
+{
+    const auto rounded = [](double milliseconds) { return std::round(milliseconds * 1000) / 1000; };
+    Viewport& viewport = hosted_->Control();
+    const nlohmann::ordered_json statistics{
+        {"driver", viewport.Direct3DDeviceName()},
+        {"triangles", viewport.LastFrame().Triangles},
+        {"width", request_.width},
+        {"height", request_.height},
+        {"frames", request_.frames},
+        {"medianFrameMilliseconds", rounded(MedianOf(frameMilliseconds_))},
+        {"worstFrameMilliseconds", rounded(*std::ranges::max_element(frameMilliseconds_))},
+        {"loadMilliseconds", rounded(loadMilliseconds)},
+    };
+    return statistics.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
+} // namespace lumora::render

@@ -1,0 +1,46 @@
+// One run of the control on the host in memory: from its creation to the last picture.
+#pragma once
+
+#include "lumora-render/CommandLine.h"
+#include "lumora-render/Framing.h"
+#include "lumora-render/Models.h"
+#include "platform/headless/HostedViewport.h"
+
+#include <string>
+#include <vector>
+
+namespace lumora::render
+{
+
+/// Creates a screen of the picture's size with the control all over it. Errors are RuntimeError.
+class Session
+{
+public:
+    /// `request` must live as long as the session.
+    explicit Session(const Request& request);
+
+    /// Hands the stage to the control, applies the settings and places the camera.
+    void Show(const Stage& stage);
+
+    /// Draws all frames and writes their pictures.
+    void Run(const Stage& stage);
+
+    /// After Run: one line on the run. `loadMilliseconds` is passed through.
+    std::string StatisticsAsJson(double loadMilliseconds) const;
+
+private:
+    void ApplySettings();
+    void LightFromCamera();
+    void PlaceAsTold(const CameraPlacement& placement);
+    void PlaceByFraming(const Stage& stage);
+    bool IsExplicit(std::string_view property) const { return request_.Sets(property); }
+    void StandAt(const Standpoint& standpoint);
+    double DrawFrame();
+    PixelView Picture();
+
+    const Request& request_;
+    std::unique_ptr<headless::HostedViewport> hosted_;
+    std::vector<double> frameMilliseconds_;
+};
+
+} // namespace lumora::render
