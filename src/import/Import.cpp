@@ -102,6 +102,7 @@ ImportedModel BuildFrom(const WorkerResult& result, const std::string& path, con
     ImportedModel model = BuildModel(reader, tick);
     if (!model.root)
         FailAs({WorkerEnd::Cancelled, "", {}}, path, options);
+    model.root->SetName(PrintableText(std::filesystem::path(path).filename().string()));
     model.statistics.parse = std::chrono::milliseconds(std::min<std::uint64_t>(
         reader.Header().parseMilliseconds, static_cast<std::uint64_t>(options.timeLimit.count())));
     return model;

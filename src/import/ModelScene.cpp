@@ -70,21 +70,24 @@ Matrix4 PlaceOf(const Node& node)
     return Matrix4::FromAxes({t[0], t[1], t[2]}, {t[3], t[4], t[5]}, {t[6], t[7], t[8]}, {t[9], t[10], t[11]});
 }
 
+// The root stands still: what is asked of frames relative to their root is then in the model's own coordinates,
+// whatever place the file gives its topmost node.
 std::shared_ptr<Frame> MakeFrames(const ModelReader& reader, const std::vector<std::shared_ptr<MeshBuilder>>& meshes)
 {
+    auto root = Frame::Make();
     std::vector<std::shared_ptr<Frame>> frames;
     frames.reserve(reader.Nodes().size());
     std::size_t nextMesh = 0;
     for (const Node& node : reader.Nodes())
     {
-        auto frame = Frame::Make(node.parent == NoIndex ? nullptr : frames[node.parent]);
+        auto frame = Frame::Make(node.parent == NoIndex ? root : frames[node.parent]);
         frame->SetName(reader.Text(node.name));
         frame->AddTransform(CombineType::Replace, PlaceOf(node));
         for (std::uint32_t i = 0; i < node.meshCount; ++i)
             frame->AddVisual(meshes[reader.NodeMeshes()[nextMesh++]]);
         frames.push_back(std::move(frame));
     }
-    return frames.front();
+    return root;
 }
 
 } // namespace
@@ -107,7 +110,7 @@ ImportedModel BuildModel(const ModelReader& reader, const std::function<bool(dou
         model.warnings.push_back(reader.Text(warning));
     model.statistics.meshes = meshes.size();
     model.statistics.textures = textures.size();
-    model.statistics.frames = reader.Nodes().size();
+    model.statistics.frames = reader.Nodes().size() + 1;
     return model;
 }
 

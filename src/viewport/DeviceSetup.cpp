@@ -248,14 +248,16 @@ void Viewport::ApplyDeviceSettings()
 // A target that cannot be had shows itself when the next picture is averaged into it.
 void Viewport::CreateAntiAliasSurface()
 {
+    const Trap trap{Source};
+    double width = 0;
+    double height = 0;
+    std::int32_t border = 0;
+    trap([&] { ClientSizePixels(width, height); });
+    trap([&] { border = BorderPixels(); });
+    drawing_.AntiAliasTarget = nullptr;
     IgnoringErrors(
         [&]
         {
-            double width = 0;
-            double height = 0;
-            ClientSizePixels(width, height);
-            const std::int32_t border = BorderPixels();
-            drawing_.AntiAliasTarget = nullptr;
             drawing_.AntiAliasTarget =
                 Required(drawing_.DirectDrawObject)
                     .CreateSurface(OffscreenSurface(std::max(1, ToLong(width + border)),

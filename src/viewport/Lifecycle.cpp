@@ -30,8 +30,10 @@ bool Viewport::IsRunMode() const
     if (properties_.ViewportState == tdlHalted)
         return false;
     bool live = false;
-    if (!IgnoringErrors([&] { live = VariantToBoolean(container_->LateBoundMember("blnRealUserMode")); }))
-        live = container_->UserMode();
+    if (IgnoringErrors([&] { live = VariantToBoolean(container_->LateBoundMember("blnRealUserMode")); }))
+        return live;
+    const Trap trap{Source};
+    trap([&] { live = container_->UserMode(); });
     return live;
 }
 

@@ -57,7 +57,10 @@ void Viewport::PresentExposed(const PixelRect& destination)
     const Trap trap{Source};
     trap([&] { DDSurfaceAvailable.Raise(); });
     const auto show = [&](const std::shared_ptr<Surface>& picture)
-    { Required(drawing_.PrimarySurface).Blt(destination, Required(picture), std::nullopt, Surface::BltWait); };
+    {
+        if (!destination.IsEmpty()) // a window without a size shows nothing
+            Required(drawing_.PrimarySurface).Blt(destination, Required(picture), std::nullopt, Surface::BltWait);
+    };
     if (properties_.AntiAlias == tdlNone)
     {
         trap([&] { show(drawing_.RenderSurface); });

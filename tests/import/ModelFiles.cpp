@@ -54,8 +54,8 @@ std::string GltfBody(std::span<const Triangle> triangles, std::size_t bytes, con
     out << R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],"nodes":[{"mesh":0}],)"
         << R"("meshes":[{"primitives":[{"attributes":{"POSITION":0}}]}],)"
         << R"("accessors":[{"bufferView":0,"componentType":5126,"type":"VEC3","count":)" << triangles.size() * 3
-        << R"(,"min":[0,0,0],"max":[2,3,5]}],"bufferViews":[{"buffer":0,"byteLength":)" << bytes
-        << R"(}],"buffers":[{)" << uri << R"("byteLength":)" << bytes << "}]}";
+        << R"(,"min":[0,0,0],"max":[2,3,5]}],"bufferViews":[{"buffer":0,"byteLength":)" << bytes << R"(}],"buffers":[{)"
+        << uri << R"("byteLength":)" << bytes << "}]}";
     return out.str();
 }
 
@@ -176,7 +176,8 @@ std::string AsPly(std::span<const Triangle> triangles)
 std::string AsGltf(std::span<const Triangle> triangles)
 {
     const std::string bytes = FloatsOf(triangles);
-    return GltfBody(triangles, bytes.size(), R"("uri":"data:application/octet-stream;base64,)" + Base64(bytes) + R"(",)");
+    return GltfBody(triangles, bytes.size(),
+                    R"("uri":"data:application/octet-stream;base64,)" + Base64(bytes) + R"(",)");
 }
 
 std::string AsGlb(std::span<const Triangle> triangles)
@@ -211,8 +212,8 @@ std::string AsCollada(std::span<const Triangle> triangles, const std::string& up
         << Numbers(triangles, " ", " ") << R"(</float_array><technique_common><accessor source="#a" count=")" << points
         << R"(" stride="3"><param name="X" type="float"/><param name="Y" type="float"/><param name="Z" type="float"/>)"
         << R"(</accessor></technique_common></source><vertices id="v"><input semantic="POSITION" source="#p"/></vertices>)"
-        << R"(<triangles count=")" << triangles.size()
-        << R"("><input semantic="VERTEX" source="#v" offset="0"/><p>)" << Indices(triangles.size(), 0, "", " ", " ")
+        << R"(<triangles count=")" << triangles.size() << R"("><input semantic="VERTEX" source="#v" offset="0"/><p>)"
+        << Indices(triangles.size(), 0, "", " ", " ")
         << "</p></triangles></mesh></geometry></library_geometries><library_visual_scenes>"
         << R"(<visual_scene id="s"><node id="n"><instance_geometry url="#g"/></node></visual_scene>)"
         << R"(</library_visual_scenes><scene><instance_visual_scene url="#s"/></scene></COLLADA>)";
@@ -250,7 +251,8 @@ std::string MakeGltf(const std::vector<GltfAttribute>& attributes, const std::st
             bytes += Bytes(value);
     }
     std::ostringstream out;
-    out << R"({"asset":{"version":"2.0"},"scene":0,)" << extra << R"("meshes":[{"name":"part","primitives":[{"material":0,)"
+    out << R"({"asset":{"version":"2.0"},"scene":0,)" << extra
+        << R"("meshes":[{"name":"part","primitives":[{"material":0,)"
         << R"("attributes":{)" << names.str() << R"(}}]}],"accessors":[)" << accessors.str() << R"(],"bufferViews":[)"
         << views.str() << R"(],"buffers":[{"byteLength":)" << bytes.size()
         << R"(,"uri":"data:application/octet-stream;base64,)" << Base64(bytes) << R"("}]})";
@@ -275,30 +277,34 @@ std::string Base64(std::string_view bytes)
 std::vector<std::shared_ptr<MeshBuilder>> MeshesOf(const std::shared_ptr<Frame>& frame)
 {
     std::vector<std::shared_ptr<MeshBuilder>> meshes;
-    Visit(frame, [&](Frame&, const std::shared_ptr<MeshBuilder>& mesh) {
-        if (std::ranges::find(meshes, mesh) == meshes.end())
-            meshes.push_back(mesh);
-    });
+    Visit(frame,
+          [&](Frame&, const std::shared_ptr<MeshBuilder>& mesh)
+          {
+              if (std::ranges::find(meshes, mesh) == meshes.end())
+                  meshes.push_back(mesh);
+          });
     return meshes;
 }
 
 std::vector<Triangle> TrianglesOf(const std::shared_ptr<Frame>& frame)
 {
     std::vector<Triangle> triangles;
-    Visit(frame, [&](Frame& holder, const std::shared_ptr<MeshBuilder>& mesh) {
-        const MeshGeometry geometry = mesh->GetGeometry();
-        const std::size_t step = geometry.normals.empty() ? 1 : 2;
-        for (std::size_t at = 0; geometry.faceList[at] != 0; at += 1 + 3 * step)
-        {
-            Triangle triangle;
-            for (std::size_t i = 0; i < 3; ++i)
-            {
-                const auto vertex = static_cast<std::size_t>(geometry.faceList[at + 1 + i * step]);
-                triangle[i] = TransformPoint(geometry.vertices[vertex], holder.WorldTransform()).ToVector();
-            }
-            triangles.push_back(triangle);
-        }
-    });
+    Visit(frame,
+          [&](Frame& holder, const std::shared_ptr<MeshBuilder>& mesh)
+          {
+              const MeshGeometry geometry = mesh->GetGeometry();
+              const std::size_t step = geometry.normals.empty() ? 1 : 2;
+              for (std::size_t at = 0; geometry.faceList[at] != 0; at += 1 + 3 * step)
+              {
+                  Triangle triangle;
+                  for (std::size_t i = 0; i < 3; ++i)
+                  {
+                      const auto vertex = static_cast<std::size_t>(geometry.faceList[at + 1 + i * step]);
+                      triangle[i] = TransformPoint(geometry.vertices[vertex], holder.WorldTransform()).ToVector();
+                  }
+                  triangles.push_back(triangle);
+              }
+          });
     return triangles;
 }
 

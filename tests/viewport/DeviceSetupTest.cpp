@@ -68,7 +68,9 @@ TEST(DeviceSetup, a_name_that_no_driver_has_ends_at_the_rgb_driver)
 {
     for (const bool exposed : {false, true})
     {
-        LiveControl control{Asking(static_cast<tdlDirect3DDevice>(7), exposed)};
+        auto bag = Asking(static_cast<tdlDirect3DDevice>(7), exposed);
+        bag.Remove("Enabled"); // a first picture would rebuild, and an empty name means the first driver
+        LiveControl control{bag};
         EXPECT_EQ(control->ViewportState(), tdlRunning);
         EXPECT_EQ(control->Direct3DDevice(), 7);
         EXPECT_EQ(control->Direct3DDeviceName(), NameOf(drivername::RGB));
@@ -85,8 +87,10 @@ TEST(DeviceSetup, without_a_usable_driver_load_halts_and_a_rebuild_tells_the_cal
         EXPECT_EQ(halted->ViewportState(), tdlHalted);
 
         LiveControl control{Asking(tdlDirect3DRGBDevice, exposed)};
-        control.Host().SetDrivers(headless::FailingOnCreation(StandardDrivers(), drivername::RGB, error::DDNo3D));
-        control->SetDirect3DDeviceGUID("IID_Nobody");
+        const char* creation =
+            exposed ? "RetainedMode.CreateDeviceFromSurface" : "RetainedMode.CreateDeviceFromClipper";
+        control.Host().FailNext(creation, 2, error::DDNo3D);
+        control->OnResize();
         const RuntimeError failure = ErrorOf([&] { control->RenderScene(); });
         EXPECT_EQ(failure.Number(), -2147221502);
         EXPECT_EQ(failure.Source(), "Viewport");
@@ -94,7 +98,6 @@ TEST(DeviceSetup, without_a_usable_driver_load_halts_and_a_rebuild_tells_the_cal
         EXPECT_EQ(control->ViewportState(), tdlRunning);
         EXPECT_NE(ErrorOf([&] { control->RenderScene(); }).Number(), -2147221502) << "no rebuild without a reason";
 
-        control.Host().SetDrivers(StandardDrivers());
         control->SetDirect3DDevice(tdlDirect3DRGBDevice);
         control->RenderScene();
         EXPECT_EQ(control->Direct3DDeviceName(), NameOf(drivername::RGB)) << "a later rebuild recovers";

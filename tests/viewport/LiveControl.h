@@ -1,6 +1,7 @@
 // A live control with a small scene, for tests that drive it as a host program would.
 #pragma once
 
+#include "platform/directdraw/Bitmap.h"
 #include "platform/drivers/StandardDrivers.h"
 #include "platform/headless/DriverLists.h"
 #include "platform/headless/HostedViewport.h"

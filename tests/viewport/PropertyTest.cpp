@@ -77,8 +77,11 @@ TEST(Properties, every_saved_property_survives_a_bag_live_and_at_design_time)
                                  : headless::HostedViewport::AtDesignTime(MakeHost(), bag);
         ASSERT_EQ(hosted->Control().ViewportState(), tdlRunning);
         for (const PropertyRow& row : PropertyTable())
-            if (row.saved)
-                EXPECT_TRUE(VariantsEqual(row.read(hosted->Control()), AnotherValue(row))) << row.name;
+        {
+            if (!row.saved)
+                continue;
+            EXPECT_TRUE(VariantsEqual(row.read(hosted->Control()), AnotherValue(row))) << row.name;
+        }
         EXPECT_EQ(hosted->Control().Direct3DDeviceGUID(), "IID_IDirect3DRefDevice");
     }
 }
@@ -96,8 +99,11 @@ TEST(Properties, defaults_are_not_saved_and_initialising_equals_loading_nothing)
     headless::HostedViewport initialised{host};
     initialised.Control().Initialise();
     for (const PropertyRow& row : PropertyTable())
-        if (row.type != PropertyType::Object && row.name != "hwnd")
-            EXPECT_TRUE(VariantsEqual(row.read(initialised.Control()), row.read(loaded->Control()))) << row.name;
+    {
+        if (row.type == PropertyType::Object || row.name == "hwnd")
+            continue;
+        EXPECT_TRUE(VariantsEqual(row.read(initialised.Control()), row.read(loaded->Control()))) << row.name;
+    }
     EXPECT_FLOAT_EQ(initialised.Control().KeyVelocityRotate(), 1.571F);
 }
 

@@ -101,12 +101,14 @@ Look MakeLook(const aiMaterial& material, Pictures& pictures)
         look.isLinear = true;
         keepAlpha = std::string(text.C_Str()) != "OPAQUE";
         look.diffuse = ColorOf(material, AI_MATKEY_BASE_COLOR, look.diffuse);
+        look.diffuse.a = keepAlpha ? Unit(look.diffuse.a) : 1; // Assimp repeats it as opacity
     }
     else
-        look.diffuse.a = 1; // others say it as opacity
-    look.diffuse.a = keepAlpha ? Unit(look.diffuse.a) * Unit(NumberOf(material, AI_MATKEY_OPACITY, 1)) : 1;
-    if (look.diffuse.a == 0 && !look.isLinear)
-        look.diffuse.a = 1; // exporters confuse opacity with transparency; nobody means a surface that cannot be seen
+    {
+        look.diffuse.a = Unit(NumberOf(material, AI_MATKEY_OPACITY, 1));
+        if (look.diffuse.a == 0)
+            look.diffuse.a = 1; // exporters confuse opacity with transparency; nobody means a surface that is not seen
+    }
 
     SetHighlight(look, material);
     const aiColor4D emissive = ColorOf(material, AI_MATKEY_COLOR_EMISSIVE, {0, 0, 0, 1});

@@ -18,17 +18,17 @@ namespace
     throw RuntimeError{error::TypeMismatch, "automation", std::string{"Type mismatch: this is not "} + wanted};
 }
 
-std::optional<double> NumberIn(const std::string& text)
+double NumberIn(const std::string& text)
 {
     double number = 0;
     const char* const end = text.data() + text.size();
     const auto [stop, problem] = std::from_chars(text.data(), end, number);
-    if (stop != end || problem == std::errc::invalid_argument)
-        return std::nullopt;
+    // "inf" and "nan" are words, not numbers.
+    if (stop != end || problem == std::errc::invalid_argument || !std::isfinite(number))
+        RaiseTypeMismatch("a number");
     if (problem == std::errc::result_out_of_range)
         throw RuntimeError{error::Overflow, "automation", "Overflow: " + text};
-    // "inf" and "nan" are words, not numbers.
-    return std::isfinite(number) ? std::optional{number} : std::nullopt;
+    return number;
 }
 
 std::optional<double> AsNumber(const Variant& value)
@@ -60,8 +60,7 @@ double VariantToDouble(const Variant& value)
     if (std::holds_alternative<std::monostate>(value))
         return 0.0;
     if (const auto* text = std::get_if<std::string>(&value))
-        if (const auto number = NumberIn(*text))
-            return *number;
+        return NumberIn(*text);
     RaiseTypeMismatch("a number");
 }
 

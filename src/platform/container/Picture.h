@@ -27,7 +27,7 @@ private:
     std::shared_ptr<Bitmap> bitmap_;
 };
 
-/// Decodes a picture file (PNG, JPEG, BMP, GIF's first frame, TGA). The file's size (256 MB) and its dimensions
+/// Decodes a picture file (PNG, JPEG, uncompressed BMP, GIF's first frame, TGA). The file's size (256 MB) and its dimensions
 /// (Bitmap::MaximumSide each, 8192 by 8192 pixels in all) are checked before anything is decoded, and decoding takes
 /// no more memory than such dimensions need. FileNotFound when it cannot be read; InvalidPicture when it is not a
 /// whole picture, with the reason, or when the library was built without picture files.

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <optional>
 
 namespace lumora::headless
 {
@@ -37,13 +36,16 @@ ClientPosition CursorInWindow(const VirtualScreen& screen, const VirtualWindow& 
             static_cast<float>((cursor.y - window.ClientRect().top) * window.UnitsPerPixelY())};
 }
 
-/// The character of a key on a keyboard with letters, digits and the four that every control sees.
-std::optional<std::int16_t> CharacterOf(std::int16_t code, std::int16_t modifiers)
+constexpr std::int16_t NoCharacter = 0;
+
+/// The character of a key on a keyboard with letters, digits and the five that every control sees.
+std::int16_t CharacterOf(std::int16_t code, std::int16_t modifiers)
 {
     constexpr std::int16_t LetterBit = 32;
     constexpr std::int16_t ControlMask = 31;
+    constexpr std::array<std::int16_t, 5> Others{8, 9, 13, 27, 32};
     if ((modifiers & AltBit) != 0)
-        return std::nullopt;
+        return NoCharacter;
     if (code >= 'A' && code <= 'Z')
     {
         if ((modifiers & ControlBit) != 0)
@@ -52,9 +54,8 @@ std::optional<std::int16_t> CharacterOf(std::int16_t code, std::int16_t modifier
     }
     const bool plain = (modifiers & (ShiftBit | ControlBit)) == 0;
     if (code >= '0' && code <= '9')
-        return plain ? std::optional{code} : std::nullopt;
-    constexpr std::array<std::int16_t, 5> Characters{8, 9, 13, 27, 32};
-    return std::ranges::find(Characters, code) != Characters.end() ? std::optional{code} : std::nullopt;
+        return plain ? code : NoCharacter;
+    return std::ranges::find(Others, code) != Others.end() ? code : NoCharacter;
 }
 
 } // namespace
@@ -163,9 +164,9 @@ void HeadlessHost::TellKeyDown(std::int16_t code)
         return;
     control->KeyDown(code, ModifiersHeld());
     // The handler may have closed the host or disabled the window.
-    const auto character = CharacterOf(code, ModifiersHeld());
-    if (character && control_ == control && window_->IsEnabled())
-        control->KeyPress(*character);
+    const std::int16_t character = CharacterOf(code, ModifiersHeld());
+    if (character != NoCharacter && control_ == control && window_->IsEnabled())
+        control->KeyPress(character);
 }
 
 void HeadlessHost::PressKey(std::int16_t code)

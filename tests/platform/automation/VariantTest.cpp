@@ -65,7 +65,7 @@ TEST(Variant, tells_a_value_without_meaning_from_one_out_of_range)
              Row{SomeObject, error::TypeMismatch},
              Row{ObjectReference{}, error::TypeMismatch},
          })
-        EXPECT_EQ(ErrorOf([&] { VariantToLong(value); }), number) << value.index();
+        EXPECT_EQ(ErrorOf([&tried = value] { VariantToLong(tried); }), number) << value.index();
 }
 
 TEST(Variant, is_true_when_it_is_a_number_other_than_zero)

@@ -1,10 +1,12 @@
 // Which pixels a primitive covers: fill rule, clipping, culling, depth, scissor, lines and points.
+#include "platform/automation/RuntimeError.h"
 #include "platform/drivers/DriversUnderTest.h"
 #include "platform/drivers/TestCanvas.h"
 #include "platform/drivers/TestMeshes.h"
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -274,6 +276,86 @@ TEST_P(Coverage, draws_nothing_for_faces_without_area_or_with_numbers_that_are_n
             EXPECT_LE(DrawFaces({faces[i]}, fill).CountNot(0), 30) << "only what touches no such number";
 }
 
+TEST_P(Coverage, refuses_a_target_without_pixels_or_memory_and_keeps_the_old_one)
+{
+    Canvas canvas{Side, Side};
+    driver_->SetTarget(canvas.View());
+    constexpr int Huge = std::numeric_limits<int>::max();
+    EXPECT_THROW(driver_->SetTarget({canvas.View().pixels, Huge, Huge, Huge}), RuntimeError);
+    EXPECT_THROW(driver_->SetTarget({nullptr, 4, 4, 4}), RuntimeError);
+    EXPECT_THROW(driver_->SetTarget({canvas.View().pixels, -4, 4, 4}), RuntimeError);
+    driver_->Clear({true, true}, canvas.View().Bounds(), 0);
+    driver_->Begin(PixelPass(Side, Side));
+    driver_->Draw(UnlitItem(Quad(-10, 80, 80, -10, 0.5F, White)));
+    driver_->End();
+    driver_->Finish();
+    EXPECT_EQ(canvas.CountNot(0), Side * Side);
+}
+
+TEST_P(Coverage, draws_nothing_into_a_target_without_area)
+{
+    std::uint32_t pixel = 7;
+    driver_->SetTarget({&pixel, 0, 5, 1});
+    driver_->Clear({true, true}, {0, 0, 5, 5}, 0);
+    driver_->Begin(PixelPass(Side, Side));
+    driver_->Draw(UnlitItem(Quad(-10, 80, 80, -10, 0.5F, White)));
+    driver_->End();
+    driver_->Finish();
+    EXPECT_EQ(pixel, 7U);
+}
+
+TEST_P(Coverage, survives_arbitrary_numbers)
+{
+    // Any 32 bits are a float: half of these are huge, tiny, infinite or none.
+    std::mt19937 engine{99};
+    const auto strange = [&]() -> float
+    {
+        const std::uint32_t bits = engine();
+        return bits % 3 == 0 ? std::bit_cast<float>(static_cast<std::uint32_t>(engine()))
+                             : static_cast<float>(bits % 200) / 10 - 10;
+    };
+    for (int round = 0; round < 300; ++round)
+    {
+        PassState pass = round % 2 == 0 ? PerspectivePass(Side, Side, {}) : PixelPass(Side, Side);
+        pass.filter = static_cast<TextureFilter>(engine() % 6);
+        pass.transparency = static_cast<Transparency>(engine() % 3);
+        pass.fog = {
+            static_cast<FogMode>(engine() % 4), {strange(), strange(), strange()}, strange(), strange(), strange()};
+        if (round % 5 == 0)
+            pass.cameraToClip.m[engine() % 4][engine() % 4] = strange();
+        LightState light;
+        light.kind = static_cast<LightKind>(engine() % 4);
+        light.position = {strange(), strange(), strange()};
+        light.direction = {strange(), strange(), strange()};
+        light.range = strange();
+        light.linearAttenuation = strange();
+        light.umbra = strange();
+        const std::vector<LightState> lights{light};
+        pass.lights = lights;
+        MeshMaker maker;
+        SurfaceMaterial material;
+        material.power = strange();
+        maker.Group(material, engine() % 2 == 0 ? Ramp(8, 8, 0x80) : nullptr);
+        for (int face = 0; face < 10; ++face)
+        {
+            std::vector<Corner> corners;
+            for (int corner = 0; corner < 3; ++corner)
+                corners.push_back({{strange(), strange(), strange()},
+                                   strange(),
+                                   strange(),
+                                   Vector{strange(), strange(), strange()},
+                                   static_cast<std::uint32_t>(engine())});
+            maker.Face(corners);
+        }
+        DrawItem item;
+        item.mesh = maker.Make();
+        item.fill = static_cast<FillStyle>(engine() % 3);
+        item.gouraud = engine() % 2 == 0;
+        item.world.m[engine() % 4][engine() % 3] = strange();
+        Draw(pass, {item});
+    }
+}
+
 TEST_P(Coverage, survives_huge_numbers)
 {
     constexpr float Huge = 3e38F;
@@ -374,6 +456,7 @@ TEST_P(Coverage, draws_one_pixel_per_step_of_a_line)
         {{6, 3, 0.5F}, {2, 3, 0.5F}, {{2, 3}, {3, 3}, {4, 3}, {5, 3}}},
         {{2, 3, 0.5F}, {6, 5, 0.5F}, {{2, 3}, {3, 4}, {4, 4}, {5, 5}}},
         {{2.25F, 3, 0.5F}, {4.5F, 3, 0.5F}, {{3, 3}, {4, 3}}},
+        {{2.25F, 3, 0.5F}, {4.25F, 5, 0.5F}, {{3, 4}, {4, 5}}}, // as wide as high counts as wide
         {{7, 2, 0.5F}, {5, 6, 0.5F}, {{7, 2}, {7, 3}, {6, 4}, {6, 5}}},
         {{7.25F, 2.5F, 0.5F}, {7.5F, 2.5F, 0.5F}, {{7, 3}}}, // no whole column between: the nearest pixel
     };
@@ -398,6 +481,42 @@ TEST_P(Coverage, draws_the_sides_of_a_face_but_not_its_triangles)
         DrawFaces({{{10, 10, 0.5F}, {50, 10, 0.5F}, {50, 50, 0.5F}, {10, 50, 0.5F}}}, FillStyle::Wireframe);
     EXPECT_EQ(canvas.CountNot(0), 40 * 4 - 1) << "two horizontal and two vertical runs share the top-left corner";
     EXPECT_EQ(canvas.At(30, 30), 0U);
+}
+
+TEST_P(Coverage, draws_an_edge_once_however_many_faces_share_it)
+{
+    // A fold in the middle of a sheet, translucent: drawn twice it would be brighter than the other sides.
+    MeshMaker maker;
+    maker.color = HalfWhite;
+    const auto quad = [&](float left, float right)
+    {
+        maker.Face({{{left, 10, 0.5F}, 0, 0, {}, {}},
+                    {{right, 10, 0.5F}, 0, 0, {}, {}},
+                    {{right, 50, 0.5F}, 0, 0, {}, {}},
+                    {{left, 50, 0.5F}, 0, 0, {}, {}}});
+    };
+    quad(10, 30);
+    quad(30, 55);
+    PassState pass = PixelPass(Side, Side);
+    pass.transparency = Transparency::Blended;
+    const Canvas canvas = Draw(pass, {UnlitItem(maker.Make(), FillStyle::Wireframe)});
+    for (const int x : {10, 30, 55})
+        EXPECT_EQ(canvas.At(x, 20), 0x808080U) << x;
+}
+
+TEST_P(Coverage, flat_lines_take_the_color_of_their_face_and_smooth_ones_blend_their_ends)
+{
+    MeshMaker maker;
+    maker.Face({{{10, 10, 0.5F}, 0, 0, {}, 0xFFFF0000},
+                {{50, 10, 0.5F}, 0, 0, {}, 0xFF0000FF},
+                {{50, 50, 0.5F}, 0, 0, {}, 0xFF0000FF}});
+    DrawItem item = UnlitItem(maker.Make(), FillStyle::Wireframe);
+    EXPECT_EQ(Draw(PixelPass(Side, Side), {item}).At(50, 30), 0x0000FFU);
+    const Channels middle = ChannelsOf(Draw(PixelPass(Side, Side), {item}).At(30, 10));
+    EXPECT_NEAR(middle.red, 127.5, 1);
+    EXPECT_NEAR(middle.blue, 127.5, 1);
+    item.gouraud = false;
+    EXPECT_EQ(Draw(PixelPass(Side, Side), {item}).At(50, 30), 0xFF0000U) << "of the face's first vertex";
 }
 
 TEST_P(Coverage, draws_the_pixel_nearest_to_a_point)

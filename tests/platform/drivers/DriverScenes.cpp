@@ -165,11 +165,20 @@ Passes MiddlingTriangles()
     return With(pass, {Flat(Unlit(Item(Confetti(400, 1.8F, 0.5F, 0xFF, 11))))});
 }
 
+/// Floor, ceiling and wall, each one triangle that crosses all planes of the view volume and the eye's own.
 Passes HugeTriangles()
 {
+    MeshMaker maker;
+    const auto face = [&](Vector a, Vector b, Vector c) {
+        maker.Face({{a, 0, 0, {}, 0xFFFF2020}, {b, 0, 0, {}, 0xFF20FF20}, {c, 0, 0, {}, 0xFF4040FF}});
+    };
+    face({-500, -1.2F, -300}, {0, -1.6F, 700}, {600, -0.9F, -250});
+    face({-400, 1, 500}, {-300, 1.3F, -400}, {700, 2, 300});
+    face({1.5F, -300, -200}, {2.5F, 400, -100}, {3, 20, 600});
     ScenePass pass = Perspective();
     pass.state.cull = CullMode::None;
-    return With(pass, {Unlit(Item(Confetti(40, 40, 60, 0xFF, 4)))});
+    pass.state.fog = {FogMode::Linear, {0.9F, 0.9F, 1}, 2, 60, 0};
+    return With(pass, {Unlit(Item(maker.Make()))});
 }
 
 Passes OffCentreAndScissored()

@@ -85,7 +85,7 @@ TEST_F(DirectDrawSurfaces, are_made_from_complete_descriptions_only)
              Row{"too many pixels", {124, 7, 8193, 32768, Plain}, error::OutOfMemory},
              Row{"largest sides", {124, 7, 32768, 32768, Plain}, error::OutOfMemory},
          })
-        EXPECT_EQ(ErrorOf([&] { directDraw_->CreateSurface(description); }), number) << what;
+        EXPECT_EQ(ErrorOf([&, &tried = description] { directDraw_->CreateSurface(tried); }), number) << what;
 }
 
 TEST_F(DirectDrawSurfaces, start_black)

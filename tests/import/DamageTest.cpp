@@ -1,0 +1,198 @@
+// Damaged, hostile and empty files: one sentence, and the program goes on.
+#include "import/ModelFiles.h"
+#include "platform/automation/RuntimeError.h"
+
+#include <cmath>
+#include <random>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+namespace lumora::test
+{
+
+namespace
+{
+
+class Damage : public ImportTest
+{
+protected:
+    /// The error names the file and says what to do: one sentence, of a sensible length.
+    static void ExpectSentence(const Failure& failure, const std::string& path)
+    {
+        EXPECT_NE(failure.description.find(path), std::string::npos) << failure.description;
+        ASSERT_FALSE(failure.description.empty());
+        EXPECT_EQ(failure.description.back(), '.') << failure.description;
+        EXPECT_LT(failure.description.size(), 600U + path.size()) << failure.description;
+        EXPECT_EQ(failure.description.find('\n'), std::string::npos) << failure.description;
+    }
+};
+
+const char* const extensions[] = {"obj", "stl", "ply", "gltf", "glb", "3ds", "dae", "x"};
+
+std::string NestedGltf(int depth)
+{
+    std::string nodes;
+    for (int i = 0; i < depth; ++i)
+        nodes += R"({"children":[)" + std::to_string(i + 1) + "]},";
+    return MakeGltf({{"POSITION", 3, {0, 0, 0, 1, 0, 0, 0, 1, 0}}},
+                    R"("scenes":[{"nodes":[0]}],"materials":[{}],"nodes":[)" + nodes + R"({"mesh":0}],)");
+}
+
+std::string HugeGltf()
+{
+    return R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],"nodes":[{"mesh":0}],)"
+           R"("meshes":[{"primitives":[{"attributes":{"POSITION":0}}]}],"accessors":[{"bufferView":0,)"
+           R"("componentType":5126,"type":"VEC3","count":4000000000}],"bufferViews":[{"buffer":0,)"
+           R"("byteLength":48000000000}],"buffers":[{"byteLength":48000000000,"uri":"data:;base64,AAAA"}]})";
+}
+
+} // namespace
+
+TEST_F(Damage, a_path_that_is_no_model_file_is_told_apart)
+{
+    const std::string pipe = (folder_ / "pipe.obj").string();
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const struct
+    {
+        std::string path;
+        std::int32_t number;
+    } paths[] = {
+        {(folder_ / "missing.obj").string(), error::FileNotFound},
+        {folder_.string(), importerror::PathAccess},
+        {pipe, importerror::PathAccess},
+        {"/dev/zero", importerror::PathAccess},
+        {Write("empty.obj", ""), importerror::InvalidFormat},
+    };
+    for (const auto& each : paths)
+    {
+        const Failure failure = FailureOf(each.path);
+        EXPECT_EQ(failure.number, each.number) << each.path;
+        ExpectSentence(failure, each.path);
+    }
+    EXPECT_EQ(FailureOf("").number, error::FileNotFound);
+    EXPECT_EQ(FailureOf(std::string("a\0b.obj", 7)).number, error::FileNotFound);
+}
+
+TEST_F(Damage, a_damaged_file_is_refused)
+{
+    std::string truncatedStl = AsBinaryStl(Tetrahedron()).substr(0, 84 + 60);
+    truncatedStl.replace(80, 4, "\xFF\xFF\xFF\xFF");
+    const std::string ply = "ply\nformat binary_little_endian 1.0\nelement vertex 4000000000\nproperty float x\n"
+                            "property float y\nproperty float z\nelement face 4000000000\n"
+                            "property list uchar int vertex_indices\nend_header\nabc";
+    std::string bombs = "<?xml version=\"1.0\"?>";
+    for (int i = 0; i < 100000; ++i)
+        bombs += "<node>";
+    const struct
+    {
+        const char* name;
+        std::string contents;
+    } files[] = {
+        {"four_billion.stl", truncatedStl},
+        {"four_billion.ply", ply},
+        {"four_billion.gltf", HugeGltf()},
+        {"deep_nodes.gltf", NestedGltf(2000)},
+        {"deep_json.gltf", std::string(200000, '[')},
+        {"deep_xml.dae", bombs},
+        {"cut.glb", AsGlb(Tetrahedron()).substr(0, 200)},
+        {"cut.3ds", As3ds(Tetrahedron()).substr(0, 60)},
+        {"cut.x", AsX(Tetrahedron()).substr(0, 60)},
+        {"cut.dae", AsCollada(Tetrahedron(), "Y_UP").substr(0, 400)},
+        {"only_points.obj", "v 0 0 0\nv 1 0 0\n"},
+        {"all_outside.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 7 8 9\n"},
+        {"words.obj", "Dear reader, this is no model.\n"},
+        {"unknown.kind", "Dear reader, this is no model.\n"},
+    };
+    for (const auto& file : files)
+    {
+        SCOPED_TRACE(file.name);
+        const std::string path = Write(file.name, file.contents);
+        const Failure failure = FailureOf(path);
+        EXPECT_TRUE(failure.number == importerror::InvalidFormat || failure.number == error::OutOfMemory)
+            << failure.number << ' ' << failure.description;
+        ExpectSentence(failure, path);
+    }
+}
+
+TEST_F(Damage, random_bytes_under_every_extension_are_refused)
+{
+    std::minstd_rand random(4711);
+    for (const char* const extension : extensions)
+        for (const std::size_t size : {1U, 100U, 20000U})
+        {
+            std::string bytes(size, '\0');
+            for (char& byte : bytes)
+                byte = static_cast<char>(random() >> 8);
+            const std::string path = Write(std::string("random.") + extension, bytes);
+            const Failure failure = FailureOf(path);
+            EXPECT_EQ(failure.number, importerror::InvalidFormat) << extension << ' ' << size << failure.description;
+            ExpectSentence(failure, path);
+        }
+}
+
+TEST_F(Damage, files_with_changed_bytes_are_read_or_refused)
+{
+    const struct
+    {
+        const char* name;
+        std::string contents;
+    } files[] = {
+        {"model.obj", AsObj(Tetrahedron())}, {"model.stl", AsBinaryStl(Tetrahedron())},
+        {"model.glb", AsGlb(Tetrahedron())}, {"model.3ds", As3ds(Tetrahedron())},
+        {"model.x", AsX(Tetrahedron())},     {"model.dae", AsCollada(Tetrahedron(), "Y_UP")},
+    };
+    std::minstd_rand random(815);
+    ImportOptions options;
+    options.timeLimit = std::chrono::seconds(10);
+    for (const auto& file : files)
+        for (int round = 0; round < 15; ++round)
+        {
+            std::string bytes = file.contents;
+            for (int change = 0; change < 3; ++change)
+                bytes[(random() >> 4) % bytes.size()] = static_cast<char>(random() >> 8);
+            const Failure failure = FailureOf(Write(file.name, bytes), options);
+            EXPECT_TRUE(failure.number == 0 || failure.number == importerror::InvalidFormat ||
+                        failure.number == error::OutOfMemory || failure.number == importerror::TimedOut)
+                << failure.number << failure.description;
+        }
+}
+
+TEST_F(Damage, broken_faces_are_left_out_and_the_others_stay)
+{
+    std::vector<Triangle> triangles = Tetrahedron();
+    triangles[1][2].y = NAN;
+    triangles[2][0].x = INFINITY;
+    const ImportedModel model = ImportModel(Write("model.stl", AsBinaryStl(triangles)));
+    EXPECT_EQ(model.statistics.triangles, 2U);
+    ASSERT_EQ(model.warnings.size(), 1U);
+    EXPECT_EQ(model.warnings[0].substr(0, 7), "2 faces");
+    for (const Triangle& triangle : TrianglesOf(model.root))
+        for (const Vector& v : triangle)
+            EXPECT_TRUE(IsFinite(v));
+}
+
+TEST_F(Damage, a_node_whose_place_is_not_finite_does_no_harm)
+{
+    const std::string nodes = R"("scenes":[{"nodes":[0]}],"materials":[{}],)"
+                              R"("nodes":[{"mesh":0,"translation":[1e39,0,0],"scale":[1e300,1,1]}],)";
+    const std::string path = Write("model.gltf", MakeGltf({{"POSITION", 3, {0, 0, 0, 1, 0, 0, 0, 1, 0}}}, nodes));
+    EXPECT_EQ(FailureOf(path).number, 0);
+}
+
+TEST_F(Damage, a_model_beyond_the_memory_limit_is_refused)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "sanitizers reserve more address space than any limit";
+#endif
+    std::vector<Triangle> many;
+    for (std::size_t i = 0; i < 1300000; ++i)
+        many.push_back({Vector{static_cast<float>(i), 0, 0}, Vector{0, 1, static_cast<float>(i)}, Vector{0, 0, 1}});
+    const std::string path = Write("many.stl", AsBinaryStl(many));
+    ImportOptions options;
+    options.memoryLimit = 1; // the least there is
+    const Failure failure = FailureOf(path, options);
+    EXPECT_EQ(failure.number, error::OutOfMemory) << failure.description;
+    ExpectSentence(failure, path);
+}
+
+} // namespace lumora::test
