@@ -151,14 +151,17 @@ void Viewport::Load(PropertyBag& bag)
 // one.
 void Viewport::StartDrawing()
 {
-    if (!IsRunMode())
-        return;
     ContainingTrap step{[this](const RuntimeError& failure) { HaltViewport(failure.Number(), failure.Description()); }};
+    bool live = false;
+    step([&] { live = IsRunMode(); });
+    if (!live)
+        return;
+    ClientRect client;
     const bool started = step([&] { drawing_.RetainedMode = std::make_shared<RetainedMode>(container_->Drivers()); }) &&
                          step([&] { drawing_.RetainedMode->Initialise(); }) &&
-                         step([&] { drawing_.CameraFrame = drawing_.RetainedMode->CreateFrame(nullptr); });
-    ClientRect client;
-    if (started && step([&] { client = ClientPixels(); }))
+                         step([&] { drawing_.CameraFrame = drawing_.RetainedMode->CreateFrame(nullptr); }) &&
+                         step([&] { client = ClientPixels(); });
+    if (started)
         step([&] { InitializeDirectX(container_->Window()->Handle(), properties_.Direct3DDeviceGUID, client); });
     step([&] { container_->Window()->SetPicture(nullptr); });
 }

@@ -129,11 +129,23 @@ void Viewport::SetScene(std::shared_ptr<Frame> value)
         throw RuntimeError{error::RMBadValue, Source,
                            "A scene cannot be the camera or lie below it: give a frame of its own"};
     const Trap trap{Source};
-    if (drawing_.SceneFrame && drawing_.CameraFrame)
-        trap([&] { drawing_.SceneFrame->DeleteChild(drawing_.CameraFrame); });
+    const auto previous = drawing_.SceneFrame;
+    if (previous && drawing_.CameraFrame)
+        trap([&] { previous->DeleteChild(drawing_.CameraFrame); });
     drawing_.SceneFrame = std::move(value);
-    if (drawing_.SceneFrame && drawing_.CameraFrame)
-        trap([&] { drawing_.SceneFrame->AddChild(drawing_.CameraFrame); });
+    try
+    {
+        if (drawing_.SceneFrame && drawing_.CameraFrame)
+            trap([&] { drawing_.SceneFrame->AddChild(drawing_.CameraFrame); });
+    }
+    catch (...)
+    {
+        // A scene that does not take the camera is not taken either.
+        drawing_.SceneFrame = previous;
+        if (previous)
+            IgnoringErrors([&] { previous->AddChild(drawing_.CameraFrame); });
+        throw;
+    }
     trap([&] { NotifyChanged("Scene"); });
 }
 

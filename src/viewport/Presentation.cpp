@@ -77,8 +77,12 @@ void Viewport::AverageIntoTarget()
     if (factor < 1 || factor > LargestSamplingFactor)
         throw RuntimeError{error::InvalidCall, Source,
                            "AntiAlias is " + std::to_string(factor) + ": use 1 (none), 2 or 4"};
+    if (!drawing_.AntiAliasTarget)
+        throw RuntimeError{error::ObjectNotSet, Source,
+                           "The surface that takes the averaged picture could not be created: choose a smaller window "
+                           "or AntiAlias 1"};
     HeldContext source{Required(drawing_.RenderSurface)};
-    HeldContext target{Required(drawing_.AntiAliasTarget)};
+    HeldContext target{*drawing_.AntiAliasTarget};
     AverageBlocks(source.Pixels(), factor, target.Pixels());
     target.Release();
     source.Release();

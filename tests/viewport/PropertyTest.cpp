@@ -35,10 +35,18 @@ TEST(Properties, the_table_counts_ids_down_to_the_window_handle)
 Variant AnotherValue(const PropertyRow& row)
 {
     static const std::map<std::string_view, Variant> special = {
-        {"BorderStyle", std::int32_t{1}},    {"MousePointer", std::int32_t{2}}, {"HighlightPointer", std::int32_t{3}},
-        {"CullMethod", std::int32_t{2}},     {"FillMode", std::int32_t{64}},    {"LightMode", std::int32_t{0}},
-        {"ProjectionType", std::int32_t{1}}, {"AntiAlias", std::int32_t{2}},    {"BackClippingPlane", 500.0F},
-        {"Direct3DDevice", std::int32_t{3}}, {"ShadeMode", std::int32_t{0}}};
+        {"MouseIcon", ObjectReference{std::make_shared<Picture>(std::make_shared<Bitmap>(2, 2))}},
+        {"BorderStyle", std::int32_t{1}},
+        {"MousePointer", std::int32_t{2}},
+        {"HighlightPointer", std::int32_t{3}},
+        {"CullMethod", std::int32_t{2}},
+        {"FillMode", std::int32_t{64}},
+        {"LightMode", std::int32_t{0}},
+        {"ProjectionType", std::int32_t{1}},
+        {"AntiAlias", std::int32_t{2}},
+        {"BackClippingPlane", 500.0F},
+        {"Direct3DDevice", std::int32_t{3}},
+        {"ShadeMode", std::int32_t{0}}};
     if (const auto found = special.find(row.name); found != special.end())
         return found->second;
     switch (row.type)
@@ -49,8 +57,6 @@ Variant AnotherValue(const PropertyRow& row)
         return VariantToSingle(row.defaultValue) + 0.75F;
     case PropertyType::String:
         return std::string{"another"};
-    case PropertyType::Object:
-        return ObjectReference{std::make_shared<Picture>(std::make_shared<Bitmap>(2, 2))};
     default:
         return VariantToLong(row.defaultValue) + 1;
     }
