@@ -100,6 +100,12 @@ void AddGlassBall(const std::shared_ptr<Frame>& scene, std::vector<Occluder>& oc
     occluders.push_back({BallCentre, 0.44F});
 }
 
+// What reaches below the floor goes back along the axis: crystals end on it.
+Double3 OnFloor(Double3 position, Double3 axis)
+{
+    return position.y < 0 ? position - axis * (position.y / axis.y) : position;
+}
+
 void AddCrystals(const std::shared_ptr<Frame>& scene, std::vector<Occluder>& occluders)
 {
     struct Crystal
@@ -124,7 +130,8 @@ void AddCrystals(const std::shared_ptr<Frame>& scene, std::vector<Occluder>& occ
         const Double3 right = Normalized(Cross(up, Double3{0, 0, 1}));
         const Matrix4 pose = Matrix4::FromAxes(right, up, Cross(right, up), {});
         for (Vector& position : shape.positions)
-            position = TransformPoint(position + Vector{0, crystal.height * 0.85F, 0}, pose).ToVector() + crystal.foot;
+            position = OnFloor(TransformPoint(position + Vector{0, crystal.height * 0.85F, 0}, pose), up).ToVector() +
+                       crystal.foot;
         for (Vector& normal : shape.normals)
             normal = TransformDirection(normal, pose).ToVector();
         Place(scene, shape, {crystal.color, 0.88F, 30, 0.9F, crystal.color * 0.10F});
@@ -136,7 +143,7 @@ void AddCrystals(const std::shared_ptr<Frame>& scene, std::vector<Occluder>& occ
 void AddArches(const std::shared_ptr<Frame>& scene, std::vector<Occluder>& occluders)
 {
     constexpr Vector Colors[] = {{0.95F, 0.80F, 0.52F}, {0.36F, 0.66F, 0.66F}, {0.24F, 0.36F, 0.62F}};
-    constexpr int Beads = 80;
+    constexpr int Beads = 200;
     for (int i = 0; i < 3; ++i)
     {
         const auto curve = [radius = ArchRadii[i]](double t) { return ArchAt(radius, t); };
@@ -251,7 +258,7 @@ Stage MakeBuiltInScene()
     AddMarbles(stage.scene, occluders);
     AddGround(stage.scene, occluders);
     AddLights(stage.scene);
-    stage.focus = {{-4.3F, 0, -2.6F}, {4.3F, 3.9F, 2.0F}};
+    stage.focus = {{-4.0F, 0, -2.1F}, {4.1F, 4.35F, 1.6F}};
     stage.extent = stage.scene->Bounds(nullptr);
     stage.hasLights = true;
     stage.background = Horizon;

@@ -120,8 +120,8 @@ void Session::ApplySettings()
 void Session::LightFromCamera()
 {
     const std::shared_ptr<Frame> camera = hosted_->Control().Camera();
-    AddLight(camera, LightKind::Ambient, {0.24F, 0.25F, 0.28F}, {0, 0, 1});
-    AddLight(camera, LightKind::Directional, {0.78F, 0.76F, 0.72F}, {0.55F, -0.6F, 1});
+    AddLight(camera, LightKind::Ambient, {0.28F, 0.29F, 0.32F}, {0, 0, 1});
+    AddLight(camera, LightKind::Directional, {0.98F, 0.95F, 0.90F}, {0.55F, -0.6F, 1});
     AddLight(camera, LightKind::Directional, {0.16F, 0.18F, 0.22F}, {-1, 0.25F, 0.6F});
 }
 
