@@ -25,6 +25,8 @@ std::vector<LightState> LightsOf(Frame& root, Double3 viewDirection)
     std::vector<LightState> lights;
     const auto collect = [&](Frame& frame)
     {
+        if (frame.Lights().empty() || !lumora::IsFinite(frame.WorldTransform()))
+            return;
         for (const auto& light : frame.Lights())
             lights.push_back(light->In(frame.WorldTransform()));
     };
