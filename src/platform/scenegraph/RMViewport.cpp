@@ -144,12 +144,6 @@ double RMViewport::DepthOf(Double3 cameraPoint) const
 
 // World and screen.
 
-Frame* RMViewport::WorldSpace() const
-{
-    const auto root = camera_->Root();
-    return root != camera_ ? root.get() : nullptr;
-}
-
 Matrix4 RMViewport::CameraToWorld() const
 {
     return camera_->TransformTo(nullptr);
@@ -167,9 +161,11 @@ Vector4 RMViewport::Transform(Vector world)
     const Double3 p = TransformPoint(world, *worldToCamera);
     const Double4 clip = lumora::Transform({p.x, p.y, p.z, 1}, CameraToClip());
     const ScreenMap map = ShownMap();
-    return {static_cast<float>(map.centreX * clip.w + map.halfWidth * clip.x),
-            static_cast<float>(map.centreY * clip.w - map.halfHeight * clip.y), static_cast<float>(clip.z),
-            static_cast<float>(clip.w)};
+    const Vector4 screen{static_cast<float>(map.centreX * clip.w + map.halfWidth * clip.x),
+                         static_cast<float>(map.centreY * clip.w - map.halfHeight * clip.y), static_cast<float>(clip.z),
+                         static_cast<float>(clip.w)};
+    RequireFinite(Source, {screen.x, screen.y, screen.z, screen.w});
+    return screen;
 }
 
 Vector RMViewport::InverseTransform(const Vector4& screen)

@@ -67,7 +67,8 @@ public:
     /// soft ambient light and a light at the camera.
     void Render(const std::shared_ptr<Frame>& frame);
 
-    /// World (root) coordinates to the screen.
+    /// World (root) coordinates to the screen. RMBadValue for planes with nothing between them, a camera scaled to
+    /// nothing, and numbers that are not finite.
     Vector4 Transform(Vector world);
 
     /// The screen to world coordinates. RMBadValue for w 0, numbers that are not finite, or planes with nothing between
@@ -98,7 +99,6 @@ private:
     Matrix4 CameraToClip() const;
     Double3 CameraPoint(double screenX, double screenY, double depth) const;
     double DepthOf(Double3 cameraPoint) const;
-    Frame* WorldSpace() const;
     Matrix4 CameraToWorld() const;
     PassState MakePass(const Matrix4& worldToCamera) const;
     DrawItem ItemFor(class MeshBuilder& mesh, const Matrix4& world) const;
