@@ -110,12 +110,12 @@ private:
     double area_;
 };
 
-/// The whole pixels between the smallest and largest of the corners, within [low, high).
+/// The whole pixels between the smallest and largest of the corners, within [low, high); first == end for none.
 std::pair<int, int> PixelSpan(std::initializer_list<std::int64_t> places, int low, int high)
 {
     const std::int64_t first = std::max<std::int64_t>(CeilDivide(std::min(places), SubPixels), low);
     const std::int64_t end = std::min<std::int64_t>(FloorDivide(std::max(places), SubPixels) + 1, high);
-    return {static_cast<int>(std::min<std::int64_t>(first, high)), static_cast<int>(std::max<std::int64_t>(end, low))};
+    return first < end ? std::pair{static_cast<int>(first), static_cast<int>(end)} : std::pair{0, 0};
 }
 
 Fragment Between(const ScreenVertex& start, const ScreenVertex& end, double t)

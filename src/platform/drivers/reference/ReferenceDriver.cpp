@@ -73,7 +73,8 @@ private:
 
 void ReferenceDriver::SetTarget(const PixelView& target)
 {
-    if (target.width < 0 || target.height < 0 || (target.pixels == nullptr && target.width * target.height != 0))
+    const bool isEmpty = target.width == 0 || target.height == 0;
+    if (target.width < 0 || target.height < 0 || (target.pixels == nullptr && !isEmpty))
         throw RuntimeError{error::RMBadValue, Source, "The surface to draw into has no pixels."};
     DrawWaiting();
     try

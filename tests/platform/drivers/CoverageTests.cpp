@@ -1,0 +1,548 @@
+// Which pixels a primitive covers: fill rule, clipping, culling, depth, scissor, lines and points.
+#include "platform/automation/RuntimeError.h"
+#include "platform/drivers/DriversUnderTest.h"
+#include "platform/drivers/TestCanvas.h"
+#include "platform/drivers/TestMeshes.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <limits>
+#include <random>
+
+namespace lumora::test
+{
+
+namespace
+{
+
+constexpr std::uint32_t White = 0xFFFFFFFF;
+constexpr std::uint32_t HalfWhite = 0x80FFFFFF;
+constexpr float Infinite = std::numeric_limits<float>::infinity();
+constexpr float NotANumber = std::numeric_limits<float>::quiet_NaN();
+
+DrawItem UnlitItem(std::shared_ptr<const DrawMesh> mesh, FillStyle fill = FillStyle::Solid)
+{
+    DrawItem item;
+    item.mesh = std::move(mesh);
+    item.lit = false;
+    item.fill = fill;
+    return item;
+}
+
+class Coverage : public EveryDriver
+{
+protected:
+    static constexpr int Side = 64;
+
+    Canvas Draw(const PassState& pass, const std::vector<DrawItem>& items)
+    {
+        Canvas canvas{Side, Side};
+        DrawPicture(*driver_, canvas, pass, items);
+        EXPECT_FALSE(canvas.IsMarginTouched());
+        return canvas;
+    }
+
+    Canvas DrawFaces(const std::vector<std::vector<Vector>>& faces, FillStyle fill = FillStyle::Solid)
+    {
+        MeshMaker maker;
+        for (const std::vector<Vector>& face : faces)
+        {
+            std::vector<Corner> corners;
+            for (const Vector& position : face)
+                corners.push_back({position, 0, 0, {}, {}});
+            maker.Face(corners);
+        }
+        return Draw(PixelPass(Side, Side), {UnlitItem(maker.Make(), fill)});
+    }
+
+    int CountFaces(const std::vector<std::vector<Vector>>& faces) { return DrawFaces(faces).CountNot(0); }
+};
+LUMORA_FOR_EVERY_DRIVER(Coverage);
+
+TEST_P(Coverage, counts_pixel_centres_of_right_triangles_exactly)
+{
+    constexpr float n = 20;
+    const float z = 0.5F;
+    // Whole-numbered corners lie on pixel centres. Left and top sides belong to a triangle, right and bottom ones
+    // do not: the count is n (n + 1) / 2 with the two straight sides, n (n - 1) / 2 with the slanted one.
+    EXPECT_EQ(CountFaces({{{5, 7, z}, {5 + n, 7, z}, {5, 7 + n, z}}}), 210);
+    EXPECT_EQ(CountFaces({{{5 + n, 7, z}, {5 + n, 7 + n, z}, {5, 7 + n, z}}}), 190);
+    EXPECT_EQ(CountFaces({{{5, 7, z}, {5, 7 + n, z}, {5 + n, 7, z}}}), 210) << "winding must not matter";
+}
+
+TEST_P(Coverage, takes_pixels_on_top_and_left_edges_only)
+{
+    const Canvas canvas = DrawFaces({{{10, 20, 0}, {30, 20, 0}, {30, 40, 0}, {10, 40, 0}}});
+    EXPECT_EQ(canvas.CountNot(0), 400);
+    EXPECT_EQ(canvas.At(10, 20), 0xFFFFFFU);
+    EXPECT_EQ(canvas.At(29, 39), 0xFFFFFFU);
+    EXPECT_EQ(canvas.At(30, 20), 0U);
+    EXPECT_EQ(canvas.At(10, 40), 0U);
+}
+
+TEST_P(Coverage, rounds_positions_to_a_256th_of_a_pixel)
+{
+    // 1/600 rounds to 0 and keeps the pixel at 10; 1/400 rounds to 1/256 and loses it. Halves go up.
+    const auto firstColumn = [&](float left)
+    {
+        const Canvas canvas = DrawFaces({{{left, 5, 0}, {20, 5, 0}, {20, 6, 0}, {left, 6, 0}}});
+        return canvas.At(10, 5) != 0 ? 10 : 11;
+    };
+    EXPECT_EQ(firstColumn(10.0F + 1.0F / 600), 10);
+    EXPECT_EQ(firstColumn(10.0F + 1.0F / 400), 11);
+    EXPECT_EQ(firstColumn(10.0F - 1.0F / 400), 10);
+}
+
+TEST_P(Coverage, of_a_parallelogram_with_whole_sides_is_its_area)
+{
+    // Copies of it tile the plane, one for each point of a grid of that density, so each holds `area` pixel centres.
+    std::mt19937 engine{20};
+    const auto whole = [&](int low, int high) { return low + static_cast<int>(engine() % (high - low + 1)); };
+    for (int round = 0; round < 200; ++round)
+    {
+        const Vector a{static_cast<float>(whole(-15, 15)), static_cast<float>(whole(-15, 15)), 0};
+        const Vector b{static_cast<float>(whole(-15, 15)), static_cast<float>(whole(-15, 15)), 0};
+        const Vector origin{32 + static_cast<float>(whole(0, 255)) / 256, 32 + static_cast<float>(whole(0, 255)) / 256,
+                            0.5F};
+        const int area = std::abs(static_cast<int>(a.x * b.y - a.y * b.x));
+        EXPECT_EQ(CountFaces({{origin, origin + a, origin + a + b, origin + b}}), area) << "round " << round;
+    }
+}
+
+TEST_P(Coverage, draws_shared_edges_exactly_once)
+{
+    // A blend that happens twice, or not at all, shows. Sorted triangles leave the depth alone, so none hides another.
+    PassState pass = PixelPass(Side, Side);
+    std::mt19937 engine{4};
+    const auto jitter = [&] { return static_cast<float>(engine() % 4096) / 512.0F - 4; };
+    for (int round = 0; round < 20; ++round)
+    {
+        constexpr int Cells = 6;
+        std::array<std::array<Vector, Cells + 1>, Cells + 1> grid;
+        for (int row = 0; row <= Cells; ++row)
+            for (int column = 0; column <= Cells; ++column)
+            {
+                const bool isInner = row % Cells != 0 && column % Cells != 0;
+                grid[row][column] = {static_cast<float>(column * 12 - 4) + (isInner ? jitter() : 0),
+                                     static_cast<float>(row * 12 - 4) + (isInner ? jitter() : 0), 0.5F};
+            }
+        MeshMaker maker;
+        maker.color = HalfWhite;
+        const auto face = [&](Vector a, Vector b, Vector c) {
+            maker.Face({{a, 0, 0, {}, {}}, {b, 0, 0, {}, {}}, {c, 0, 0, {}, {}}});
+        };
+        for (int row = 0; row < Cells; ++row)
+            for (int column = 0; column < Cells; ++column)
+            {
+                const Vector middle =
+                    (grid[row][column] + grid[row][column + 1] + grid[row + 1][column] + grid[row + 1][column + 1]) *
+                    0.25F;
+                face(grid[row][column], grid[row][column + 1], middle);
+                face(grid[row][column + 1], grid[row + 1][column + 1], middle);
+                face(grid[row + 1][column + 1], grid[row + 1][column], middle);
+                face(grid[row + 1][column], grid[row][column], middle);
+            }
+        // Triangles may fold over each other, but a fold covers by winding: two ways forth and one back.
+        pass.cull = CullMode::CounterClockwise;
+        const Canvas canvas = Draw(pass, {UnlitItem(maker.Make())});
+        int wrong = 0;
+        for (int y = 0; y < Side; ++y)
+            for (int x = 0; x < Side; ++x)
+                wrong += canvas.At(x, y) != 0x808080U ? 1 : 0;
+        EXPECT_EQ(wrong, 0) << "round " << round;
+    }
+}
+
+TEST_P(Coverage, leaves_out_the_winding_that_is_culled)
+{
+    // Clockwise on the screen, whose y goes down.
+    const auto clockwise = UnlitItem(OneFace({{10, 10, 0.5F}, {30, 10, 0.5F}, {10, 30, 0.5F}}));
+    const auto counter = UnlitItem(OneFace({{10, 10, 0.5F}, {10, 30, 0.5F}, {30, 10, 0.5F}}));
+    for (const auto& [cull, isClockwiseSeen, isCounterSeen] :
+         {std::tuple{CullMode::None, true, true}, std::tuple{CullMode::Clockwise, false, true},
+          std::tuple{CullMode::CounterClockwise, true, false}})
+    {
+        for (const FillStyle fill : {FillStyle::Solid, FillStyle::Wireframe, FillStyle::Points})
+        {
+            PassState pass = PixelPass(Side, Side);
+            pass.cull = cull;
+            DrawItem item = clockwise;
+            item.fill = fill;
+            EXPECT_EQ(Draw(pass, {item}).CountNot(0) > 0, isClockwiseSeen) << static_cast<int>(cull);
+            item = counter;
+            item.fill = fill;
+            EXPECT_EQ(Draw(pass, {item}).CountNot(0) > 0, isCounterSeen) << static_cast<int>(cull);
+        }
+    }
+}
+
+TEST_P(Coverage, draws_only_inside_the_scissor)
+{
+    PassState pass = PixelPass(Side, Side);
+    pass.scissor = {10, -5, 1000, 30};
+    const auto screen = Quad(-10, 80, 80, -10, 0.5F, White);
+    const Canvas canvas = Draw(pass, {UnlitItem(screen)});
+    EXPECT_EQ(canvas.CountNot(0), 54 * 30);
+    EXPECT_EQ(canvas.At(9, 0), 0U);
+    EXPECT_EQ(canvas.At(63, 29), 0xFFFFFFU);
+    pass.scissor = {40, 40, 30, 50};
+    EXPECT_EQ(Draw(pass, {UnlitItem(screen)}).CountNot(0), 0);
+}
+
+TEST_P(Coverage, shows_the_nearer_surface_and_the_later_of_equal_ones)
+{
+    const auto quad = [](float z, std::uint32_t color) { return UnlitItem(Quad(10, 30, 30, 10, z, color)); };
+    const PassState pass = PixelPass(Side, Side);
+    EXPECT_EQ(Draw(pass, {quad(0.25F, 0xFFFF0000), quad(0.75F, 0xFF00FF00)}).At(20, 20), 0xFF0000U);
+    EXPECT_EQ(Draw(pass, {quad(0.75F, 0xFF00FF00), quad(0.25F, 0xFFFF0000)}).At(20, 20), 0xFF0000U);
+    EXPECT_EQ(Draw(pass, {quad(0.5F, 0xFF00FF00), quad(0.5F, 0xFF0000FF)}).At(20, 20), 0x0000FFU);
+    EXPECT_EQ(Draw(pass, {quad(1, 0xFF00FF00)}).At(20, 20), 0x00FF00U) << "the far plane itself is visible";
+    EXPECT_EQ(Draw(pass, {quad(1.01F, 0xFF00FF00)}).CountNot(0), 0);
+    EXPECT_EQ(Draw(pass, {quad(-0.01F, 0xFF00FF00)}).CountNot(0), 0);
+}
+
+TEST_P(Coverage, interpenetrating_surfaces_meet_where_their_depths_are_equal)
+{
+    const auto slope = [](float left, float right, std::uint32_t color) {
+        return UnlitItem(OneFace({{0, 0, left}, {64, 0, right}, {64, 64, right}, {0, 64, left}}, color));
+    };
+    // Depths x / 64 and (64 - x) / 64 cross at x = 32, where either may win.
+    const Canvas canvas = Draw(PixelPass(Side, Side), {slope(0, 1, 0xFFFF0000), slope(1, 0, 0xFF00FF00)});
+    for (int x = 0; x < 32; ++x)
+    {
+        EXPECT_EQ(canvas.At(x, 20), 0xFF0000U) << x;
+        EXPECT_EQ(canvas.At(63 - x, 20), x < 31 ? 0x00FF00U : canvas.At(32, 20)) << x;
+    }
+}
+
+TEST_P(Coverage, clears_color_and_depth_apart_and_only_inside_the_area)
+{
+    Canvas canvas{Side, Side};
+    driver_->SetTarget(canvas.View());
+    const auto draw = [&](float z, std::uint32_t color)
+    {
+        driver_->Begin(PixelPass(Side, Side));
+        driver_->Draw(UnlitItem(Quad(-10, 80, 80, -10, z, color)));
+        driver_->End();
+        driver_->Finish();
+    };
+    driver_->Clear({true, true}, canvas.View().Bounds(), 0);
+    draw(0.25F, 0xFFFF0000);
+    driver_->Clear({false, true}, {-100, -100, 20, 20}, 0x123456);
+    driver_->Clear({true, false}, {40, 40, 1000, 1000}, 0x123456);
+    driver_->Finish();
+    EXPECT_EQ(canvas.At(10, 10), 0xFF0000U);
+    EXPECT_EQ(canvas.At(50, 50), 0x123456U);
+    draw(0.75F, 0xFF00FF00);
+    EXPECT_EQ(canvas.At(10, 10), 0x00FF00U) << "the depth was cleared here";
+    EXPECT_EQ(canvas.At(30, 30), 0xFF0000U);
+    EXPECT_EQ(canvas.At(50, 50), 0x123456U) << "the depth was kept here";
+    EXPECT_FALSE(canvas.IsMarginTouched());
+}
+
+TEST_P(Coverage, starts_a_new_target_with_the_farthest_depth)
+{
+    const auto quad = UnlitItem(Quad(-10, 80, 80, -10, 0.9F, White));
+    const auto nearer = UnlitItem(Quad(-10, 80, 80, -10, 0.1F, White));
+    Draw(PixelPass(Side, Side), {nearer});
+    Canvas other{Side + 9, Side + 3};
+    driver_->SetTarget(other.View());
+    driver_->Clear({true, false}, other.View().Bounds(), 0);
+    driver_->Begin(PixelPass(Side, Side));
+    driver_->Draw(quad);
+    driver_->End();
+    driver_->Finish();
+    EXPECT_EQ(other.CountNot(0), Side * Side);
+}
+
+// --- numbers that nobody should send ---
+
+TEST_P(Coverage, draws_nothing_for_faces_without_area_or_with_numbers_that_are_none)
+{
+    const float z = 0.5F;
+    const std::vector<std::vector<Vector>> faces{
+        {{10, 10, z}, {10, 10, z}, {10, 10, z}},         {{10, 10, z}, {20, 20, z}, {40, 40, z}},
+        {{10, 10, z}, {NotANumber, 20, z}, {40, 10, z}}, {{10, 10, z}, {30, 20, NotANumber}, {40, 10, z}},
+        {{10, 10, z}, {Infinite, 20, z}, {40, 10, z}},   {{10, 10, z}, {30, -Infinite, z}, {40, 10, z}},
+        {{10, 10, z}, {30, 20, Infinite}, {40, 10, z}}};
+    for (const std::vector<Vector>& face : faces)
+        EXPECT_EQ(CountFaces({face}), 0) << ::testing::PrintToString(&face - faces.data());
+    for (const FillStyle fill : {FillStyle::Wireframe, FillStyle::Points})
+        for (std::size_t i = 2; i < faces.size(); ++i)
+            EXPECT_LE(DrawFaces({faces[i]}, fill).CountNot(0), 30) << "only what touches no such number";
+}
+
+TEST_P(Coverage, refuses_a_target_without_pixels_or_memory_and_keeps_the_old_one)
+{
+    Canvas canvas{Side, Side};
+    driver_->SetTarget(canvas.View());
+    constexpr int Huge = std::numeric_limits<int>::max();
+    EXPECT_THROW(driver_->SetTarget({canvas.View().pixels, Huge, Huge, Huge}), RuntimeError);
+    EXPECT_THROW(driver_->SetTarget({nullptr, 4, 4, 4}), RuntimeError);
+    EXPECT_THROW(driver_->SetTarget({canvas.View().pixels, -4, 4, 4}), RuntimeError);
+    driver_->Clear({true, true}, canvas.View().Bounds(), 0);
+    driver_->Begin(PixelPass(Side, Side));
+    driver_->Draw(UnlitItem(Quad(-10, 80, 80, -10, 0.5F, White)));
+    driver_->End();
+    driver_->Finish();
+    EXPECT_EQ(canvas.CountNot(0), Side * Side);
+}
+
+TEST_P(Coverage, draws_nothing_into_a_target_without_area)
+{
+    std::uint32_t pixel = 7;
+    driver_->SetTarget({&pixel, 0, 5, 1});
+    driver_->Clear({true, true}, {0, 0, 5, 5}, 0);
+    driver_->Begin(PixelPass(Side, Side));
+    driver_->Draw(UnlitItem(Quad(-10, 80, 80, -10, 0.5F, White)));
+    driver_->End();
+    driver_->Finish();
+    EXPECT_EQ(pixel, 7U);
+}
+
+TEST_P(Coverage, survives_arbitrary_numbers)
+{
+    // Any 32 bits are a float: half of these are huge, tiny, infinite or none.
+    std::mt19937 engine{99};
+    const auto strange = [&]() -> float
+    {
+        const std::uint32_t bits = engine();
+        return bits % 3 == 0 ? std::bit_cast<float>(static_cast<std::uint32_t>(engine()))
+                             : static_cast<float>(bits % 200) / 10 - 10;
+    };
+    for (int round = 0; round < 300; ++round)
+    {
+        PassState pass = round % 2 == 0 ? PerspectivePass(Side, Side, {}) : PixelPass(Side, Side);
+        pass.filter = static_cast<TextureFilter>(engine() % 6);
+        pass.transparency = static_cast<Transparency>(engine() % 3);
+        pass.fog = {
+            static_cast<FogMode>(engine() % 4), {strange(), strange(), strange()}, strange(), strange(), strange()};
+        if (round % 5 == 0)
+            pass.cameraToClip.m[engine() % 4][engine() % 4] = strange();
+        LightState light;
+        light.kind = static_cast<LightKind>(engine() % 4);
+        light.position = {strange(), strange(), strange()};
+        light.direction = {strange(), strange(), strange()};
+        light.range = strange();
+        light.linearAttenuation = strange();
+        light.umbra = strange();
+        const std::vector<LightState> lights{light};
+        pass.lights = lights;
+        MeshMaker maker;
+        SurfaceMaterial material;
+        material.power = strange();
+        maker.Group(material, engine() % 2 == 0 ? Ramp(8, 8, 0x80) : nullptr);
+        for (int face = 0; face < 10; ++face)
+        {
+            std::vector<Corner> corners;
+            for (int corner = 0; corner < 3; ++corner)
+                corners.push_back({{strange(), strange(), strange()},
+                                   strange(),
+                                   strange(),
+                                   Vector{strange(), strange(), strange()},
+                                   static_cast<std::uint32_t>(engine())});
+            maker.Face(corners);
+        }
+        DrawItem item;
+        item.mesh = maker.Make();
+        item.fill = static_cast<FillStyle>(engine() % 3);
+        item.gouraud = engine() % 2 == 0;
+        item.world.m[engine() % 4][engine() % 3] = strange();
+        Draw(pass, {item});
+    }
+}
+
+TEST_P(Coverage, survives_huge_numbers)
+{
+    constexpr float Huge = 3e38F;
+    // The corner at the top left is far outside, and so are both others: the screen is inside.
+    EXPECT_EQ(CountFaces({{{-1e6F, -1e6F, 0.5F}, {3e6F, -1e6F, 0.5F}, {-1e6F, 3e6F, 0.5F}}}), Side * Side);
+    DrawFaces({{{-Huge, -Huge, 0.5F}, {Huge, -Huge, 0.5F}, {0, Huge, 0.5F}}});
+    DrawFaces({{{-Huge, 5, -Huge}, {Huge, 10, Huge}, {0, Huge, 0.5F}}}, FillStyle::Wireframe);
+    PassState pass = PerspectivePass(Side, Side, {});
+    Draw(pass, {UnlitItem(OneFace({{-Huge, -Huge, Huge}, {0, Huge, -Huge}, {Huge, 0, Huge}}))});
+    pass.halfWidth = 1e300;
+    Draw(pass, {UnlitItem(OneFace({{-1, -1, 0}, {0, 1, 0}, {1, -1, 0}}))});
+    pass.halfWidth = std::nan("");
+    Draw(pass, {UnlitItem(OneFace({{-1, -1, 0}, {0, 1, 0}, {1, -1, 0}}))});
+}
+
+// --- perspective ---
+
+/// The place on a triangle that a ray from the eye through a pixel hits, as weights of the corners.
+struct Hit
+{
+    bool isHit = false;
+    std::array<double, 3> weights{};
+};
+
+Hit Cast(const std::array<Double3, 3>& corners, const CameraPlace& place, int side, double x, double y)
+{
+    // The camera stands at the origin and looks along z in these tests.
+    const Double3 ray{place.field * (2 * (x + 0.5) / side - 1), place.field * (1 - 2 * (y + 0.5) / side), place.front};
+    const Double3 normal = Cross(corners[1] - corners[0], corners[2] - corners[0]);
+    const double t = Dot(normal, corners[0]) / Dot(normal, ray);
+    const Double3 point = ray * t;
+    Hit hit{point.z >= place.front && point.z <= place.back, {}};
+    for (int i = 0; i < 3; ++i)
+    {
+        const Double3& a = corners[(i + 1) % 3];
+        const Double3& b = corners[(i + 2) % 3];
+        hit.weights[i] = Dot(Cross(b - a, point - a), normal) / Dot(normal, normal);
+        hit.isHit = hit.isHit && hit.weights[i] >= 0;
+    }
+    return hit;
+}
+
+TEST_P(Coverage, sees_what_rays_from_the_eye_hit_however_triangles_are_clipped)
+{
+    const CameraPlace place{{0, 0, 0}, {0, 0, 1}, 0.5, 1, 20};
+    PassState pass = PerspectivePass(Side, Side, place);
+    std::mt19937 engine{77};
+    const auto number = [&](double limit) { return limit * (static_cast<double>(engine() >> 8) / (1 << 23) - 1); };
+    int compared = 0;
+    int seen = 0;
+    for (int round = 0; round < 150; ++round)
+    {
+        // Many pass through the near plane, the eye's own plane and the sides.
+        std::array<Double3, 3> corners;
+        MeshMaker maker;
+        std::vector<Corner> face;
+        for (int i = 0; i < 3; ++i)
+        {
+            const Vector corner = Double3{number(6), number(6), number(6) + 4}.ToVector();
+            corners[i] = corner;
+            face.push_back({corner, 0, 0, {}, 0xFF000000U | 0xFFU << (8 * i)});
+        }
+        const Canvas canvas = Draw(pass, {UnlitItem(maker.Face(face).Make())});
+        for (int y = 0; y < Side; y += 3)
+            for (int x = 0; x < Side; x += 3)
+            {
+                const Hit hit = Cast(corners, place, Side, x, y);
+                const auto agrees = [&](double dx, double dy)
+                { return Cast(corners, place, Side, x + dx, y + dy).isHit == hit.isHit; };
+                constexpr double Near = 0.02;
+                if (!agrees(Near, Near) || !agrees(-Near, Near) || !agrees(Near, -Near) || !agrees(-Near, -Near))
+                    continue; // an edge passes by
+                ++compared;
+                seen += hit.isHit ? 1 : 0;
+                const Channels color = ChannelsOf(canvas.At(x, y));
+                const auto expected = [&](int i) { return hit.isHit ? 255 * hit.weights[i] : 0; };
+                ASSERT_NEAR(color.blue, expected(0), 2) << "round " << round << " at " << x << ", " << y;
+                ASSERT_NEAR(color.green, expected(1), 2) << "round " << round << " at " << x << ", " << y;
+                ASSERT_NEAR(color.red, expected(2), 2) << "round " << round << " at " << x << ", " << y;
+            }
+    }
+    EXPECT_GT(compared, 50000);
+    EXPECT_GT(seen, 3000);
+}
+
+// --- lines and points ---
+
+TEST_P(Coverage, draws_one_pixel_per_step_of_a_line)
+{
+    // Expected by the rule itself in exact arithmetic: m whole with min <= m < max, minor rounded half up.
+    struct Line
+    {
+        Vector from, to;
+        std::vector<std::pair<int, int>> pixels;
+    };
+    const std::vector<Line> lines{
+        {{2, 3, 0.5F}, {6, 3, 0.5F}, {{2, 3}, {3, 3}, {4, 3}, {5, 3}}},
+        {{6, 3, 0.5F}, {2, 3, 0.5F}, {{2, 3}, {3, 3}, {4, 3}, {5, 3}}},
+        {{2, 3, 0.5F}, {6, 5, 0.5F}, {{2, 3}, {3, 4}, {4, 4}, {5, 5}}},
+        {{2.25F, 3, 0.5F}, {4.5F, 3, 0.5F}, {{3, 3}, {4, 3}}},
+        {{2.25F, 3, 0.5F}, {4.25F, 5, 0.5F}, {{3, 4}, {4, 5}}}, // as wide as high counts as wide
+        {{7, 2, 0.5F}, {5, 6, 0.5F}, {{7, 2}, {7, 3}, {6, 4}, {6, 5}}},
+        {{7.25F, 2.5F, 0.5F}, {7.5F, 2.5F, 0.5F}, {{7, 3}}}, // no whole column between: the nearest pixel
+    };
+    for (const Line& line : lines)
+    {
+        // A mesh whose only edge this is: drivers draw edges, not faces, in wireframe.
+        auto mesh = std::make_shared<DrawMesh>(*OneFace({line.from, line.to, {60, 60, 0.5F}}));
+        mesh->edges = {{0, 1, 0, DrawMesh::NoFace}};
+        mesh->groups[0].edgeCount = 1;
+        mesh->identity += 1U << 30;
+        const Canvas canvas = Draw(PixelPass(Side, Side), {UnlitItem(mesh, FillStyle::Wireframe)});
+        EXPECT_EQ(canvas.CountNot(0), static_cast<int>(line.pixels.size()))
+            << line.from.x << ", " << line.from.y << " to " << line.to.x << ", " << line.to.y;
+        for (const auto& [x, y] : line.pixels)
+            EXPECT_EQ(canvas.At(x, y), 0xFFFFFFU) << x << ", " << y;
+    }
+}
+
+TEST_P(Coverage, draws_the_sides_of_a_face_but_not_its_triangles)
+{
+    const Canvas canvas =
+        DrawFaces({{{10, 10, 0.5F}, {50, 10, 0.5F}, {50, 50, 0.5F}, {10, 50, 0.5F}}}, FillStyle::Wireframe);
+    EXPECT_EQ(canvas.CountNot(0), 40 * 4 - 1) << "two horizontal and two vertical runs share the top-left corner";
+    EXPECT_EQ(canvas.At(30, 30), 0U);
+}
+
+TEST_P(Coverage, draws_an_edge_once_however_many_faces_share_it)
+{
+    // A fold in the middle of a sheet, translucent: drawn twice it would be brighter than the other sides.
+    MeshMaker maker;
+    maker.color = HalfWhite;
+    const auto quad = [&](float left, float right)
+    {
+        maker.Face({{{left, 10, 0.5F}, 0, 0, {}, {}},
+                    {{right, 10, 0.5F}, 0, 0, {}, {}},
+                    {{right, 50, 0.5F}, 0, 0, {}, {}},
+                    {{left, 50, 0.5F}, 0, 0, {}, {}}});
+    };
+    quad(10, 30);
+    quad(30, 55);
+    PassState pass = PixelPass(Side, Side);
+    pass.transparency = Transparency::Blended;
+    const Canvas canvas = Draw(pass, {UnlitItem(maker.Make(), FillStyle::Wireframe)});
+    for (const int x : {10, 30, 55})
+        EXPECT_EQ(canvas.At(x, 20), 0x808080U) << x;
+}
+
+TEST_P(Coverage, flat_lines_take_the_color_of_their_face_and_smooth_ones_blend_their_ends)
+{
+    MeshMaker maker;
+    maker.Face({{{10, 10, 0.5F}, 0, 0, {}, 0xFFFF0000},
+                {{50, 10, 0.5F}, 0, 0, {}, 0xFF0000FF},
+                {{50, 50, 0.5F}, 0, 0, {}, 0xFF0000FF}});
+    DrawItem item = UnlitItem(maker.Make(), FillStyle::Wireframe);
+    EXPECT_EQ(Draw(PixelPass(Side, Side), {item}).At(50, 30), 0x0000FFU);
+    const Channels middle = ChannelsOf(Draw(PixelPass(Side, Side), {item}).At(30, 10));
+    EXPECT_NEAR(middle.red, 127.5, 1);
+    EXPECT_NEAR(middle.blue, 127.5, 1);
+    item.gouraud = false;
+    EXPECT_EQ(Draw(PixelPass(Side, Side), {item}).At(50, 30), 0xFF0000U) << "of the face's first vertex";
+}
+
+TEST_P(Coverage, draws_the_pixel_nearest_to_a_point)
+{
+    const Canvas canvas =
+        DrawFaces({{{10.4F, 10.4F, 0.5F}, {20.5F, 10.6F, 0.5F}, {30.6F, 40.5F, 0.5F}}}, FillStyle::Points);
+    EXPECT_EQ(canvas.CountNot(0), 3);
+    EXPECT_EQ(canvas.At(10, 10), 0xFFFFFFU);
+    EXPECT_EQ(canvas.At(21, 11), 0xFFFFFFU);
+    EXPECT_EQ(canvas.At(31, 41), 0xFFFFFFU);
+}
+
+TEST_P(Coverage, lines_and_points_are_hidden_by_what_is_nearer)
+{
+    const std::vector<Vector> face{{10, 10, 0.5F}, {50, 10, 0.5F}, {50, 50, 0.5F}, {10, 50, 0.5F}};
+    const auto cover = UnlitItem(Quad(-10, 80, 80, -10, 0.25F, 0xFF0000FF));
+    const auto behind = UnlitItem(Quad(-10, 80, 80, -10, 0.75F, 0xFF0000FF));
+    for (const FillStyle fill : {FillStyle::Wireframe, FillStyle::Points})
+    {
+        const auto item = UnlitItem(OneFace(face), fill);
+        EXPECT_EQ(Draw(PixelPass(Side, Side), {cover, item}).CountNot(0x0000FF), 0);
+        EXPECT_GT(Draw(PixelPass(Side, Side), {behind, item}).CountNot(0x0000FF), 3);
+        EXPECT_GT(Draw(PixelPass(Side, Side), {item, behind}).CountNot(0x0000FF), 3) << "they write depth";
+    }
+}
+
+} // namespace
+
+} // namespace lumora::test

@@ -1,0 +1,296 @@
+// Lighting and fog against their closed forms. Faces are flat, so the first corner's light is the whole face's.
+#include "platform/drivers/DriversUnderTest.h"
+#include "platform/drivers/TestCanvas.h"
+#include "platform/drivers/TestMeshes.h"
+#include "platform/drivers/reference/ReferenceDriver.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <numbers>
+
+namespace lumora::test
+{
+
+namespace
+{
+
+constexpr int Side = 16;
+constexpr double Degree = std::numbers::pi / 180;
+
+class Light : public EveryDriver
+{
+protected:
+    /// The color in the middle of a face that looks at the camera (towards -z) from depth 0.5; its first corner,
+    /// where it is lit, is at the origin of x and y.
+    Channels LitBy(const std::vector<LightState>& lights, SurfaceMaterial material = {},
+                   std::uint32_t color = 0xFFFFFFFF)
+    {
+        MeshMaker maker;
+        maker.color = color;
+        maker.Group(material);
+        const float far = 40;
+        maker.Face({{{0, 0, 0.5F}, 0, 0, {}, {}},
+                    {{far, 0, 0.5F}, 0, 0, {}, {}},
+                    {{far, far, 0.5F}, 0, 0, {}, {}},
+                    {{0, far, 0.5F}, 0, 0, {}, {}}});
+        auto mesh = std::make_shared<DrawMesh>(*maker.Make());
+        mesh->faceNormalZ = {-1}; // y goes down in this pass, so the computed one points away
+        pass_.lights = lights;
+        DrawItem item;
+        item.mesh = mesh;
+        item.gouraud = false;
+        Canvas canvas{Side, Side};
+        DrawPicture(*driver_, canvas, pass_, {item});
+        return ChannelsOf(canvas.At(8, 8));
+    }
+
+    PassState pass_ = PixelPass(Side, Side);
+};
+LUMORA_FOR_EVERY_DRIVER(Light);
+
+LightState PointAt(Double3 position, LightKind kind = LightKind::Point)
+{
+    LightState light;
+    light.kind = kind;
+    light.position = position;
+    light.range = 100;
+    return light;
+}
+
+TEST_P(Light, falls_off_with_the_cosine_of_its_angle)
+{
+    for (const double angle : {0.0, 20.0, 45.0, 60.0, 85.0, 90.0, 120.0, 180.0})
+    {
+        const Double3 direction{std::sin(angle * Degree), 0, std::cos(angle * Degree)};
+        const double expected = 255 * std::max(0.0, std::cos(angle * Degree));
+        EXPECT_NEAR(LitBy({DirectionalLight(direction)}).green, expected, 1) << angle;
+    }
+}
+
+TEST_P(Light, multiplies_the_vertex_color_and_adds_the_emissive_one)
+{
+    SurfaceMaterial material;
+    material.emissive = {0.1F, 0, 0.25F};
+    const Channels color =
+        LitBy({AmbientLight(0.25F), DirectionalLight({0, 0, 1}, {0.5F, 0.25F, 0})}, material, 0xFF80FF40);
+    EXPECT_NEAR(color.red, 0.1 * 255 + 128 * 0.75, 1);
+    EXPECT_NEAR(color.green, 255 * 0.5, 1);
+    EXPECT_NEAR(color.blue, 0.25 * 255 + 64 * 0.25, 1);
+}
+
+TEST_P(Light, clamps_what_is_too_bright)
+{
+    const Channels color = LitBy({AmbientLight(0.75F), DirectionalLight({0, 0, 1}, {5, 0.5F, 0})});
+    EXPECT_EQ(color.red, 255);
+    EXPECT_EQ(color.green, 255);
+    EXPECT_NEAR(color.blue, 191.25, 1);
+}
+
+TEST_P(Light, weakens_with_distance_and_ends_at_its_range)
+{
+    for (const double distance : {0.5, 1.0, 3.0, 9.0})
+    {
+        LightState light = PointAt({0, 0, 0.5 - distance});
+        light.constantAttenuation = 1;
+        light.linearAttenuation = 0.5;
+        light.quadraticAttenuation = 0.25;
+        light.range = 8;
+        const double expected = distance > 8 ? 0 : 255 / (1 + 0.5 * distance + 0.25 * distance * distance);
+        EXPECT_NEAR(LitBy({light}).green, expected, 1) << distance;
+    }
+    LightState endless = PointAt({0, 0, -3});
+    endless.constantAttenuation = 0;
+    EXPECT_EQ(LitBy({endless}).green, 255) << "no attenuation at all is full light";
+    EXPECT_EQ(LitBy({PointAt({0, 0, 0.5})}).green, 0) << "a light in the surface itself has no direction";
+}
+
+TEST_P(Light, of_a_spot_falls_off_between_its_cones)
+{
+    for (const double angle : {0.0, 9.0, 15.0, 22.5, 29.0, 31.0, 80.0})
+    {
+        // Straight above the corner, turned away from it by `angle`: the incidence stays 1.
+        LightState light = PointAt({0, 0, -4}, LightKind::Spot);
+        light.direction = {0, std::sin(angle * Degree), std::cos(angle * Degree)};
+        light.umbra = 20 * Degree;
+        light.penumbra = 60 * Degree;
+        const double expected = angle <= 10 ? 255 : angle >= 30 ? 0 : 255 * (30 - angle) / 20;
+        EXPECT_NEAR(LitBy({light}).green, expected, 1) << angle;
+    }
+}
+
+TEST_P(Light, of_a_spot_without_soft_edge_ends_sharply)
+{
+    LightState light = PointAt({0, 0, -4}, LightKind::Spot);
+    light.umbra = 20 * Degree;
+    light.penumbra = 20 * Degree;
+    light.direction = {0, std::sin(9 * Degree), std::cos(9 * Degree)};
+    EXPECT_EQ(LitBy({light}).green, 255);
+    light.direction = {0, std::sin(11 * Degree), std::cos(11 * Degree)};
+    EXPECT_EQ(LitBy({light}).green, 0);
+}
+
+TEST_P(Light, makes_a_highlight_that_is_brightest_in_the_mirror_direction)
+{
+    SurfaceMaterial material;
+    material.power = 10;
+    material.specular = {0.5F, 1, 0.25F};
+    for (const double angle : {0.0, 15.0, 30.0, 60.0})
+    {
+        // Seen along the normal, the half-way vector is at half the light's angle.
+        const Double3 direction{std::sin(angle * Degree), 0, std::cos(angle * Degree)};
+        const double highlight = std::pow(std::cos(angle / 2 * Degree), 10);
+        const Channels color = LitBy({DirectionalLight(direction)}, material, 0xFF000000);
+        EXPECT_NEAR(color.red, 255 * 0.5 * highlight, 1) << angle;
+        EXPECT_NEAR(color.green, 255 * highlight, 1) << angle;
+        EXPECT_NEAR(color.blue, 255 * 0.25 * highlight, 1) << angle;
+    }
+    EXPECT_EQ(LitBy({DirectionalLight({0, 0, -1})}, material, 0xFF000000).green, 0) << "lit from behind";
+    EXPECT_EQ(LitBy({AmbientLight(1)}, material, 0xFF000000).green, 0) << "ambient light has no highlight";
+    material.power = 0;
+    EXPECT_EQ(LitBy({DirectionalLight({0, 0, 1})}, material, 0xFF000000).green, 0);
+}
+
+TEST_P(Light, highlights_follow_the_eye_when_asked_to)
+{
+    SurfaceMaterial material;
+    material.power = 20;
+    pass_.orthographic = false;
+    pass_.eye = {3, 0, -3.5}; // 36.87 degrees off the normal at the first corner
+    const double offAxis = std::atan2(3.0, 4.0);
+    const LightState light = DirectionalLight({0, 0, 1});
+    EXPECT_EQ(LitBy({light}, material, 0xFF000000).green, 255) << "along the view direction";
+    pass_.viewDependentSpecular = true;
+    EXPECT_NEAR(LitBy({light}, material, 0xFF000000).green, 255 * std::pow(std::cos(offAxis / 2), 20), 1);
+    pass_.orthographic = true;
+    EXPECT_EQ(LitBy({light}, material, 0xFF000000).green, 255) << "an orthographic eye is infinitely far";
+}
+
+TEST_P(Light, survives_lights_that_are_no_numbers)
+{
+    LightState light = PointAt({std::nan(""), 0, 0});
+    light.color = {std::nanf(""), INFINITY, -INFINITY};
+    LitBy({light, AmbientLight(std::nanf("")), DirectionalLight({0, 0, 0})});
+    light.kind = LightKind::Spot;
+    light.range = INFINITY;
+    LitBy({light});
+}
+
+TEST_P(Light, turns_normals_with_a_squashed_frame)
+{
+    // A slope of 45 degrees, pressed to a quarter of its depth: its normal (0, 1, -1) becomes (0, 1, -4).
+    MeshMaker maker;
+    maker.Face({{{-20, 40, 20}, 0, 0, {}, {}},
+                {{20, 40, 20}, 0, 0, {}, {}},
+                {{20, 0, -20}, 0, 0, {}, {}},
+                {{-20, 0, -20}, 0, 0, {}, {}}});
+    DrawItem item;
+    item.mesh = maker.Make();
+    item.world.m[2][2] = 0.25;
+    PassState pass = OrthographicPass(Side, Side, {{0, 10, -50}, {0, 10, 0}, 4});
+    const std::vector<LightState> lights{DirectionalLight({0, 0, 1})};
+    pass.lights = lights;
+    for (const bool isMirrored : {false, true})
+    {
+        Canvas canvas{Side, Side};
+        item.world.m[0][0] = isMirrored ? -1 : 1;
+        DrawPicture(*driver_, canvas, pass, {item});
+        const double facing = 4 / std::sqrt(17);
+        EXPECT_NEAR(ChannelsOf(canvas.At(8, 8)).green, 255 * facing, 1) << isMirrored;
+    }
+}
+
+TEST_P(Light, is_interpolated_in_perspective_between_gouraud_corners)
+{
+    // A floor from depth 2 to depth 8, black at the near end and white at the far one: color is linear in depth.
+    MeshMaker maker;
+    maker.Face({{{-50, 0, 8}, 0, 0, {}, 0xFFFFFFFF},
+                {{50, 0, 8}, 0, 0, {}, 0xFFFFFFFF},
+                {{50, 0, 2}, 0, 0, {}, 0xFF000000},
+                {{-50, 0, 2}, 0, 0, {}, 0xFF000000}});
+    DrawItem item;
+    item.mesh = maker.Make();
+    item.lit = false;
+    constexpr int Rows = 200;
+    const CameraPlace place{{0, 1, 0}, {0, 1, 1}, 1, 1, 50};
+    Canvas canvas{Rows, Rows};
+    DrawPicture(*driver_, canvas, PerspectivePass(Rows, Rows, place), {item}, 0x0000FF);
+    for (int y = 115; y < 148; ++y)
+    {
+        const double depth = 1 / (2 * (y + 0.5) / Rows - 1);
+        EXPECT_NEAR(ChannelsOf(canvas.At(100, y)).green, 255 * (depth - 2) / 6, 1) << y;
+    }
+}
+
+// --- fog ---
+
+TEST_P(Light, fog_hides_by_eye_space_depth)
+{
+    const Vector fogColor{0.2F, 0.4F, 0.6F};
+    const std::vector<FogState> fogs{{FogMode::None, fogColor, 2, 10, 0.2},
+                                     {FogMode::Linear, fogColor, 2, 10, 0.2},
+                                     {FogMode::Exponential, fogColor, 2, 10, 0.2},
+                                     {FogMode::ExponentialSquared, fogColor, 2, 10, 0.2}};
+    for (const double depth : {1.5, 4.0, 7.0, 12.0})
+    {
+        const std::array<double, 4> visible{1, std::clamp((10 - depth) / 8, 0.0, 1.0), std::exp(-0.2 * depth),
+                                            std::exp(-0.04 * depth * depth)};
+        for (std::size_t i = 0; i < fogs.size(); ++i)
+        {
+            DrawItem item;
+            item.mesh = Quad(-99, -99, 99, 99, static_cast<float>(depth), 0xFFFF8000);
+            item.lit = false;
+            for (const bool isOrthographic : {false, true})
+            {
+                const CameraPlace place{{0, 0, 0}, {0, 0, 1}, 1, 1, 50};
+                PassState pass =
+                    isOrthographic ? OrthographicPass(Side, Side, place) : PerspectivePass(Side, Side, place);
+                pass.fog = fogs[i];
+                Canvas canvas{Side, Side};
+                DrawPicture(*driver_, canvas, pass, {item});
+                const Channels color = ChannelsOf(canvas.At(1, 14)); // in a corner: depth, not distance, counts
+                EXPECT_NEAR(color.red, 255 * visible[i] + 51 * (1 - visible[i]), 1) << depth << " mode " << i;
+                EXPECT_NEAR(color.green, 128 * visible[i] + 102 * (1 - visible[i]), 1) << depth << " mode " << i;
+                EXPECT_NEAR(color.blue, 153 * (1 - visible[i]), 1) << depth << " mode " << i;
+            }
+        }
+    }
+}
+
+TEST_P(Light, fog_of_no_length_is_a_wall)
+{
+    PassState pass = PixelPass(Side, Side);
+    pass.fog = {FogMode::Linear, {1, 1, 1}, 0.5, 0.5, 0};
+    for (const auto& [depth, expected] : {std::pair{0.25F, 0x000000U}, std::pair{0.75F, 0xFFFFFFU}})
+    {
+        DrawItem item;
+        item.mesh = Quad(-9, 90, 90, -9, depth, 0xFF000000);
+        item.lit = false;
+        Canvas canvas{Side, Side};
+        DrawPicture(*driver_, canvas, pass, {item}, 0x00FF00);
+        EXPECT_EQ(canvas.At(8, 8), expected) << depth;
+    }
+}
+
+TEST(MonochromeLight, takes_the_luminance_of_every_light_and_leaves_surfaces_colored)
+{
+    PassState pass = PixelPass(Side, Side);
+    LightState ambient = AmbientLight(0);
+    ambient.color = {0, 0, 0.5F};
+    const std::vector<LightState> lights{ambient, DirectionalLight({0, 0, 1}, {1, 0, 0})};
+    pass.lights = lights;
+    DrawItem item;
+    auto mesh = std::make_shared<DrawMesh>(*Quad(-9, 90, 90, -9, 0.5F, 0xFFFF8000));
+    mesh->faceNormalZ = {-1};
+    item.mesh = mesh;
+    item.gouraud = false;
+    Canvas canvas{Side, Side};
+    DrawPicture(*MakeReferenceDriver({true}), canvas, pass, {item});
+    const double white = 0.299 + 0.5 * 0.114;
+    EXPECT_NEAR(ChannelsOf(canvas.At(8, 8)).red, 255 * white, 1);
+    EXPECT_NEAR(ChannelsOf(canvas.At(8, 8)).green, 128 * white, 1);
+    EXPECT_EQ(ChannelsOf(canvas.At(8, 8)).blue, 0);
+}
+
+} // namespace
+
+} // namespace lumora::test
