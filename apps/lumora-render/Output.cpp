@@ -58,6 +58,17 @@ fs::path Target(const std::string& path)
     return path;
 }
 
+// Hidden, in the same folder, and of this process alone.
+fs::path PartBeside(const fs::path& target)
+{
+    std::string name{"."};
+    name += target.filename().string();
+    name += '.';
+    name += std::to_string(::getpid());
+    name += ".part.png";
+    return target.parent_path() / name;
+}
+
 [[noreturn]] void RaiseUnwritable(const std::string& path, const std::string& reason)
 {
     throw RuntimeError{error::PathFileAccess, Source, "Cannot write \"" + path + "\": " + reason + "."};
@@ -111,8 +122,7 @@ void WritePicture(const std::string& path, const PixelView& pixels)
 {
     CheckOutputPlace(path);
     const fs::path target = Target(path);
-    const fs::path temporary =
-        target.parent_path() / ("." + target.filename().string() + "." + std::to_string(::getpid()) + ".part.png");
+    const fs::path temporary = PartBeside(target);
     std::error_code problem;
     try
     {
