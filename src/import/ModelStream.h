@@ -29,7 +29,7 @@ inline constexpr std::uint32_t MaximumWarnings = 32;
 inline constexpr int ResultDescriptor = 3;   ///< the shared memory file, empty at first
 inline constexpr int ProgressDescriptor = 4; ///< a pipe: each byte is a percentage, 0..100
 
-/// Exit codes of the worker; with the last two, one sentence lies in its standard error.
+/// Exit codes of the worker; the last line of its standard error says why.
 inline constexpr int ExitFinished = 0;
 inline constexpr int ExitUnreadable = 10;
 inline constexpr int ExitOutOfMemory = 11;

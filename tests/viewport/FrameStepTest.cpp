@@ -240,6 +240,24 @@ TEST(FrameStep, an_anti_aliased_picture_lies_where_the_plain_one_does)
     }
 }
 
+TEST(FrameStep, every_sample_of_the_outermost_pixels_is_drawn)
+{
+    for (const auto antiAlias : {tdlNone, tdl2X, tdl4X})
+    {
+        auto bag = UsualSettings();
+        bag.Set("ExposeDDSurface", true);
+        bag.Set("AntiAlias", std::int32_t{antiAlias});
+        LiveControl control{bag};
+        const auto scene = AmbientScene(1);
+        scene->AddVisual(Square(0, 0, 10, 100, Red));
+        control->SetScene(scene);
+        control->RenderScene();
+        for (const int x : {0, 1, Side - 1})
+            for (const int y : {0, 1, Side - 1})
+                EXPECT_EQ(control.PixelAt(x, y), FullRed) << x << ", " << y << " at " << antiAlias;
+    }
+}
+
 TEST(FrameStep, accumulation_draws_over_the_picture_before)
 {
     auto bag = UsualSettings();

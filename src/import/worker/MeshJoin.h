@@ -1,4 +1,4 @@
-// Makes one of equal vertices. Assimp's own step does the same in six times the time.
+// Makes one of equal vertices. Assimp's own step takes a multiple of the time.
 #pragma once
 
 #include <assimp/mesh.h>

@@ -21,6 +21,8 @@ constexpr const char* Source = "Frame";
 // Rays that meet a side shared by two triangles must not slip between them.
 constexpr double EdgeSlack = 1e-9;
 
+constexpr double Missed = std::numeric_limits<double>::infinity();
+
 struct Interval
 {
     double first = 0;
@@ -63,26 +65,27 @@ double MarginOf(const Box& box)
     return 1e-9 * (double{size.x} + size.y + size.z + far.x + far.y + far.z);
 }
 
-// Möller and Trumbore: both sides of the triangle count; parallel rays and triangles without area are missed.
-std::optional<double> MeetsTriangle(const WorldRay& ray, Double3 a, Double3 b, Double3 c)
+// Möller and Trumbore: both sides of the triangle count; parallel rays and triangles without area are missed. The
+// distance, or Missed.
+double MeetsTriangle(const WorldRay& ray, Double3 a, Double3 b, Double3 c)
 {
     const Double3 ab = b - a;
     const Double3 ac = c - a;
     const Double3 p = Cross(ray.direction, ac);
     const double determinant = Dot(ab, p);
     if (determinant == 0 || !std::isfinite(determinant))
-        return std::nullopt;
+        return Missed;
     const double inverse = 1.0 / determinant;
     const Double3 from = ray.origin - a;
     const double u = Dot(from, p) * inverse;
     if (!(u >= -EdgeSlack && u <= 1 + EdgeSlack))
-        return std::nullopt;
+        return Missed;
     const Double3 q = Cross(from, ab);
     const double v = Dot(ray.direction, q) * inverse;
     if (!(v >= -EdgeSlack && u + v <= 1 + EdgeSlack))
-        return std::nullopt;
+        return Missed;
     const double t = Dot(ac, q) * inverse;
-    return t >= 0 && std::isfinite(t) ? std::optional{t} : std::nullopt;
+    return t >= 0 && std::isfinite(t) ? t : Missed;
 }
 
 struct FaceHit
@@ -98,14 +101,14 @@ void FindFaces(const DrawMesh& mesh, const WorldRay& ray, std::vector<FaceHit>& 
     for (std::uint32_t triangle = 0; triangle < mesh.TriangleCount(); ++triangle)
     {
         const std::uint32_t* corner = &mesh.indices[3 * std::size_t{triangle}];
-        const auto distance = MeetsTriangle(ray, at(corner[0]), at(corner[1]), at(corner[2]));
-        if (!distance)
+        const double distance = MeetsTriangle(ray, at(corner[0]), at(corner[1]), at(corner[2]));
+        if (distance == Missed)
             continue;
         const std::uint32_t face = mesh.triangleFace[triangle];
         if (!hits.empty() && hits.back().face == face)
-            hits.back().distance = std::min(hits.back().distance, *distance);
+            hits.back().distance = std::min(hits.back().distance, distance);
         else
-            hits.push_back({face, *distance});
+            hits.push_back({face, distance});
     }
 }
 

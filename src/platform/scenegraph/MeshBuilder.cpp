@@ -17,6 +17,8 @@ namespace
 
 constexpr const char* Source = "MeshBuilder";
 
+constexpr Color White = 0xFFFFFFFF;
+
 // ReserveSpace believes a caller up to this many elements; beyond, the arrays grow as they fill.
 constexpr std::size_t MaximumReserve = std::size_t{1} << 22;
 
@@ -209,8 +211,14 @@ std::shared_ptr<Face> MeshBuilder::CreateFace()
     RequireRoom(data_, 0, 0, 0, 1);
     const std::size_t face = data_.FaceCount();
     auto view = ViewOf(face);
-    Grow(data_.faceStart, 1);
-    data_.color.Append(0xFFFFFFFF, 1, face);
+    RequireMemory(
+        [&]
+        {
+            Grow(data_.faceStart, 1);
+            data_.color.Reserve(White, 1, face);
+            data_.look.Reserve(0, 1, face);
+        });
+    data_.color.Append(White, 1, face);
     data_.look.Append(0, 1, face);
     data_.faceStart.push_back(data_.faceStart.back());
     Changed();
@@ -285,9 +293,11 @@ std::int32_t MeshBuilder::AddFaces(std::span<const Vector> vertices, std::span<c
                 ListNormals(data_);
             if (!data_.cornerNormal.empty() || !normals.empty())
                 Grow(data_.cornerNormal, size.corners);
-            data_.color.Append(0xFFFFFFFF, size.faces, firstFace);
-            data_.look.Append(0, size.faces, firstFace);
+            data_.color.Reserve(White, size.faces, firstFace);
+            data_.look.Reserve(0, size.faces, firstFace);
         });
+    data_.color.Append(White, size.faces, firstFace);
+    data_.look.Append(0, size.faces, firstFace);
     AppendFaceList(data_, faceList, static_cast<std::uint32_t>(data_.vertices.size()),
                    static_cast<std::uint32_t>(data_.normals.size()), !normals.empty());
     data_.vertices.insert(data_.vertices.end(), vertices.begin(), vertices.end());

@@ -5,6 +5,7 @@
 #include "platform/scenegraph/Material.h"
 #include "platform/scenegraph/Texture.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -36,6 +37,16 @@ public:
             return;
         Spread(count);
         values_[face] = value;
+    }
+
+    /// Allocates what Append with the same arguments needs, which then cannot fail.
+    void Reserve(T value, std::size_t more, std::size_t count)
+    {
+        if (count == 0 || (values_.empty() && value == common_))
+            return;
+        Spread(count);
+        if (count + more > values_.capacity())
+            values_.reserve(std::max(count + more, 2 * values_.capacity()));
     }
 
     /// For `more` faces after the first `count`.

@@ -25,6 +25,8 @@ std::vector<LightState> LightsOf(Frame& root, Double3 viewDirection)
     std::vector<LightState> lights;
     const auto collect = [&](Frame& frame)
     {
+        if (frame.Lights().empty() || !lumora::IsFinite(frame.WorldTransform()))
+            return;
         for (const auto& light : frame.Lights())
             lights.push_back(light->In(frame.WorldTransform()));
     };
@@ -78,6 +80,24 @@ bool IsOutside(const Box& box, const Matrix4& toClip)
 std::uint32_t Lower(std::uint32_t a, std::uint32_t b, std::uint32_t mask)
 {
     return std::min(a & mask, b & mask);
+}
+
+// Moves clip space so that its sides meet the outer edges of the viewport's pixels: coordinates count pixel centres, and the
+// view's left edge runs through the centres of the first column, half of which it would cut off where pixels are sampled
+// more than once. Every point keeps its device coordinates.
+void FitClipSpaceToPixels(PassState& pass, const PixelRect& rect)
+{
+    const double centreX = rect.left + rect.Width() / 2.0 - 0.5;
+    const double centreY = rect.top + rect.Height() / 2.0 - 0.5;
+    const double shiftX = (pass.centreX - centreX) / pass.halfWidth;
+    const double shiftY = (centreY - pass.centreY) / pass.halfHeight;
+    for (auto& row : pass.cameraToClip.m)
+    {
+        row[0] += row[3] * shiftX;
+        row[1] += row[3] * shiftY;
+    }
+    pass.centreX = centreX;
+    pass.centreY = centreY;
 }
 
 // A driver's pass ends however its drawing goes.
@@ -149,6 +169,7 @@ PassState RMViewport::MakePass(const Matrix4& worldToCamera) const
     pass.halfWidth = map.halfWidth;
     pass.halfHeight = map.halfHeight;
     pass.scissor = rect_;
+    FitClipSpaceToPixels(pass, rect_);
     pass.cull = device_->GetCullMode();
     pass.filter = static_cast<TextureFilter>(device_->GetTextureQuality());
     pass.transparency = TransparencyOf(mode);

@@ -1,0 +1,89 @@
+// The first half of triangle set-up: facing, pixel-centre culling and tile ranges, a vector of triangles at once.
+// Included inside a namespace, once.
+
+/// Triangles no longer than this per side (1/256 pixel): their area fits 32 bits.
+inline constexpr std::int32_t LargestSide = 1 << 14;
+
+struct CullLanes
+{
+    Ints x[3], y[3];
+};
+
+LANES_INLINE Ints Least3(const Ints* v)
+{
+    return Least(Least(v[0], v[1]), v[2]);
+}
+LANES_INLINE Ints Greatest3(const Ints* v)
+{
+    return Greatest(Greatest(v[0], v[1]), v[2]);
+}
+
+std::uint32_t CullTriangles(const std::uint32_t* indices, std::uint32_t count, std::uint32_t vertexBase,
+                            const ScreenPosition* positions, const DrawState& state, TriangleSurvivors& survivors)
+{
+    const auto* places = reinterpret_cast<const std::int32_t*>(positions);
+    const Ints base = Splat(static_cast<std::int32_t>(vertexBase));
+    const Mask nobody = Except(AllLanes(), AllLanes());
+    const Mask noClockwise = state.cull == CullMode::Clockwise ? AllLanes() : nobody;
+    const Mask noCounterClockwise = state.cull == CullMode::CounterClockwise ? AllLanes() : nobody;
+    std::uint32_t kept = 0;
+    for (std::uint32_t i = 0; i < count; i += LaneCount)
+    {
+        Ints v[3];
+        Mask valid = AllLanes();
+        if (count - i >= static_cast<std::uint32_t>(LaneCount))
+        {
+            LoadTriples(indices + 3 * std::size_t{i}, v[0], v[1], v[2]);
+        }
+        else
+        {
+            std::uint32_t padded[3 * LaneCount]{};
+            std::copy_n(indices + 3 * std::size_t{i}, 3 * (count - i), padded);
+            LoadTriples(padded, v[0], v[1], v[2]);
+            valid = IsLess(LaneNumbers(), Splat(static_cast<std::int32_t>(count - i)));
+        }
+        CullLanes t;
+        for (int corner = 0; corner < 3; ++corner)
+        {
+            v[corner] = v[corner] + base;
+            const Ints place = ShiftedLeft<2>(v[corner]);
+            t.x[corner] = Gather(places, place);
+            t.y[corner] = Gather(places + 1, place);
+        }
+        const Ints left = Least3(t.x);
+        const Ints right = Greatest3(t.x);
+        const Ints top = Least3(t.y);
+        const Ints bottom = Greatest3(t.y);
+        // A corner that is not placed has the least x there is.
+        Mask unfinished = IsEqual(left, Splat(NotPlaced));
+        unfinished = Either(unfinished, IsLess(Splat(LargestSide), right - left));
+        unfinished = Either(unfinished, IsLess(Splat(LargestSide), bottom - top));
+
+        // The pixels whose centres the box holds, within the area.
+        const Ints firstX = Greatest(ShiftedRight<SubPixelShift>(left + Splat(SubPixels - 1)), Splat(state.area.left));
+        const Ints lastX = Least(ShiftedRight<SubPixelShift>(right), Splat(state.area.right - 1));
+        const Ints firstY = Greatest(ShiftedRight<SubPixelShift>(top + Splat(SubPixels - 1)), Splat(state.area.top));
+        const Ints lastY = Least(ShiftedRight<SubPixelShift>(bottom), Splat(state.area.bottom - 1));
+        const Mask holdsNone = Either(IsLess(lastX, firstX), IsLess(lastY, firstY));
+
+        const Ints area =
+            (t.x[1] - t.x[0]) * (t.y[2] - t.y[0]) - (t.y[1] - t.y[0]) * (t.x[2] - t.x[0]);
+        const Mask clockwise = IsLess(Splat(0), area);
+        const Mask counterClockwise = IsLess(area, Splat(0));
+        const Mask faces = Either(Except(clockwise, noClockwise), Except(counterClockwise, noCounterClockwise));
+        const Mask keep = Both(valid, Either(unfinished, Except(faces, holdsNone)));
+        if (!IsAny(keep))
+            continue;
+
+        Ints tiles = ShiftedRight<TileShift>(firstX) | ShiftedLeft<8>(ShiftedRight<TileShift>(firstY));
+        tiles = tiles | ShiftedLeft<16>(ShiftedRight<TileShift>(lastX)) | ShiftedLeft<24>(ShiftedRight<TileShift>(lastY));
+        const Mask turn = Except(counterClockwise, unfinished);
+        StoreChosen(v[0], keep, survivors.a + kept);
+        StoreChosen(Choose(turn, v[2], v[1]), keep, survivors.b + kept);
+        StoreChosen(Choose(turn, v[1], v[2]), keep, survivors.c + kept);
+        StoreChosen(LaneNumbers() + Splat(static_cast<std::int32_t>(i)), keep, survivors.triangle + kept);
+        kept += StoreChosen(Choose(unfinished, Splat(TriangleSurvivors::Unfinished), tiles), keep,
+                            survivors.tiles + kept);
+    }
+    return kept;
+}

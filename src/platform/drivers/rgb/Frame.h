@@ -1,0 +1,294 @@
+// What the stages of a frame hand on to each other.
+//
+// Vertices -> Setup -> Tiles. The vertex stage places and lights each vertex of each item once. Setup walks the
+// primitives in work units of a few thousand, throws away what cannot cover a pixel centre, and bins the rest by tile.
+// The tile stage walks a tile's bins unit after unit, which is the order of submission whoever filled them.
+//
+// Screen positions are whole numbers of 1/256 pixel. Colors are 0..1 except where a comment says otherwise.
+#pragma once
+
+#include "platform/drivers/Driver.h"
+#include "platform/drivers/rgb/Buffer.h"
+#include "platform/drivers/rgb/Textures.h"
+
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <vector>
+
+namespace lumora::rgb
+{
+
+inline constexpr int TileShift = 6;
+inline constexpr int TileSize = 1 << TileShift;
+inline constexpr int TilePixels = TileSize * TileSize;
+inline constexpr int BlockShift = 3; ///< 8 by 8 pixels: what the large path accepts, rejects or hides at once
+inline constexpr int BlockSize = 1 << BlockShift;
+inline constexpr int BlocksPerRow = TileSize / BlockSize;
+inline constexpr int BlocksPerTile = BlocksPerRow * BlocksPerRow;
+
+inline constexpr int SubPixelShift = 8;
+inline constexpr int SubPixels = 1 << SubPixelShift;
+
+/// Unclipped positions lie within this many pixels of pixel (0, 0), so that an edge function that changes its sign
+/// within a tile fits 32 bits there: 2 * 63 steps * (2 * 16384 * 256) per step < 2^30.1. No target is larger.
+inline constexpr int GuardBand = 16384;
+
+/// The x of a vertex that must be clipped, or is not finite.
+inline constexpr std::int32_t NotPlaced = std::numeric_limits<std::int32_t>::min();
+
+inline constexpr float FarthestDepth = 1.0F;
+
+struct alignas(16) ScreenPosition
+{
+    std::int32_t x, y; ///< 1/256 pixel
+    float depth;
+    float inverseW;
+};
+
+struct alignas(16) ColorBlock
+{
+    float red, green, blue, alpha;
+};
+
+struct alignas(16) CoordinateBlock
+{
+    float u, v;
+    float eyeDepth; ///< camera-space z
+    float unused;
+};
+
+/// What a primitive interpolates, all under one index. Coordinates and highlights are filled only where needed.
+struct VertexBlocks
+{
+    Buffer<ScreenPosition> positions;
+    Buffer<CoordinateBlock> coordinates;
+    Buffer<ColorBlock> colors;
+    Buffer<ColorBlock> highlights;
+};
+
+/// StippleRank for vectors that start at any multiple of four pixels.
+inline constexpr float StippleRows[4][8] = {
+    {0, 8, 2, 10, 0, 8, 2, 10}, {12, 4, 14, 6, 12, 4, 14, 6}, {3, 11, 1, 9, 3, 11, 1, 9}, {15, 7, 13, 5, 15, 7, 13, 5}};
+
+/// A light in single precision, world space.
+struct LightValues
+{
+    LightKind kind;
+    float color[3];
+    float position[3];
+    float toLight[3]; ///< directional and spot: against the way it travels
+    float range;
+    float constantAttenuation, linearAttenuation, quadraticAttenuation;
+    float halfUmbra, halfPenumbra;
+};
+
+/// A pass as the driver keeps it.
+struct Pass
+{
+    PassState state; ///< its lights are empty
+    Matrix4 worldToClip;
+    std::vector<LightValues> lights;
+    PixelRect area;     ///< scissor, target and viewport: pixels that may be drawn
+    PixelRect viewport; ///< 1/256 pixel; both ends belong to it
+};
+
+/// What a pixel's color is made of.
+enum class Surface : std::uint8_t
+{
+    Plain, ///< interpolated colors
+    Nearest,
+    Linear,
+    MipNearest,
+    MipLinear,
+    LinearMipNearest,
+    LinearMipLinear,
+};
+inline constexpr int SurfaceCount = 7;
+
+enum class Blending : std::uint8_t
+{
+    Opaque,
+    Stippled,
+    Blended, ///< writes depth
+    Veiled,  ///< blended without writing depth: sorted translucency
+};
+inline constexpr int BlendingCount = 4;
+
+enum class Primitive : std::uint8_t
+{
+    Clear,
+    Triangles,
+    Lines,
+    Points,
+};
+
+/// A primitive in the bins. Vertices with the top bit belong to the work unit, the others to the batch.
+struct Record
+{
+    static constexpr std::uint32_t Local = 0x80000000;
+    std::uint32_t vertex[3];
+    std::uint32_t face; ///< flat: index of its color
+    std::uint32_t state;
+};
+
+/// A work unit's primitives and where they go.
+struct Bins
+{
+    VertexBlocks local; ///< made by clipping
+    Buffer<Record> records;
+    Buffer<std::uint32_t> pairs;   ///< tile << 16 | record, in order of submission
+    Buffer<std::uint32_t> offsets; ///< of each tile's first reference, one more than there are tiles
+    Buffer<std::uint16_t> references;
+    std::uint64_t coveredPixels = 0; ///< an upper bound: how much work this is
+
+    void Clear();
+    /// Sorts the pairs by tile.
+    void Close(std::uint32_t tileCount);
+};
+
+/// A tile being drawn.
+struct TileView
+{
+    std::uint32_t* colors; ///< TilePixels
+    float* depths;
+    float* blockFarthest;
+    int left, top; ///< in the target
+};
+
+struct Batch;
+struct DrawState;
+using DrawRun = void (*)(const TileView& tile, const Batch& batch, const Bins& bins, const DrawState& state,
+                         const std::uint16_t* references, std::size_t count);
+
+/// Everything that is the same for the primitives of a group, or a clear.
+struct DrawState
+{
+    Primitive primitive = Primitive::Triangles;
+    Surface surface = Surface::Plain;
+    Blending blending = Blending::Opaque;
+    bool isFlat = false;
+    bool hasFog = false;
+    bool needsCoordinates = false;
+    bool sortsTranslucent = false; ///< translucent triangles wait
+    bool isTextureTranslucent = false;
+    PixelRect area; ///< only these pixels
+    std::uint32_t part = 0;
+    std::uint32_t group = 0;
+    CullMode cull = CullMode::None;
+    FogState fog;
+    const MipChain* texture = nullptr;
+    DrawRun drawRun = nullptr;
+    ClearParts clear;
+    std::uint32_t clearColor = 0;
+};
+
+/// Vertices and faces of a mesh that are placed and lit together: those of a group, or of all groups where these
+/// differ in nothing that lighting needs.
+struct Part
+{
+    const DrawItem* item = nullptr;
+    const Pass* pass = nullptr;
+    Matrix4 toClip;
+    Matrix4 toCamera;
+    Matrix4 normals;
+    SurfaceMaterial material;
+    bool needsCoordinates = false;
+    bool splitsHighlight = false; ///< textured: the highlight stays apart from the diffuse color
+    std::uint32_t vertexBase = 0; ///< index of the mesh's vertex 0 among the batch's, modulo 2^32
+    std::uint32_t faceBase = 0;   ///< the same for face 0
+    std::uint32_t facingBase = 0; ///< and for triangle 0, where that is needed
+    const std::uint32_t* faceVertices = nullptr; ///< the first vertex of each face's first triangle
+};
+
+/// One stretch of primitives of one state.
+struct Segment
+{
+    std::uint32_t state = 0;
+    std::uint32_t first = 0; ///< triangle, edge or, of points, index; of sorted triangles, place in the order
+    std::uint32_t count = 0;
+};
+
+/// Segments that one thread sets up into one Bins.
+struct WorkUnit
+{
+    std::uint32_t firstSegment = 0;
+    std::uint32_t segmentCount = 0;
+};
+
+/// A stretch of a part's vertices, faces or triangles.
+struct VertexTask
+{
+    enum class Kind : std::uint8_t
+    {
+        Place,         ///< vertices
+        PlaceAndLight, ///< vertices
+        LightFaces,
+        FindFacing, ///< triangles
+    };
+    Kind kind = Kind::Place;
+    std::uint32_t part = 0;
+    std::uint32_t first = 0; ///< in the mesh
+    std::uint32_t count = 0;
+};
+
+/// A translucent triangle that waits for its turn.
+struct SortedTriangle
+{
+    std::uint32_t key; ///< smaller is farther
+    std::uint32_t state;
+    std::uint32_t triangle;
+};
+
+/// What goes through the stages together.
+struct Batch
+{
+    std::vector<Part> parts;
+    std::vector<DrawState> states;
+    std::vector<Segment> segments;
+    std::vector<WorkUnit> units;
+    std::vector<VertexTask> vertexTasks;
+    VertexBlocks vertices;
+    VertexBlocks faces;                  ///< colors and highlights only
+    Buffer<std::uint8_t> isCulled;       ///< of triangles, for lines and points
+    Buffer<std::uint32_t> pointVertices; ///< that points draw
+    Buffer<SortedTriangle> sorted;
+    bool isSorted = false; ///< segments are stretches of `sorted`
+    PixelRect target;
+    int tilesPerRow = 0;
+    std::uint32_t tileCount = 0;
+    const struct Kernels* kernels = nullptr;
+};
+
+/// Triangles of up to 64 pixels that face the right way and may cover a pixel, clockwise on the screen.
+struct TriangleSurvivors
+{
+    static constexpr std::uint32_t Capacity = 256;
+    static constexpr std::uint32_t Slack = 16; ///< vector stores may write this far beyond the last
+    static constexpr std::int32_t Unfinished = -1;
+
+    // Corners as indices of positions, the triangle counted from the first one given, and the tile rectangle as bytes
+    // left, top, right, bottom (both included), or Unfinished.
+    std::int32_t a[Capacity + Slack], b[Capacity + Slack], c[Capacity + Slack];
+    std::int32_t triangle[Capacity + Slack];
+    std::int32_t tiles[Capacity + Slack];
+};
+
+/// What one instruction set does its own way. All of them compute the same bytes.
+struct Kernels
+{
+    /// Mesh vertices from `first` on go to the batch's from `to` on.
+    void (*place)(const Part& part, std::uint32_t first, std::uint32_t count, std::uint32_t to, VertexBlocks& blocks);
+    void (*light)(const Part& part, std::uint32_t first, std::uint32_t count, std::uint32_t to, VertexBlocks& blocks);
+    void (*lightFaces)(const Part& part, std::uint32_t first, std::uint32_t count, std::uint32_t to,
+                       VertexBlocks& blocks);
+    /// Drops what is culled or covers no pixel centre. What is left goes into `survivors`; large triangles and those
+    /// with a vertex that is not placed go there as they are, marked.
+    std::uint32_t (*cullTriangles)(const std::uint32_t* indices, std::uint32_t count, std::uint32_t vertexBase,
+                                   const ScreenPosition* positions, const DrawState& state,
+                                   TriangleSurvivors& survivors);
+    DrawRun drawTriangles[SurfaceCount][BlendingCount][2]; ///< the last index: with fog
+    DrawRun drawLines[BlendingCount][2];                   ///< also points
+};
+
+} // namespace lumora::rgb

@@ -1,0 +1,187 @@
+// Lanes of up to eight numbers through Highway. Included inside a namespace, once for each instruction set.
+//
+// Every operation is exact or rounds once, so that all instruction sets, and PlainLanes-inl.h, compute the same bytes.
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using FloatTag = hn::CappedTag<float, 8>;
+using IntTag = hn::Rebind<std::int32_t, FloatTag>;
+inline constexpr FloatTag AsFloat{};
+inline constexpr IntTag AsInt{};
+inline constexpr int LaneCount = static_cast<int>(hn::MaxLanes(FloatTag{}));
+
+using Floats = hn::Vec<FloatTag>;
+using Ints = hn::Vec<IntTag>;
+using Mask = hn::Mask<FloatTag>;
+
+HWY_INLINE Floats Splat(float value)
+{
+    return hn::Set(AsFloat, value);
+}
+HWY_INLINE Ints Splat(std::int32_t value)
+{
+    return hn::Set(AsInt, value);
+}
+HWY_INLINE Ints LaneNumbers()
+{
+    return hn::Iota(AsInt, 0);
+}
+
+HWY_INLINE Floats Load(const float* from)
+{
+    return hn::LoadU(AsFloat, from);
+}
+HWY_INLINE Ints Load(const std::int32_t* from)
+{
+    return hn::LoadU(AsInt, from);
+}
+HWY_INLINE Ints Load(const std::uint32_t* from)
+{
+    return hn::LoadU(AsInt, reinterpret_cast<const std::int32_t*>(from));
+}
+HWY_INLINE void Store(Floats v, float* to)
+{
+    hn::StoreU(v, AsFloat, to);
+}
+HWY_INLINE void Store(Ints v, std::int32_t* to)
+{
+    hn::StoreU(v, AsInt, to);
+}
+HWY_INLINE void Store(Ints v, std::uint32_t* to)
+{
+    hn::StoreU(v, AsInt, reinterpret_cast<std::int32_t*>(to));
+}
+
+template<int Bits>
+HWY_INLINE Ints ShiftedLeft(Ints a)
+{
+    return hn::ShiftLeft<Bits>(a);
+}
+/// Keeps the sign.
+template<int Bits>
+HWY_INLINE Ints ShiftedRight(Ints a)
+{
+    return hn::ShiftRight<Bits>(a);
+}
+
+// Nobody may rely on the answer for NaN.
+HWY_INLINE Floats Least(Floats a, Floats b)
+{
+    return hn::Min(a, b);
+}
+HWY_INLINE Floats Greatest(Floats a, Floats b)
+{
+    return hn::Max(a, b);
+}
+HWY_INLINE Ints Least(Ints a, Ints b)
+{
+    return hn::Min(a, b);
+}
+HWY_INLINE Ints Greatest(Ints a, Ints b)
+{
+    return hn::Max(a, b);
+}
+HWY_INLINE Floats SquareRoot(Floats a)
+{
+    return hn::Sqrt(a);
+}
+/// For values that fit 32 bits.
+HWY_INLINE Floats RoundedDown(Floats a)
+{
+    return hn::Floor(a);
+}
+/// Towards 0, for values that fit 32 bits.
+HWY_INLINE Ints Truncated(Floats a)
+{
+    return hn::ConvertTo(AsInt, a);
+}
+HWY_INLINE Floats ToFloats(Ints a)
+{
+    return hn::ConvertTo(AsFloat, a);
+}
+HWY_INLINE Ints BitsOf(Floats a)
+{
+    return hn::BitCast(AsInt, a);
+}
+HWY_INLINE Floats FloatsOfBits(Ints a)
+{
+    return hn::BitCast(AsFloat, a);
+}
+
+// Masks are those of float lanes; Highway's own operators compare floats.
+HWY_INLINE Mask IsLess(Floats a, Floats b)
+{
+    return hn::Lt(a, b);
+}
+HWY_INLINE Mask IsLess(Ints a, Ints b)
+{
+    return hn::RebindMask(AsFloat, hn::Lt(a, b));
+}
+HWY_INLINE Mask IsLessOrEqual(Floats a, Floats b)
+{
+    return hn::Le(a, b);
+}
+HWY_INLINE Mask IsEqual(Ints a, Ints b)
+{
+    return hn::RebindMask(AsFloat, hn::Eq(a, b));
+}
+HWY_INLINE Mask Both(Mask a, Mask b)
+{
+    return hn::And(a, b);
+}
+HWY_INLINE Mask Either(Mask a, Mask b)
+{
+    return hn::Or(a, b);
+}
+/// a and not b.
+HWY_INLINE Mask Except(Mask a, Mask b)
+{
+    return hn::AndNot(b, a);
+}
+HWY_INLINE bool IsAny(Mask m)
+{
+    return !hn::AllFalse(AsFloat, m);
+}
+HWY_INLINE bool IsAll(Mask m)
+{
+    return hn::AllTrue(AsFloat, m);
+}
+HWY_INLINE Mask AllLanes()
+{
+    return hn::FirstN(AsFloat, static_cast<std::size_t>(LaneCount));
+}
+HWY_INLINE Floats Choose(Mask m, Floats yes, Floats no)
+{
+    return hn::IfThenElse(m, yes, no);
+}
+HWY_INLINE Ints Choose(Mask m, Ints yes, Ints no)
+{
+    return hn::IfThenElse(hn::RebindMask(AsInt, m), yes, no);
+}
+
+HWY_INLINE Floats Gather(const float* base, Ints index)
+{
+    return hn::GatherIndex(AsFloat, base, index);
+}
+HWY_INLINE Ints Gather(const std::int32_t* base, Ints index)
+{
+    return hn::GatherIndex(AsInt, base, index);
+}
+HWY_INLINE Ints Gather(const std::uint32_t* base, Ints index)
+{
+    return hn::GatherIndex(AsInt, reinterpret_cast<const std::int32_t*>(base), index);
+}
+/// Three times LaneCount numbers, every third one to each.
+HWY_INLINE void LoadTriples(const std::uint32_t* from, Ints& a, Ints& b, Ints& c)
+{
+    hn::LoadInterleaved3(AsInt, reinterpret_cast<const std::int32_t*>(from), a, b, c);
+}
+HWY_INLINE void StoreQuads(Floats a, Floats b, Floats c, Floats d, float* to)
+{
+    hn::StoreInterleaved4(a, b, c, d, AsFloat, to);
+}
+/// Stores the chosen lanes one after the other and answers how many; may write LaneCount numbers.
+HWY_INLINE std::uint32_t StoreChosen(Ints v, Mask m, std::int32_t* to)
+{
+    return static_cast<std::uint32_t>(hn::CompressStore(v, hn::RebindMask(AsInt, m), AsInt, to));
+}

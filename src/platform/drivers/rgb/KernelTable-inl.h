@@ -1,0 +1,44 @@
+// The table of this instruction set's functions, one entry for each state. Included inside a namespace, last.
+
+template<Surface S>
+inline void FillSurface(Kernels& table)
+{
+    DrawRun(&to)[BlendingCount][2] = table.drawTriangles[static_cast<int>(S)];
+    to[0][0] = DrawTriangles<S, Blending::Opaque, false>;
+    to[0][1] = DrawTriangles<S, Blending::Opaque, true>;
+    to[1][0] = DrawTriangles<S, Blending::Stippled, false>;
+    to[1][1] = DrawTriangles<S, Blending::Stippled, true>;
+    to[2][0] = DrawTriangles<S, Blending::Blended, false>;
+    to[2][1] = DrawTriangles<S, Blending::Blended, true>;
+    to[3][0] = DrawTriangles<S, Blending::Veiled, false>;
+    to[3][1] = DrawTriangles<S, Blending::Veiled, true>;
+}
+
+inline Kernels MakeKernels()
+{
+    Kernels table{};
+    table.place = PlaceVertices;
+    table.light = LightVertices;
+    table.lightFaces = LightFaces;
+    table.cullTriangles = CullTriangles;
+    FillSurface<Surface::Plain>(table);
+    FillSurface<Surface::Nearest>(table);
+    FillSurface<Surface::Linear>(table);
+    FillSurface<Surface::MipNearest>(table);
+    FillSurface<Surface::MipLinear>(table);
+    FillSurface<Surface::LinearMipNearest>(table);
+    FillSurface<Surface::LinearMipLinear>(table);
+    table.drawLines[0][0] = DrawLines<Blending::Opaque, false>;
+    table.drawLines[0][1] = DrawLines<Blending::Opaque, true>;
+    table.drawLines[1][0] = DrawLines<Blending::Stippled, false>;
+    table.drawLines[1][1] = DrawLines<Blending::Stippled, true>;
+    table.drawLines[2][0] = DrawLines<Blending::Blended, false>;
+    table.drawLines[2][1] = DrawLines<Blending::Blended, true>;
+    return table;
+}
+
+const Kernels& KernelsOfThisSet()
+{
+    static const Kernels table = MakeKernels();
+    return table;
+}

@@ -1,0 +1,120 @@
+#include "platform/drivers/rgb/MeshFacts.h"
+
+#include <algorithm>
+
+namespace lumora::rgb
+{
+
+namespace
+{
+
+bool HasAllArrays(const DrawMesh& mesh)
+{
+    const std::size_t vertices = mesh.x.size();
+    const std::size_t faces = mesh.faceNormalX.size();
+    return mesh.y.size() == vertices && mesh.z.size() == vertices && mesh.normalX.size() == vertices &&
+           mesh.normalY.size() == vertices && mesh.normalZ.size() == vertices && mesh.color.size() == vertices &&
+           (mesh.u.empty() || mesh.u.size() == vertices) && mesh.v.size() == mesh.u.size() &&
+           mesh.faceNormalY.size() == faces && mesh.faceNormalZ.size() == faces &&
+           mesh.indices.size() == 3 * mesh.triangleFace.size();
+}
+
+bool AreEdgesConsistent(const DrawMesh& mesh)
+{
+    return std::ranges::all_of(mesh.edges,
+                               [vertices = mesh.VertexCount(), triangles = mesh.TriangleCount()](const auto& edge)
+                               {
+                                   return edge.vertexA < vertices && edge.vertexB < vertices &&
+                                          edge.triangleA < triangles &&
+                                          (edge.triangleB < triangles || edge.triangleB == DrawMesh::NoFace);
+                               });
+}
+
+bool AreGroupsConsistent(const DrawMesh& mesh)
+{
+    const auto fits = [](std::uint32_t first, std::uint32_t count, std::size_t size)
+    { return first <= size && count <= size - first; };
+    return std::ranges::all_of(mesh.groups,
+                               [&](const DrawMesh::Group& group)
+                               {
+                                   return fits(group.firstTriangle, group.triangleCount, mesh.triangleFace.size()) &&
+                                          fits(group.firstEdge, group.edgeCount, mesh.edges.size());
+                               });
+}
+
+class RangeFinder
+{
+public:
+    void Include(std::uint32_t number)
+    {
+        least_ = std::min(least_, number);
+        greatest_ = std::max(greatest_, number);
+    }
+    MeshFacts::Range Found() const
+    {
+        return least_ > greatest_ ? MeshFacts::Range{} : MeshFacts::Range{least_, greatest_ - least_ + 1};
+    }
+
+private:
+    std::uint32_t least_ = DrawMesh::NoFace;
+    std::uint32_t greatest_ = 0;
+};
+
+MeshFacts::GroupFacts FactsOf(const DrawMesh& mesh, const DrawMesh::Group& group)
+{
+    RangeFinder vertices;
+    RangeFinder faces;
+    for (std::uint32_t triangle = group.firstTriangle; triangle < group.firstTriangle + group.triangleCount; ++triangle)
+    {
+        faces.Include(mesh.triangleFace[triangle]);
+        for (int corner = 0; corner < 3; ++corner)
+            vertices.Include(mesh.indices[3 * std::size_t{triangle} + corner]);
+    }
+    for (std::uint32_t i = group.firstEdge; i < group.firstEdge + group.edgeCount; ++i)
+    {
+        vertices.Include(mesh.edges[i].vertexA);
+        vertices.Include(mesh.edges[i].vertexB);
+        faces.Include(mesh.triangleFace[mesh.edges[i].triangleA]);
+    }
+    return {vertices.Found(), faces.Found()};
+}
+
+} // namespace
+
+bool IsConsistent(const DrawMesh& mesh)
+{
+    const std::size_t faces = mesh.faceNormalX.size();
+    return HasAllArrays(mesh) && AreEdgesConsistent(mesh) && AreGroupsConsistent(mesh) &&
+           std::ranges::all_of(mesh.indices, [&](std::uint32_t v) { return v < mesh.x.size(); }) &&
+           std::ranges::all_of(mesh.triangleFace, [&](std::uint32_t f) { return f < faces; });
+}
+
+MeshFacts::MeshFacts(const DrawMesh& mesh) : faceVertices(mesh.faceNormalX.size())
+{
+    for (std::uint32_t triangle = mesh.TriangleCount(); triangle-- > 0;)
+        faceVertices[mesh.triangleFace[triangle]] = mesh.indices[3 * std::size_t{triangle}];
+    for (const DrawMesh::Group& group : mesh.groups)
+    {
+        groups.push_back(FactsOf(mesh, group));
+        hasOneMaterial = hasOneMaterial && group.material == mesh.groups.front().material;
+    }
+}
+
+const MeshFacts* MeshFactsCache::Find(const std::shared_ptr<const DrawMesh>& mesh)
+{
+    Entry& entry = entries_[mesh.get()];
+    const bool isSame = !entry.mesh.owner_before(mesh) && !mesh.owner_before(entry.mesh);
+    if (!isSame || entry.facts == nullptr)
+        entry = {mesh, IsConsistent(*mesh) ? std::make_unique<const MeshFacts>(*mesh) : nullptr};
+    return entry.facts.get();
+}
+
+void MeshFactsCache::Sweep()
+{
+    if (entries_.size() <= 2 * sizeAfterSweep_ + 16)
+        return;
+    std::erase_if(entries_, [](const auto& entry) { return entry.second.mesh.expired(); });
+    sizeAfterSweep_ = entries_.size();
+}
+
+} // namespace lumora::rgb

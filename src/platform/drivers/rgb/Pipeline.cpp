@@ -1,0 +1,297 @@
+#include "platform/drivers/rgb/Pipeline.h"
+
+#include "platform/drivers/rgb/Setup.h"
+
+#include <algorithm>
+#include <new>
+#include <thread>
+
+namespace lumora::rgb
+{
+
+namespace
+{
+
+constexpr std::uint64_t SmallPrimitiveCount = 12000; ///< below, waking helpers costs more than they save
+constexpr std::uint64_t SmallPixelCount = 200000;
+constexpr std::size_t UnitsPerRound = 1024;
+constexpr std::size_t BinBytesPerRound = std::size_t{32} << 20; ///< a round ends when its bins have grown to this
+constexpr std::size_t LargestKeptBins = std::size_t{1} << 20;
+constexpr int MostThreads = 64;
+
+int ThreadCount(int asked)
+{
+    const int cores = static_cast<int>(std::thread::hardware_concurrency());
+    return std::clamp(asked > 0 ? asked : cores, 1, MostThreads);
+}
+
+std::size_t BytesIn(const Bins& bins)
+{
+    return bins.records.Size() * sizeof(Record) + bins.pairs.Size() * 6 +
+           bins.local.positions.Size() * (sizeof(ScreenPosition) + sizeof(CoordinateBlock) + 2 * sizeof(ColorBlock));
+}
+
+void ReleaseLarge(Bins& bins)
+{
+    if (bins.pairs.CapacityInBytes() > LargestKeptBins || bins.local.positions.CapacityInBytes() > LargestKeptBins)
+        bins = {};
+}
+
+} // namespace
+
+Pipeline::Pipeline(int threads, const Kernels& kernels)
+    : crew_(ThreadCount(threads)), kernels_(kernels), planner_(batch_, textures_)
+{
+    tileColors_.Resize(static_cast<std::size_t>(crew_.Size()) * TilePixels);
+}
+
+void Pipeline::SetTarget(const PixelView& target)
+{
+    target_ = {};
+    const auto tiles = [](int side) { return static_cast<std::uint32_t>((side + TileSize - 1) >> TileShift); };
+    depth_.Reset(tiles(target.width) * tiles(target.height));
+    target_ = target;
+}
+
+Pass& Pipeline::NewPass()
+{
+    if (passCount_ == passes_.size())
+        passes_.emplace_back();
+    return passes_[passCount_++];
+}
+
+bool Pipeline::RecordItem(const DrawItem& item)
+{
+    const MeshFacts* facts = facts_.Find(item.mesh);
+    if (facts == nullptr)
+        return false;
+    const auto pass = static_cast<std::uint32_t>(passCount_ - 1);
+    if (!MayBeSeen(item, passes_[pass]))
+        return true;
+    items_.push_back({item, pass, facts});
+    commands_.push_back({Command::Kind::Item, static_cast<std::uint32_t>(items_.size() - 1), 1, {}, {}, 0});
+    if (HasWaiting(item, passes_[pass]))
+        waiting_.push_back({item, pass, facts});
+    return true;
+}
+
+void Pipeline::RecordClear(ClearParts parts, const PixelRect& area, std::uint32_t color)
+{
+    if (!area.IsEmpty())
+        commands_.push_back({Command::Kind::Clear, 0, 0, parts, area, color});
+}
+
+void Pipeline::DrawWaiting()
+{
+    if (waiting_.size() == firstWaiting_)
+        return;
+    commands_.push_back({Command::Kind::Waiting, static_cast<std::uint32_t>(firstWaiting_),
+                         static_cast<std::uint32_t>(waiting_.size() - firstWaiting_), {}, {}, 0});
+    firstWaiting_ = waiting_.size();
+}
+
+void Pipeline::DrawRecorded()
+{
+    planner_.Start(target_.Bounds(), kernels_);
+    for (const Command& command : commands_)
+        RunCommand(command);
+    RunBatch();
+    commands_.clear();
+    items_.clear();
+    waiting_.erase(waiting_.begin(), waiting_.begin() + static_cast<std::ptrdiff_t>(firstWaiting_));
+    firstWaiting_ = 0;
+}
+
+void Pipeline::Finish()
+{
+    DrawWaiting();
+    DrawRecorded();
+    textures_.Trim();
+    facts_.Sweep();
+    // The pass that is open, if any, goes on.
+    if (passCount_ > 1)
+        std::swap(passes_.front(), passes_[passCount_ - 1]);
+    passCount_ = std::min<std::size_t>(passCount_, 1);
+}
+
+void Pipeline::Forget()
+{
+    commands_.clear();
+    items_.clear();
+    waiting_.clear();
+    firstWaiting_ = 0;
+    passCount_ = 0;
+}
+
+void Pipeline::RunCommand(const Command& command)
+{
+    if (command.kind == Command::Kind::Clear)
+        return planner_.AddClear(command.parts, command.area, command.color);
+    if (command.kind == Command::Kind::Waiting)
+    {
+        RunBatch();
+        return RunSorted(command);
+    }
+    const RecordedItem& recorded = items_[command.first];
+    planner_.AddItem(recorded, passes_[recorded.pass], Share::AtOnce);
+    if (planner_.IsFull())
+        RunBatch();
+}
+
+void Pipeline::RunBatch()
+{
+    if (planner_.IsEmpty())
+        return;
+    const bool alone = planner_.PrimitiveCount() < SmallPrimitiveCount;
+    PlaceAndLight(alone);
+    planner_.PlanUnits(alone ? 1U : static_cast<std::uint32_t>(crew_.Size()));
+    DrawUnits(alone);
+    planner_.Start(target_.Bounds(), kernels_);
+}
+
+void Pipeline::RunSorted(const Command& command)
+{
+    for (std::uint32_t i = command.first; i < command.first + command.count; ++i)
+        planner_.AddItem(waiting_[i], passes_[waiting_[i].pass], Share::Waiting);
+    const bool alone = planner_.PrimitiveCount() < SmallPrimitiveCount;
+    PlaceAndLight(alone);
+    planner_.PlanUnits(1);
+    for (const Segment& segment : batch_.segments)
+        CollectSorted(batch_, segment, batch_.sorted);
+    SortWaiting();
+    planner_.PlanSortedUnits(alone ? 1U : static_cast<std::uint32_t>(crew_.Size()));
+    DrawUnits(alone);
+    planner_.Start(target_.Bounds(), kernels_);
+}
+
+/// By key, equal ones in order of submission: a radix sort of 11 bits at a time.
+void Pipeline::SortWaiting()
+{
+    constexpr int DigitBits = 11;
+    constexpr std::uint32_t Digits = 1U << DigitBits;
+    sortSpace_.Resize(batch_.sorted.Size());
+    for (int shift = 0; shift < 32; shift += DigitBits)
+    {
+        std::uint32_t starts[Digits + 1] = {};
+        for (const SortedTriangle& triangle : batch_.sorted.Items())
+            ++starts[((triangle.key >> shift) & (Digits - 1)) + 1];
+        for (std::uint32_t digit = 0; digit < Digits; ++digit)
+            starts[digit + 1] += starts[digit];
+        for (const SortedTriangle& triangle : batch_.sorted.Items())
+            sortSpace_[starts[(triangle.key >> shift) & (Digits - 1)]++] = triangle;
+        std::swap(batch_.sorted, sortSpace_);
+    }
+}
+
+template<typename Work>
+void Pipeline::Share(std::size_t count, bool alone, Work work)
+{
+    std::atomic<bool> failed{false};
+    auto guarded = [&](std::size_t unit, int worker)
+    {
+        try
+        {
+            work(unit, worker);
+        }
+        catch (const std::bad_alloc&)
+        {
+            failed.store(true);
+        }
+    };
+    crew_.Run(count, alone, guarded);
+    if (failed.load())
+        throw std::bad_alloc{};
+}
+
+void Pipeline::PlaceAndLight(bool alone)
+{
+    planner_.ReserveVertices();
+    Share(batch_.vertexTasks.size(), alone,
+          [&](std::size_t number, int)
+          {
+              const VertexTask& task = batch_.vertexTasks[number];
+              const Part& part = batch_.parts[task.part];
+              switch (task.kind)
+              {
+              case VertexTask::Kind::PlaceAndLight:
+                  kernels_.light(part, task.first, task.count, task.first + part.vertexBase, batch_.vertices);
+                  [[fallthrough]];
+              case VertexTask::Kind::Place:
+                  return kernels_.place(part, task.first, task.count, task.first + part.vertexBase, batch_.vertices);
+              case VertexTask::Kind::LightFaces:
+                  return kernels_.lightFaces(part, task.first, task.count, task.first + part.faceBase, batch_.faces);
+              case VertexTask::Kind::FindFacing:
+                  return FindFacing(part, task);
+              }
+          });
+}
+
+/// Winding in front of the eye, before clipping: the determinant of the corners' x, y and w. Above 0 is
+/// counter-clockwise, since y goes up in clip space.
+void Pipeline::FindFacing(const Part& part, const VertexTask& task)
+{
+    const DrawMesh& mesh = *part.item->mesh;
+    const bool cullsClockwise = part.pass->state.cull == CullMode::Clockwise;
+    for (std::uint32_t triangle = task.first; triangle < task.first + task.count; ++triangle)
+    {
+        Double3 rows[3];
+        for (int corner = 0; corner < 3; ++corner)
+        {
+            const std::uint32_t v = mesh.indices[3 * std::size_t{triangle} + corner];
+            const Double4 p = Transform(Double4{mesh.x[v], mesh.y[v], mesh.z[v], 1}, part.toClip);
+            rows[corner] = {p.x, p.y, p.w};
+        }
+        const double winding = Dot(rows[0], Cross(rows[1], rows[2]));
+        batch_.isCulled[triangle + part.facingBase] = (cullsClockwise ? winding > 0 : winding < 0) ? 0 : 1;
+    }
+}
+
+void Pipeline::DrawUnits(bool alone)
+{
+    std::size_t done = 0;
+    while (done < batch_.units.size())
+    {
+        const std::size_t count = std::min(UnitsPerRound, batch_.units.size() - done);
+        const std::size_t ready = SetUpRound(done, count, alone);
+        DrawRound(ready, alone);
+        done += ready;
+    }
+}
+
+/// Sets up units until the bins are full. Answers how many from the first on are ready, at least one.
+std::size_t Pipeline::SetUpRound(std::size_t first, std::size_t count, bool alone)
+{
+    if (bins_.size() < count)
+        bins_.resize(count);
+    isSetUp_.assign(count, 0);
+    std::atomic<std::size_t> bytes{0};
+    Share(count, alone,
+          [&](std::size_t unit, int)
+          {
+              // Threads pass here in any order, so that a unit behind one that was left out may be set up in vain.
+              if (unit != 0 && bytes.load(std::memory_order_relaxed) > BinBytesPerRound)
+                  return;
+              SetUpUnit(batch_, batch_.units[first + unit], bins_[unit]);
+              bytes.fetch_add(BytesIn(bins_[unit]), std::memory_order_relaxed);
+              isSetUp_[unit] = 1;
+          });
+    return static_cast<std::size_t>(std::ranges::find(isSetUp_, 0) - isSetUp_.begin());
+}
+
+void Pipeline::DrawRound(std::size_t count, bool alone)
+{
+    const std::span<Bins> ready{bins_.data(), count};
+    std::uint64_t pixels = 0;
+    for (const Bins& bins : ready)
+        pixels += bins.coveredPixels;
+    Share(batch_.tileCount, alone && pixels < SmallPixelCount,
+          [&](std::size_t tile, int worker)
+          {
+              DrawTile(batch_, ready, static_cast<std::uint32_t>(tile), target_, depth_,
+                       tileColors_.Data() + static_cast<std::size_t>(worker) * TilePixels);
+          });
+    for (Bins& bins : ready)
+        ReleaseLarge(bins);
+}
+
+} // namespace lumora::rgb

@@ -1,0 +1,97 @@
+// What was recorded, and the stages that draw it.
+#pragma once
+
+#include "platform/drivers/rgb/Frame.h"
+#include "platform/drivers/rgb/MeshFacts.h"
+#include "platform/drivers/rgb/Planner.h"
+#include "platform/drivers/rgb/Textures.h"
+#include "platform/drivers/rgb/Threads.h"
+#include "platform/drivers/rgb/Tiles.h"
+
+#include <atomic>
+#include <vector>
+
+namespace lumora::rgb
+{
+
+class Pipeline
+{
+public:
+    /// `threads` 0: one for each core.
+    Pipeline(int threads, const Kernels& kernels);
+
+    /// Nothing may be waiting. Everything is at the farthest depth from now on.
+    void SetTarget(const PixelView& target);
+
+    /// A pass to be filled; items recorded from now on belong to it.
+    Pass& NewPass();
+    /// False when the mesh is not consistent.
+    bool RecordItem(const DrawItem& item);
+    void RecordClear(ClearParts parts, const PixelRect& area, std::uint32_t color);
+
+    /// What waits to be sorted is to be drawn at this point of the recording.
+    void DrawWaiting();
+
+    std::size_t RecordedCount() const { return commands_.size() + waiting_.size(); }
+
+    /// Draws everything recorded but what waits to be sorted.
+    void DrawRecorded();
+    void Finish();
+
+    /// Drops everything recorded.
+    void Forget();
+
+private:
+    struct Command
+    {
+        enum class Kind : std::uint8_t
+        {
+            Item,
+            Clear,
+            Waiting, ///< waiting items from `first` on
+        };
+        Kind kind = Kind::Item;
+        std::uint32_t first = 0;
+        std::uint32_t count = 0;
+        ClearParts parts;
+        PixelRect area;
+        std::uint32_t color = 0;
+    };
+
+    void RunCommand(const Command& command);
+    void RunBatch();
+    void RunSorted(const Command& command);
+    void PlaceAndLight(bool alone);
+    void FindFacing(const Part& part, const VertexTask& task);
+    void SortWaiting();
+    void DrawUnits(bool alone);
+    std::size_t SetUpRound(std::size_t first, std::size_t count, bool alone);
+    void DrawRound(std::size_t count, bool alone);
+    template<typename Work>
+    void Share(std::size_t count, bool alone, Work work);
+
+    Crew crew_;
+    const Kernels& kernels_;
+    PixelView target_;
+    DepthStore depth_;
+    TextureCache textures_;
+    MeshFactsCache facts_;
+
+    // What was recorded.
+    std::vector<Pass> passes_;
+    std::size_t passCount_ = 0;
+    std::vector<RecordedItem> items_;
+    std::vector<RecordedItem> waiting_;
+    std::size_t firstWaiting_ = 0; ///< those before have their command
+    std::vector<Command> commands_;
+
+    // Work space.
+    Batch batch_;
+    Planner planner_;
+    std::vector<Bins> bins_;
+    std::vector<std::uint8_t> isSetUp_;
+    Buffer<std::uint32_t> tileColors_; ///< room for a tile for each thread
+    Buffer<SortedTriangle> sortSpace_;
+};
+
+} // namespace lumora::rgb

@@ -1,0 +1,410 @@
+// Primitives one by one: what is left of triangles after the vector culling, lines, points and clears.
+#include "platform/drivers/rgb/Setup.h"
+
+#include "platform/drivers/rgb/Clipping.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdlib>
+
+namespace lumora::rgb
+{
+
+namespace
+{
+
+/// A stretch of pixels as tiles. Both ends belong to it.
+struct TileRange
+{
+    int left, top, right, bottom;
+
+    explicit TileRange(const PixelRect& pixels)
+        : left(pixels.left >> TileShift), top(pixels.top >> TileShift), right((pixels.right - 1) >> TileShift),
+          bottom((pixels.bottom - 1) >> TileShift)
+    {
+    }
+    bool IsOne() const { return left == right && top == bottom; }
+};
+
+/// The pixels whose centres a box of 1/256 pixels holds.
+PixelRect PixelsIn(std::int32_t left, std::int32_t top, std::int32_t right, std::int32_t bottom)
+{
+    const auto up = [](std::int32_t place) { return (place + SubPixels - 1) >> SubPixelShift; };
+    const auto down = [](std::int32_t place) { return place >> SubPixelShift; };
+    return {up(left), up(top), down(right) + 1, down(bottom) + 1};
+}
+
+std::int64_t Cross(const ScreenPosition& a, const ScreenPosition& b, std::int64_t x, std::int64_t y)
+{
+    return (std::int64_t{b.x} - a.x) * (y - a.y) - (std::int64_t{b.y} - a.y) * (x - a.x);
+}
+
+class UnitSetup
+{
+public:
+    UnitSetup(const Batch& batch, Bins& bins) : batch_(batch), bins_(bins) {}
+
+    void Run(const Segment& segment)
+    {
+        state_ = segment.state;
+        switch (State().primitive)
+        {
+        case Primitive::Clear:
+            return AddClear();
+        case Primitive::Triangles:
+            return AddTriangles(segment);
+        case Primitive::Lines:
+            return AddLines(segment);
+        case Primitive::Points:
+            return AddPoints(segment);
+        }
+    }
+
+    void RunSorted(const Segment& segment)
+    {
+        for (const SortedTriangle& sorted : batch_.sorted.Items().subspan(segment.first, segment.count))
+        {
+            state_ = sorted.state;
+            const std::uint32_t* indices = Mesh().indices.data() + 3 * std::size_t{sorted.triangle};
+            const std::uint32_t base = CurrentPart().vertexBase;
+            AddTriangle(indices[0] + base, indices[1] + base, indices[2] + base, sorted.triangle);
+        }
+    }
+
+private:
+    const DrawState& State() const { return batch_.states[state_]; }
+    const Part& CurrentPart() const { return batch_.parts[State().part]; }
+    const DrawMesh& Mesh() const { return *CurrentPart().item->mesh; }
+
+    void AddClear()
+    {
+        const PixelRect& area = State().area;
+        const std::uint32_t record = Append({{0, 0, 0}, 0, state_});
+        AddToTiles(record, TileRange{area});
+        bins_.coveredPixels += static_cast<std::uint64_t>(area.Width()) * static_cast<std::uint64_t>(area.Height()) / 8;
+    }
+
+    void AddTriangles(const Segment& segment)
+    {
+        const std::uint32_t* indices = Mesh().indices.data() + 3 * std::size_t{segment.first};
+        for (std::uint32_t first = 0; first < segment.count; first += TriangleSurvivors::Capacity)
+        {
+            const std::uint32_t count = std::min(TriangleSurvivors::Capacity, segment.count - first);
+            const std::uint32_t kept =
+                batch_.kernels->cullTriangles(indices + 3 * std::size_t{first}, count, CurrentPart().vertexBase,
+                                              batch_.vertices.positions.Data(), State(), survivors_);
+            AddSurvivors(kept, segment.first + first);
+        }
+    }
+
+    void AddSurvivors(std::uint32_t count, std::uint32_t firstTriangle)
+    {
+        const DrawState& state = State();
+        for (std::uint32_t i = 0; i < count; ++i)
+        {
+            const auto a = static_cast<std::uint32_t>(survivors_.a[i]);
+            const auto b = static_cast<std::uint32_t>(survivors_.b[i]);
+            const auto c = static_cast<std::uint32_t>(survivors_.c[i]);
+            const std::uint32_t triangle = firstTriangle + static_cast<std::uint32_t>(survivors_.triangle[i]);
+            if (state.sortsTranslucent && IsTranslucent(batch_, state, triangle))
+                continue;
+            if (survivors_.tiles[i] == TriangleSurvivors::Unfinished)
+                AddTriangle(a, b, c, triangle);
+            else
+                AddSmall({{a, b, c}, FaceOf(triangle), state_}, static_cast<std::uint32_t>(survivors_.tiles[i]));
+        }
+    }
+
+    void AddSmall(const Record& record, std::uint32_t tiles)
+    {
+        const std::uint32_t number = Append(record);
+        const std::uint32_t left = tiles & 0xFF;
+        const std::uint32_t top = (tiles >> 8) & 0xFF;
+        const std::uint32_t right = (tiles >> 16) & 0xFF;
+        const std::uint32_t bottom = tiles >> 24;
+        bins_.coveredPixels += 16;
+        for (std::uint32_t y = top; y <= bottom; ++y)
+            for (std::uint32_t x = left; x <= right; ++x)
+                bins_.pairs.Append((y * static_cast<std::uint32_t>(batch_.tilesPerRow) + x) << 16 | number);
+    }
+
+    std::uint32_t FaceOf(std::uint32_t triangle) const
+    {
+        return State().isFlat ? Mesh().triangleFace[triangle] + CurrentPart().faceBase : 0;
+    }
+
+    /// Any triangle, given by indices of the batch's vertices.
+    void AddTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, std::uint32_t triangle)
+    {
+        const ScreenPosition* positions = batch_.vertices.positions.Data();
+        if (positions[a].x != NotPlaced && positions[b].x != NotPlaced && positions[c].x != NotPlaced)
+            return AddPlaced({{a, b, c}, FaceOf(triangle), state_}, positions[a], positions[b], positions[c]);
+        ClipPolygon polygon;
+        polygon.count = 3;
+        polygon.corners[0] = ToClip(a, FaceOf(triangle));
+        polygon.corners[1] = ToClip(b, FaceOf(triangle));
+        polygon.corners[2] = ToClip(c, FaceOf(triangle));
+        for (int i = 0; i < 3; ++i)
+            if (!IsFinite(polygon.corners[i].position))
+                return;
+        ClipTriangle(polygon);
+        AddPolygon(polygon, FaceOf(triangle));
+    }
+
+    void AddPolygon(const ClipPolygon& polygon, std::uint32_t face)
+    {
+        const auto first = static_cast<std::uint32_t>(bins_.local.positions.Size());
+        for (int i = 0; i < polygon.count; ++i)
+            if (!AppendLocal(polygon.corners[i]))
+                return;
+        const ScreenPosition* positions = bins_.local.positions.Data() + first;
+        const std::uint32_t base = first | Record::Local;
+        for (std::uint32_t i = 2; i < static_cast<std::uint32_t>(polygon.count); ++i)
+            AddPlaced({{base, base + i - 1, base + i}, face, state_}, positions[0], positions[i - 1], positions[i]);
+    }
+
+    ClipVertex ToClip(std::uint32_t vertex, std::uint32_t face) const
+    {
+        const Part& part = CurrentPart();
+        const VertexBlocks& blocks = State().isFlat ? batch_.faces : batch_.vertices;
+        const std::uint32_t color = State().isFlat ? face : vertex;
+        const std::uint32_t v = vertex - part.vertexBase;
+        const DrawMesh& mesh = Mesh();
+        ClipVertex result{Transform(Double4{mesh.x[v], mesh.y[v], mesh.z[v], 1}, part.toClip), blocks.colors[color]};
+        if (part.splitsHighlight)
+            result.highlight = blocks.highlights[color];
+        if (part.needsCoordinates)
+            result.coordinates = batch_.vertices.coordinates[vertex];
+        if (batch_.vertices.positions[vertex].x != NotPlaced)
+            result.placed = &batch_.vertices.positions[vertex];
+        return result;
+    }
+
+    bool AppendLocal(const ClipVertex& vertex)
+    {
+        ScreenPosition screen{};
+        if (vertex.placed != nullptr)
+            screen = *vertex.placed;
+        else if (!ToScreen(CurrentPart().pass->state, vertex.position, screen))
+            return false;
+        VertexBlocks& local = bins_.local;
+        local.positions.Append(screen);
+        local.coordinates.Append(vertex.coordinates);
+        local.colors.Append(vertex.color);
+        local.highlights.Append(vertex.highlight);
+        return true;
+    }
+
+    /// A triangle whose corners are all on the screen or near it.
+    void AddPlaced(Record record, const ScreenPosition& a, const ScreenPosition& b, const ScreenPosition& c)
+    {
+        const DrawState& state = State();
+        const std::int64_t area = Cross(a, b, c.x, c.y);
+        if (area == 0 || state.cull == (area > 0 ? CullMode::Clockwise : CullMode::CounterClockwise))
+            return;
+        const auto [left, right] = std::minmax({a.x, b.x, c.x});
+        const auto [top, bottom] = std::minmax({a.y, b.y, c.y});
+        const PixelRect pixels = Intersection(PixelsIn(left, top, right, bottom), state.area);
+        if (pixels.IsEmpty())
+            return;
+        if (area < 0)
+            std::swap(record.vertex[1], record.vertex[2]);
+        const TileRange tiles{pixels};
+        const std::uint32_t number = Append(record);
+        bins_.coveredPixels +=
+            16 + static_cast<std::uint64_t>(pixels.Width()) * static_cast<std::uint64_t>(pixels.Height()) / 2;
+        if (tiles.right - tiles.left < 2 && tiles.bottom - tiles.top < 2)
+            AddToTiles(number, tiles);
+        else
+            AddToTouchedTiles(number, tiles, area > 0 ? std::array{a, b, c} : std::array{a, c, b});
+    }
+
+    void AddToTouchedTiles(std::uint32_t number, const TileRange& tiles, const std::array<ScreenPosition, 3>& corners)
+    {
+        constexpr std::int64_t Reach = (TileSize - 1) * SubPixels;
+        for (int y = tiles.top; y <= tiles.bottom; ++y)
+            for (int x = tiles.left; x <= tiles.right; ++x)
+            {
+                const std::int64_t left = std::int64_t{x} * TileSize * SubPixels;
+                const std::int64_t top = std::int64_t{y} * TileSize * SubPixels;
+                bool isOutside = false;
+                for (int side = 0; side < 3; ++side)
+                {
+                    const ScreenPosition& from = corners[side];
+                    const ScreenPosition& to = corners[side == 2 ? 0 : side + 1];
+                    // The tile's corner that lies farthest inside.
+                    isOutside = isOutside ||
+                                Cross(from, to, to.y > from.y ? left : left + Reach, to.x > from.x ? top + Reach : top) < 0;
+                }
+                if (!isOutside)
+                    bins_.pairs.Append(TileNumber(x, y) << 16 | number);
+            }
+    }
+
+    void AddLines(const Segment& segment)
+    {
+        const DrawMesh& mesh = Mesh();
+        const Part& part = CurrentPart();
+        const std::uint8_t* isCulled = batch_.isCulled.Data();
+        for (std::uint32_t i = segment.first; i < segment.first + segment.count; ++i)
+        {
+            const DrawMesh::Edge& edge = mesh.edges[i];
+            if (State().cull != CullMode::None && isCulled[edge.triangleA + part.facingBase] != 0 &&
+                (edge.triangleB == DrawMesh::NoFace || isCulled[edge.triangleB + part.facingBase] != 0))
+                continue;
+            AddLine(edge.vertexA + part.vertexBase, edge.vertexB + part.vertexBase, FaceOf(edge.triangleA));
+        }
+    }
+
+    void AddLine(std::uint32_t a, std::uint32_t b, std::uint32_t face)
+    {
+        const ScreenPosition& from = batch_.vertices.positions[a];
+        const ScreenPosition& to = batch_.vertices.positions[b];
+        if (IsInViewport(from) && IsInViewport(to))
+            return AddPlacedLine({{a, b, a}, face, state_}, from, to);
+        ClipVertex start = ToClip(a, face);
+        ClipVertex end = ToClip(b, face);
+        const auto first = static_cast<std::uint32_t>(bins_.local.positions.Size()) | Record::Local;
+        if (!ClipLine(start, end) || !AppendLocal(start) || !AppendLocal(end))
+            return;
+        const ScreenPosition* ends = bins_.local.positions.Data() + (first & ~Record::Local);
+        AddPlacedLine({{first, first + 1, first}, face, state_}, ends[0], ends[1]);
+    }
+
+    bool IsInViewport(const ScreenPosition& p) const
+    {
+        const PixelRect& viewport = CurrentPart().pass->viewport;
+        return p.x >= viewport.left && p.x <= viewport.right && p.y >= viewport.top && p.y <= viewport.bottom;
+    }
+
+    void AddPlacedLine(const Record& record, const ScreenPosition& from, const ScreenPosition& to)
+    {
+        // Minor coordinates are rounded: a line reaches half a pixel beyond its box, and one more for rounding.
+        const auto [left, right] = std::minmax(from.x, to.x);
+        const auto [top, bottom] = std::minmax(from.y, to.y);
+        const PixelRect pixels =
+            Intersection(PixelsIn(left - SubPixels, top - SubPixels, right + SubPixels, bottom + SubPixels), State().area);
+        if (pixels.IsEmpty())
+            return;
+        const std::uint32_t number = Append(record);
+        bins_.coveredPixels += static_cast<std::uint64_t>(16 + 4 * (pixels.Width() + pixels.Height()));
+        const TileRange tiles{pixels};
+        const std::int64_t dx = std::int64_t{to.x} - from.x;
+        const std::int64_t dy = std::int64_t{to.y} - from.y;
+        const std::int64_t reach = (std::abs(dx) + std::abs(dy)) * (TileSize / 2 + 1) * SubPixels;
+        for (int y = tiles.top; y <= tiles.bottom; ++y)
+            for (int x = tiles.left; x <= tiles.right; ++x)
+            {
+                const std::int64_t centreX = (std::int64_t{x} * TileSize + TileSize / 2) * SubPixels;
+                const std::int64_t centreY = (std::int64_t{y} * TileSize + TileSize / 2) * SubPixels;
+                if (tiles.IsOne() || std::abs(Cross(from, to, centreX, centreY)) <= reach)
+                    bins_.pairs.Append(TileNumber(x, y) << 16 | number);
+            }
+    }
+
+    void AddPoints(const Segment& segment)
+    {
+        for (const std::uint32_t vertex : batch_.pointVertices.Items().subspan(segment.first, segment.count))
+        {
+            std::uint32_t number = vertex + CurrentPart().vertexBase;
+            ScreenPosition place = batch_.vertices.positions[number];
+            if (!IsInViewport(place) || place.x == NotPlaced)
+            {
+                const ClipVertex point = ToClip(number, 0);
+                number = static_cast<std::uint32_t>(bins_.local.positions.Size()) | Record::Local;
+                if (!IsInside(point.position) || !AppendLocal(point))
+                    continue;
+                place = bins_.local.positions[number & ~Record::Local];
+            }
+            const int x = (place.x + SubPixels / 2) >> SubPixelShift;
+            const int y = (place.y + SubPixels / 2) >> SubPixelShift;
+            const PixelRect& area = State().area;
+            if (x < area.left || x >= area.right || y < area.top || y >= area.bottom)
+                continue;
+            bins_.pairs.Append(TileNumber(x >> TileShift, y >> TileShift) << 16 |
+                               Append({{number, number, number}, 0, state_}));
+            bins_.coveredPixels += 32;
+        }
+    }
+
+    std::uint32_t Append(const Record& record)
+    {
+        bins_.records.Append(record);
+        return static_cast<std::uint32_t>(bins_.records.Size() - 1);
+    }
+
+    std::uint32_t TileNumber(int x, int y) const { return static_cast<std::uint32_t>(y * batch_.tilesPerRow + x); }
+
+    void AddToTiles(std::uint32_t number, const TileRange& tiles)
+    {
+        for (int y = tiles.top; y <= tiles.bottom; ++y)
+            for (int x = tiles.left; x <= tiles.right; ++x)
+                bins_.pairs.Append(TileNumber(x, y) << 16 | number);
+    }
+
+public:
+    static bool IsTranslucent(const Batch& batch, const DrawState& state, std::uint32_t triangle)
+    {
+        if (state.isTextureTranslucent)
+            return true;
+        const Part& part = batch.parts[state.part];
+        const DrawMesh& mesh = *part.item->mesh;
+        if (state.isFlat)
+            return batch.faces.colors[mesh.triangleFace[triangle] + part.faceBase].alpha < 1;
+        const std::uint32_t* indices = mesh.indices.data() + 3 * std::size_t{triangle};
+        return std::any_of(indices, indices + 3, [&](std::uint32_t vertex)
+                           { return batch.vertices.colors[vertex + part.vertexBase].alpha < 1; });
+    }
+
+private:
+    const Batch& batch_;
+    Bins& bins_;
+    std::uint32_t state_ = 0;
+    TriangleSurvivors survivors_;
+};
+
+/// Larger floats become smaller keys.
+std::uint32_t DescendingKey(float value)
+{
+    const std::uint32_t bits = std::bit_cast<std::uint32_t>(value + 0.0F);
+    return (bits & 0x80000000U) != 0 ? bits : ~bits & 0x7FFFFFFFU;
+}
+
+} // namespace
+
+void SetUpUnit(const Batch& batch, const WorkUnit& unit, Bins& bins)
+{
+    bins.Clear();
+    UnitSetup setup{batch, bins};
+    for (std::uint32_t i = 0; i < unit.segmentCount; ++i)
+    {
+        const Segment& segment = batch.segments[unit.firstSegment + i];
+        if (batch.isSorted)
+            setup.RunSorted(segment);
+        else
+            setup.Run(segment);
+    }
+    bins.Close(batch.tileCount);
+}
+
+void CollectSorted(const Batch& batch, const Segment& segment, Buffer<SortedTriangle>& sorted)
+{
+    const DrawState& state = batch.states[segment.state];
+    const Part& part = batch.parts[state.part];
+    const DrawMesh& mesh = *part.item->mesh;
+    for (std::uint32_t triangle = segment.first; triangle < segment.first + segment.count; ++triangle)
+    {
+        if (!UnitSetup::IsTranslucent(batch, state, triangle))
+            continue;
+        double depth = 0;
+        for (int corner = 0; corner < 3; ++corner)
+        {
+            const std::uint32_t v = mesh.indices[3 * std::size_t{triangle} + corner];
+            depth += TransformPoint({mesh.x[v], mesh.y[v], mesh.z[v]}, part.toCamera).z / 3;
+        }
+        if (std::isfinite(depth))
+            sorted.Append({DescendingKey(static_cast<float>(depth)), segment.state, triangle});
+    }
+}
+
+} // namespace lumora::rgb

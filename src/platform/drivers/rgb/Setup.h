@@ -1,0 +1,18 @@
+// The set-up stage: from a work unit's primitives to bins.
+#pragma once
+
+#include "platform/drivers/rgb/Frame.h"
+
+namespace lumora::rgb
+{
+
+/// Most primitives in a work unit: clipping makes at most seven triangles of one, and a record's number has 16 bits.
+inline constexpr std::uint32_t MostPrimitives = 4096;
+
+/// Fills `bins` with the primitives of `unit`.
+void SetUpUnit(const Batch& batch, const WorkUnit& unit, Bins& bins);
+
+/// Fills `sorted` with the translucent triangles of a segment in Transparency::Sorted, with their depth keys.
+void CollectSorted(const Batch& batch, const Segment& segment, Buffer<SortedTriangle>& sorted);
+
+} // namespace lumora::rgb

@@ -1,0 +1,118 @@
+#include "platform/drivers/rgb/Threads.h"
+
+#include <chrono>
+
+#if defined(__x86_64__) || defined(__i386__)
+#include <immintrin.h>
+#endif
+
+namespace lumora::rgb
+{
+
+namespace
+{
+
+constexpr auto SpinTime = std::chrono::microseconds(60);
+
+void Pause()
+{
+#if defined(__x86_64__) || defined(__i386__)
+    _mm_pause();
+#else
+    std::this_thread::yield();
+#endif
+}
+
+} // namespace
+
+Crew::~Crew()
+{
+    {
+        const std::lock_guard lock{mutex_};
+        ends_ = true;
+    }
+    wakes_.notify_all();
+    for (std::thread& helper : helpers_)
+        helper.join();
+}
+
+void Crew::StartHelpers()
+{
+    while (static_cast<int>(helpers_.size()) < size_ - 1)
+    {
+        try
+        {
+            helpers_.emplace_back([this, worker = static_cast<int>(helpers_.size()) + 1] { Help(worker); });
+        }
+        catch (const std::system_error&)
+        {
+            size_ = static_cast<int>(helpers_.size()) + 1; // the system gives no more
+        }
+    }
+}
+
+void Crew::RunShared(std::size_t count, Call call, void* context)
+{
+    StartHelpers();
+    call_ = call;
+    context_ = context;
+    count_ = count;
+    next_.store(0);
+    const std::uint64_t job = announced_.load() + 1;
+    open_.store(job);
+    announced_.store(job);
+    if (sleepers_.load() != 0)
+    {
+        { const std::lock_guard lock{mutex_}; }
+        wakes_.notify_all();
+    }
+    TakeUnits(0);
+    open_.store(0);
+    for (int spins = 0; entered_.load() != 0; ++spins)
+        if (spins < 4096)
+            Pause();
+        else
+            std::this_thread::yield();
+}
+
+void Crew::TakeUnits(int worker)
+{
+    for (std::size_t unit = next_.fetch_add(1); unit < count_; unit = next_.fetch_add(1))
+        call_(context_, unit, worker);
+}
+
+void Crew::Help(int worker)
+{
+    std::uint64_t seen = 0;
+    while (true)
+    {
+        seen = AwaitJob(seen);
+        if (ends_.load())
+            return;
+        entered_.fetch_add(1);
+        if (open_.load() == seen)
+            TakeUnits(worker);
+        entered_.fetch_sub(1);
+    }
+}
+
+std::uint64_t Crew::AwaitJob(std::uint64_t seen)
+{
+    const auto start = std::chrono::steady_clock::now();
+    do
+    {
+        for (int i = 0; i < 64; ++i)
+        {
+            if (const std::uint64_t job = announced_.load(); job != seen)
+                return job;
+            Pause();
+        }
+    } while (std::chrono::steady_clock::now() - start < SpinTime);
+    std::unique_lock lock{mutex_};
+    sleepers_.fetch_add(1);
+    wakes_.wait(lock, [&] { return ends_.load() || announced_.load() != seen; });
+    sleepers_.fetch_sub(1);
+    return announced_.load();
+}
+
+} // namespace lumora::rgb

@@ -1,0 +1,68 @@
+// The threads that draw: the calling one and its helpers.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace lumora::rgb
+{
+
+/// Shares work units out. The calling thread works too, and never waits for a helper that has not begun: one that wakes
+/// late finds the job closed. Helpers spin briefly after a job, since the next one mostly follows at once, then sleep.
+class Crew
+{
+public:
+    /// `size` threads including the calling one. Helpers start with the first shared job.
+    explicit Crew(int size) : size_(size) {}
+    ~Crew();
+    Crew(const Crew&) = delete;
+    Crew& operator=(const Crew&) = delete;
+
+    int Size() const { return size_; }
+
+    /// Calls work(unit, worker) once for each unit below `count`, in any order; worker is below Size() and no two calls
+    /// with the same worker overlap. Units are handed out in order. `alone`: on the calling thread only.
+    template<typename Work>
+    void Run(std::size_t count, bool alone, Work& work)
+    {
+        if (alone || size_ == 1 || count < 2)
+        {
+            for (std::size_t unit = 0; unit < count; ++unit)
+                work(unit, 0);
+            return;
+        }
+        RunShared(count, [](void* context, std::size_t unit, int worker) { (*static_cast<Work*>(context))(unit, worker); },
+                  &work);
+    }
+
+private:
+    using Call = void (*)(void* context, std::size_t unit, int worker);
+
+    void RunShared(std::size_t count, Call call, void* context);
+    void StartHelpers();
+    void Help(int worker);
+    std::uint64_t AwaitJob(std::uint64_t seen);
+    void TakeUnits(int worker);
+
+    int size_;
+    std::vector<std::thread> helpers_;
+
+    // The job. Helpers read these only between entering (entered_) and leaving, while the job is open.
+    Call call_ = nullptr;
+    void* context_ = nullptr;
+    std::size_t count_ = 0;
+    alignas(64) std::atomic<std::size_t> next_{0};
+    alignas(64) std::atomic<std::uint64_t> announced_{0}; ///< number of the last job
+    std::atomic<std::uint64_t> open_{0};                  ///< number of the job that may be entered, or 0
+    std::atomic<int> entered_{0};
+    std::atomic<int> sleepers_{0};
+    std::atomic<bool> ends_{false};
+    std::mutex mutex_;
+    std::condition_variable wakes_;
+};
+
+} // namespace lumora::rgb

@@ -1,0 +1,154 @@
+#include "platform/drivers/rgb/Tiles.h"
+
+#include <algorithm>
+
+namespace lumora::rgb
+{
+
+void DepthStore::Reset(std::uint32_t tileCount)
+{
+    depths_.Resize(std::size_t{tileCount} * TilePixels);
+    blocks_.Resize(std::size_t{tileCount} * BlocksPerTile);
+    isClear_.Resize(tileCount);
+    std::fill_n(isClear_.Data(), tileCount, std::uint8_t{1});
+}
+
+namespace
+{
+
+/// One tile while it is drawn. A clear of the whole tile costs nothing until something is drawn over it.
+class TilePainter
+{
+public:
+    TilePainter(const Batch& batch, std::uint32_t tile, const PixelView& target, DepthStore& depth,
+                std::uint32_t* colors)
+        : batch_(batch), target_(target), isDepthClear_(depth.IsClear(tile)),
+          view_{colors, depth.Depths(tile), depth.BlockFarthest(tile),
+                static_cast<int>(tile) % batch.tilesPerRow * TileSize,
+                static_cast<int>(tile) / batch.tilesPerRow * TileSize},
+          bounds_(Intersection(target.Bounds(),
+                               {view_.left, view_.top, view_.left + TileSize, view_.top + TileSize}))
+    {
+    }
+
+    void Draw(const Bins& bins, std::uint32_t first, std::uint32_t end)
+    {
+        const std::uint16_t* references = bins.references.Data();
+        while (first < end)
+        {
+            const std::uint32_t number = bins.records[references[first]].state;
+            std::uint32_t last = first + 1;
+            while (last < end && bins.records[references[last]].state == number)
+                ++last;
+            const DrawState& state = batch_.states[number];
+            if (state.primitive == Primitive::Clear)
+            {
+                Clear(state);
+            }
+            else
+            {
+                LoadColors();
+                FillDepth();
+                state.drawRun(view_, batch_, bins, state, references + first, last - first);
+            }
+            first = last;
+        }
+    }
+
+    void Finish()
+    {
+        if (colors_ == Colors::Untouched)
+            return;
+        for (int y = bounds_.top; y < bounds_.bottom; ++y)
+        {
+            std::uint32_t* row = target_.Row(y) + bounds_.left;
+            if (colors_ == Colors::Cleared)
+                std::fill_n(row, bounds_.Width(), clearColor_);
+            else
+                std::copy_n(view_.colors + (y - view_.top) * TileSize, bounds_.Width(), row);
+        }
+    }
+
+private:
+    enum class Colors
+    {
+        Untouched, ///< in the target
+        Cleared,   ///< all clearColor_
+        Loaded,    ///< in the tile
+    };
+
+    void Clear(const DrawState& state)
+    {
+        const PixelRect area = Intersection(state.area, bounds_);
+        const bool isAll = area == bounds_;
+        if (state.clear.color && isAll)
+        {
+            colors_ = Colors::Cleared;
+            clearColor_ = state.clearColor;
+        }
+        else if (state.clear.color)
+        {
+            LoadColors();
+            FillRows(view_.colors, area, state.clearColor);
+        }
+        if (state.clear.depth && isAll)
+            isDepthClear_ = 1;
+        else if (state.clear.depth && isDepthClear_ == 0)
+            ClearDepthPart(area);
+    }
+
+    void ClearDepthPart(const PixelRect& area)
+    {
+        FillRows(view_.depths, area, FarthestDepth);
+        for (int y = (area.top - view_.top) >> BlockShift; y <= (area.bottom - 1 - view_.top) >> BlockShift; ++y)
+            for (int x = (area.left - view_.left) >> BlockShift; x <= (area.right - 1 - view_.left) >> BlockShift; ++x)
+                view_.blockFarthest[y * BlocksPerRow + x] = FarthestDepth;
+    }
+
+    template<typename T>
+    void FillRows(T* tile, const PixelRect& area, T value) const
+    {
+        for (int y = area.top; y < area.bottom; ++y)
+            std::fill_n(tile + (y - view_.top) * TileSize + area.left - view_.left, area.Width(), value);
+    }
+
+    void LoadColors()
+    {
+        if (colors_ == Colors::Cleared)
+            std::fill_n(view_.colors, TilePixels, clearColor_);
+        else if (colors_ == Colors::Untouched)
+            for (int y = bounds_.top; y < bounds_.bottom; ++y)
+                std::copy_n(target_.Row(y) + bounds_.left, bounds_.Width(), view_.colors + (y - view_.top) * TileSize);
+        colors_ = Colors::Loaded;
+    }
+
+    void FillDepth()
+    {
+        if (isDepthClear_ == 0)
+            return;
+        std::fill_n(view_.depths, TilePixels, FarthestDepth);
+        std::fill_n(view_.blockFarthest, BlocksPerTile, FarthestDepth);
+        isDepthClear_ = 0;
+    }
+
+    const Batch& batch_;
+    const PixelView& target_;
+    std::uint8_t& isDepthClear_;
+    TileView view_;
+    PixelRect bounds_;
+    Colors colors_ = Colors::Untouched;
+    std::uint32_t clearColor_ = 0;
+};
+
+} // namespace
+
+void DrawTile(const Batch& batch, std::span<Bins> bins, std::uint32_t tile, const PixelView& target, DepthStore& depth,
+              std::uint32_t* colors)
+{
+    TilePainter painter{batch, tile, target, depth, colors};
+    for (const Bins& unit : bins)
+        painter.Draw(unit, unit.offsets[tile], unit.offsets[tile + 1]);
+    painter.Finish();
+}
+
+} // namespace lumora::rgb
