@@ -100,12 +100,6 @@ void AddGlassBall(const std::shared_ptr<Frame>& scene, std::vector<Occluder>& oc
     occluders.push_back({BallCentre, 0.44F});
 }
 
-// What reaches below the floor goes back along the axis: crystals end on it.
-Double3 OnFloor(Double3 position, Double3 axis)
-{
-    return position.y < 0 ? position - axis * (position.y / axis.y) : position;
-}
-
 void AddCrystals(const std::shared_ptr<Frame>& scene, std::vector<Occluder>& occluders)
 {
     struct Crystal
@@ -130,8 +124,13 @@ void AddCrystals(const std::shared_ptr<Frame>& scene, std::vector<Occluder>& occ
         const Double3 right = Normalized(Cross(up, Double3{0, 0, 1}));
         const Matrix4 pose = Matrix4::FromAxes(right, up, Cross(right, up), {});
         for (Vector& position : shape.positions)
-            position = OnFloor(TransformPoint(position + Vector{0, crystal.height * 0.85F, 0}, pose), up).ToVector() +
-                       crystal.foot;
+        {
+            const bool atFoot = position.y < 0;
+            Double3 leaning = TransformPoint(position + Vector{0, crystal.height * 0.85F, 0}, pose);
+            if (atFoot) // along the axis to the floor
+                leaning = leaning - up * (leaning.y / up.y);
+            position = leaning.ToVector() + crystal.foot;
+        }
         for (Vector& normal : shape.normals)
             normal = TransformDirection(normal, pose).ToVector();
         Place(scene, shape, {crystal.color, 0.88F, 30, 0.9F, crystal.color * 0.10F});
@@ -198,8 +197,8 @@ std::shared_ptr<Texture> MakeSkyTexture()
         Vector color;
     };
     constexpr Stop Stops[] = {
-        {-1.0, {0.08F, 0.085F, 0.12F}}, {-0.5, {0.14F, 0.14F, 0.19F}}, {-0.22, {0.29F, 0.26F, 0.32F}},
-        {0.0, {0.72F, 0.54F, 0.47F}},   {0.10, {0.60F, 0.49F, 0.53F}}, {0.35, {0.25F, 0.27F, 0.42F}},
+        {-1.0, {0.08F, 0.085F, 0.12F}}, {-0.5, {0.14F, 0.14F, 0.19F}}, {-0.22, {0.30F, 0.28F, 0.37F}},
+        {0.0, {0.90F, 0.68F, 0.57F}},   {0.10, {0.70F, 0.57F, 0.62F}}, {0.35, {0.25F, 0.27F, 0.42F}},
         {1.0, {0.06F, 0.08F, 0.18F}},
     };
     constexpr int Height = 512;

@@ -21,7 +21,7 @@ constexpr const char* Rectangle = "v 0 0 0\nv 1 0 0\nv 1 0.5 0\nv 0 0.5 0\nf 1 2
 constexpr const char* Triangle = "v -1 -1 0\nv 1 -1 0\nv 0.3 1 0\nf 1 2 3\n";
 
 constexpr const char* Cube = "v -1 -1 -1\nv 1 -1 -1\nv 1 1 -1\nv -1 1 -1\nv -1 -1 1\nv 1 -1 1\nv 1 1 1\nv -1 1 1\n"
-                             "f 1 2 3 4\nf 5 8 7 6\nf 1 5 6 2\nf 2 6 7 3\nf 3 7 8 4\nf 4 8 5 1\n";
+                             "f 4 3 2 1\nf 6 7 8 5\nf 2 6 5 1\nf 3 7 6 2\nf 4 8 7 3\nf 1 5 8 4\n";
 
 class ModelPicture : public testing::Test
 {
