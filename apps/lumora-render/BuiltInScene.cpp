@@ -133,7 +133,7 @@ void AddCrystals(const std::shared_ptr<Frame>& scene, std::vector<Occluder>& occ
         }
         for (Vector& normal : shape.normals)
             normal = TransformDirection(normal, pose).ToVector();
-        Place(scene, shape, {crystal.color, 0.88F, 30, 0.9F, crystal.color * 0.10F});
+        Place(scene, shape, {crystal.color, 1, 30, 0.9F, crystal.color * 0.10F});
         for (float part = 0.1F; part < 1.9F; part += 0.2F)
             occluders.push_back({crystal.foot + (up * (crystal.height * part)).ToVector(), crystal.radius * 0.9F});
     }
@@ -175,7 +175,7 @@ void AddMarbles(const std::shared_ptr<Frame>& scene, std::vector<Occluder>& occl
 
 void AddGround(const std::shared_ptr<Frame>& scene, const std::vector<Occluder>& occluders)
 {
-    constexpr int Cells = 24;
+    constexpr int Cells = 48; // small enough to be sorted right against the glass
     const auto mesh = ToMesh(MakeGrid(Cells, Cells,
                                       [](double u, double v)
                                       {

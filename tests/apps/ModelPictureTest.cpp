@@ -99,7 +99,7 @@ TEST_F(ModelPicture, is_framed_from_a_corner_when_no_view_is_given)
     EXPECT_GE(std::min(found.top, 199 - found.bottom), 2);
     EXPECT_LE(found.top, 6);
     // Three sides of the cube in three shades.
-    const std::set<std::uint32_t> shades{pixels.At(150, 40), pixels.At(110, 120), pixels.At(190, 120)};
+    const std::set<std::uint32_t> shades{pixels.At(150, 20), pixels.At(110, 120), pixels.At(190, 120)};
     EXPECT_EQ(shades.size(), 3u);
     EXPECT_EQ(shades.count(pixels.At(0, 0)), 0u);
 }
