@@ -124,7 +124,13 @@ void AddCrystals(const std::shared_ptr<Frame>& scene, std::vector<Occluder>& occ
         const Double3 right = Normalized(Cross(up, Double3{0, 0, 1}));
         const Matrix4 pose = Matrix4::FromAxes(right, up, Cross(right, up), {});
         for (Vector& position : shape.positions)
-            position = TransformPoint(position + Vector{0, crystal.height * 0.85F, 0}, pose).ToVector() + crystal.foot;
+        {
+            const bool atFoot = position.y < 0;
+            Double3 leaning = TransformPoint(position + Vector{0, crystal.height * 0.85F, 0}, pose);
+            if (atFoot) // along the axis to the floor
+                leaning = leaning - up * (leaning.y / up.y);
+            position = leaning.ToVector() + crystal.foot;
+        }
         for (Vector& normal : shape.normals)
             normal = TransformDirection(normal, pose).ToVector();
         Place(scene, shape, {crystal.color, 0.88F, 30, 0.9F, crystal.color * 0.10F});
@@ -136,7 +142,7 @@ void AddCrystals(const std::shared_ptr<Frame>& scene, std::vector<Occluder>& occ
 void AddArches(const std::shared_ptr<Frame>& scene, std::vector<Occluder>& occluders)
 {
     constexpr Vector Colors[] = {{0.95F, 0.80F, 0.52F}, {0.36F, 0.66F, 0.66F}, {0.24F, 0.36F, 0.62F}};
-    constexpr int Beads = 80;
+    constexpr int Beads = 200;
     for (int i = 0; i < 3; ++i)
     {
         const auto curve = [radius = ArchRadii[i]](double t) { return ArchAt(radius, t); };
@@ -191,8 +197,8 @@ std::shared_ptr<Texture> MakeSkyTexture()
         Vector color;
     };
     constexpr Stop Stops[] = {
-        {-1.0, {0.08F, 0.085F, 0.12F}}, {-0.5, {0.14F, 0.14F, 0.19F}}, {-0.22, {0.29F, 0.26F, 0.32F}},
-        {0.0, {0.72F, 0.54F, 0.47F}},   {0.10, {0.60F, 0.49F, 0.53F}}, {0.35, {0.25F, 0.27F, 0.42F}},
+        {-1.0, {0.08F, 0.085F, 0.12F}}, {-0.5, {0.14F, 0.14F, 0.19F}}, {-0.22, {0.30F, 0.28F, 0.37F}},
+        {0.0, {0.90F, 0.68F, 0.57F}},   {0.10, {0.70F, 0.57F, 0.62F}}, {0.35, {0.25F, 0.27F, 0.42F}},
         {1.0, {0.06F, 0.08F, 0.18F}},
     };
     constexpr int Height = 512;
@@ -251,7 +257,7 @@ Stage MakeBuiltInScene()
     AddMarbles(stage.scene, occluders);
     AddGround(stage.scene, occluders);
     AddLights(stage.scene);
-    stage.focus = {{-4.3F, 0, -2.6F}, {4.3F, 3.9F, 2.0F}};
+    stage.focus = {{-4.0F, 0, -2.1F}, {4.1F, 4.35F, 1.6F}};
     stage.extent = stage.scene->Bounds(nullptr);
     stage.hasLights = true;
     stage.background = Horizon;

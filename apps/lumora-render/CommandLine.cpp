@@ -128,7 +128,10 @@ Setting ParseSetting(const std::string& text)
     }
     catch (const RuntimeError& failure)
     {
-        throw UsageError{failure.Description()};
+        std::string sentence = failure.Description();
+        if (sentence.find(name) == std::string::npos)
+            sentence = "The property " + name + " does not take " + text.substr(equals + 1) + ": " + sentence;
+        throw UsageError{sentence};
     }
 }
 

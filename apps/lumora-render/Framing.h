@@ -17,7 +17,7 @@ struct FramingOptions
     bool orthographic = false;
     int width = 1; ///< the picture, pixels
     int height = 1;
-    std::optional<float> front; ///< the front plane is to be here, scene units from the camera
+    std::optional<float> front{}; ///< the front plane is to be here, scene units from the camera
 };
 
 /// A camera and its clipping planes, as the control takes them.

@@ -116,13 +116,15 @@ void Session::ApplySettings()
 }
 
 // A main light over the viewer's left shoulder, a weak cool one from the right, and some from everywhere: forms show,
-// and nothing is black however the camera turns.
+// and nothing is black however the camera turns. The one from behind draws rims, and gives form to models whose faces
+// are wound the wrong way.
 void Session::LightFromCamera()
 {
     const std::shared_ptr<Frame> camera = hosted_->Control().Camera();
-    AddLight(camera, LightKind::Ambient, {0.24F, 0.25F, 0.28F}, {0, 0, 1});
-    AddLight(camera, LightKind::Directional, {0.78F, 0.76F, 0.72F}, {0.55F, -0.6F, 1});
+    AddLight(camera, LightKind::Ambient, {0.28F, 0.29F, 0.32F}, {0, 0, 1});
+    AddLight(camera, LightKind::Directional, {0.98F, 0.95F, 0.90F}, {0.55F, -0.6F, 1});
     AddLight(camera, LightKind::Directional, {0.16F, 0.18F, 0.22F}, {-1, 0.25F, 0.6F});
+    AddLight(camera, LightKind::Directional, {0.42F, 0.42F, 0.44F}, {0.5F, -0.7F, -1});
 }
 
 void Session::PlaceAsTold(const CameraPlacement& placement)

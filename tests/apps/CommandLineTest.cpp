@@ -1,0 +1,159 @@
+// What the program answers, whatever it is told.
+#include "apps/RenderProgram.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <set>
+
+namespace lumora::tests
+{
+
+namespace
+{
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+struct Refusal
+{
+    const char* name;
+    std::vector<std::string> arguments; // besides the output
+    int status;
+    const char* sentence; // a part of it
+};
+
+class RefusedCommandLine : public testing::TestWithParam<Refusal>
+{
+};
+
+TEST_P(RefusedCommandLine, is_answered_with_one_sentence_and_no_picture)
+{
+    const TemporaryFolder folder;
+    auto arguments = GetParam().arguments;
+    arguments.insert(arguments.end(), {"-o", folder / "out.png"});
+    const Outcome outcome = Render(arguments);
+    EXPECT_EQ(outcome.status, GetParam().status);
+    EXPECT_THAT(outcome.complaint, HasSubstr(GetParam().sentence));
+    EXPECT_EQ(CountLines(outcome.complaint), 1u) << outcome.complaint;
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_THAT(folder.Names(), ElementsAre());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    CommandLine, RefusedCommandLine,
+    testing::Values(
+        Refusal{"size_without_height", {"--size", "640"}, 2, "--size needs"},
+        Refusal{"size_zero", {"--size", "0x480"}, 2, "--size needs"},
+        Refusal{"size_too_large", {"--size", "16385x1"}, 2, "--size needs"},
+        Refusal{"size_with_rest", {"--size", "64x48x2"}, 2, "--size needs"},
+        Refusal{"view_misspelt", {"--view", "frnt"}, 2, "did you mean \"front\"?"},
+        Refusal{"projection_misspelt", {"--projection", "ortographic"}, 2, "did you mean \"orthographic\"?"},
+        Refusal{"device_misspelt", {"--device", "rbg"}, 2, "did you mean \"rgb\"?"},
+        Refusal{"camera_of_eight", {"--camera", "0,0,0,0,0,1,0,1"}, 2, "nine numbers"},
+        Refusal{"camera_of_ten", {"--camera", "0,0,0,0,0,1,0,1,0,0"}, 2, "nine numbers"},
+        Refusal{"camera_not_finite", {"--camera", "nan,0,0,0,0,1,0,1,0"}, 2, "nine numbers"},
+        Refusal{"camera_and_view", {"--camera", "0,0,0,0,0,1,0,1,0", "--view", "top"}, 2, "exclude each other"},
+        Refusal{"camera_without_direction", {"--camera", "0,0,0,0,0,0,0,1,0"}, 1, ""},
+        Refusal{"antialias_three", {"--antialias", "3"}, 2, "1, 2 or 4"},
+        Refusal{"frames_zero", {"--frames", "0"}, 2, "from 1 to 100000"},
+        Refusal{"frames_many", {"--frames", "100001"}, 2, "from 1 to 100000"},
+        Refusal{"frames_no_number", {"--frames", "many"}, 2, "frames"},
+        Refusal{"unknown_option", {"--turn-table"}, 2, "--turn-table"},
+        Refusal{"property_misspelt", {"--set", "FieldOfVeiw=1"}, 2, "did you mean \"FieldOfView\"?"},
+        Refusal{"property_read_only", {"--set", "ViewportState=1"}, 2, "ViewportState is read-only"},
+        Refusal{"property_an_object", {"--set", "Scene=1"}, 2, "Scene"},
+        Refusal{"property_without_value", {"--set", "FieldOfView"}, 2, "Name=value"},
+        Refusal{"value_misspelt", {"--set", "FillMode=D3DRMFILL_WIREFAME"}, 2, "D3DRMFILL_WIREFRAME"},
+        Refusal{"value_of_another_kind", {"--set", "Accumulate=perhaps"}, 2, "Accumulate"},
+        Refusal{"value_out_of_range", {"--set", "CoolMode=4294967296"}, 2, "CoolMode"},
+        Refusal{"value_the_platform_refuses", {"--set", "FieldOfView=-1"}, 1, "FieldOfView"},
+        Refusal{"model_missing", {"/nowhere/model.obj"}, 1, "/nowhere/model.obj"}),
+    [](const auto& test) { return std::string{test.param.name}; });
+
+TEST(CommandLine, needs_a_name_for_the_picture)
+{
+    const Outcome outcome = Render({});
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_THAT(outcome.complaint, HasSubstr("--output"));
+    EXPECT_EQ(CountLines(outcome.complaint), 1u);
+}
+
+TEST(CommandLine, writes_pictures_under_names_of_pictures_alone)
+{
+    for (const char* name : {"picture.jpg", "picture", "a%d-%d.png", "a%0123456789d.png"})
+    {
+        const TemporaryFolder folder;
+        const Outcome outcome = Render({"-o", folder / name});
+        EXPECT_EQ(outcome.status, 2) << name;
+        EXPECT_EQ(CountLines(outcome.complaint), 1u) << outcome.complaint;
+        EXPECT_THAT(folder.Names(), ElementsAre());
+    }
+}
+
+TEST(CommandLine, says_when_the_folder_of_the_picture_is_missing)
+{
+    const TemporaryFolder folder;
+    const Outcome outcome = Render({"-o", folder / "missing/out.png"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.complaint, HasSubstr("does not exist"));
+    EXPECT_EQ(CountLines(outcome.complaint), 1u);
+}
+
+TEST(CommandLine, leaves_the_picture_before_alone_when_it_fails)
+{
+    const TemporaryFolder folder;
+    folder.Write("out.png", "the picture before");
+    EXPECT_EQ(Render({"/nowhere/model.obj", "-o", folder / "out.png"}).status, 1);
+    EXPECT_EQ(folder.Read("out.png"), "the picture before");
+    EXPECT_THAT(folder.Names(), ElementsAre("out.png"));
+}
+
+TEST(CommandLine, explains_itself_on_standard_output)
+{
+    const Outcome help = Render({"--help"});
+    EXPECT_EQ(help.status, 0);
+    for (const char* option : {"--output", "--size", "--view", "--projection", "--camera", "--device", "--antialias",
+                               "--cool-mode", "--expose", "--set", "--frames", "--turntable", "--stats", "--version"})
+        EXPECT_THAT(help.output, HasSubstr(option));
+    EXPECT_EQ(help.complaint, "");
+
+    const Outcome version = Render({"--version"});
+    EXPECT_EQ(version.status, 0);
+    EXPECT_THAT(version.output, testing::MatchesRegex("lumora-render [0-9.]+\n"));
+}
+
+TEST(Statistics, are_one_line_of_json)
+{
+    const TemporaryFolder folder;
+    const Outcome outcome =
+        Render({"-o", folder / "out.png", "--size", "40x30", "--frames", "3", "--device", "ref", "--stats"});
+    ASSERT_EQ(outcome.status, 0) << outcome.complaint;
+    EXPECT_EQ(CountLines(outcome.output), 1u);
+    const auto statistics = nlohmann::json::parse(outcome.output);
+    EXPECT_THAT(statistics.at("driver").get<std::string>(), HasSubstr("Ref"));
+    EXPECT_GT(statistics.at("triangles").get<int>(), 1000);
+    EXPECT_EQ(statistics.at("width"), 40);
+    EXPECT_EQ(statistics.at("height"), 30);
+    EXPECT_EQ(statistics.at("frames"), 3);
+    EXPECT_GT(statistics.at("medianFrameMilliseconds").get<double>(), 0);
+    EXPECT_GE(statistics.at("worstFrameMilliseconds").get<double>(),
+              statistics.at("medianFrameMilliseconds").get<double>());
+    EXPECT_GE(statistics.at("loadMilliseconds").get<double>(), 0);
+}
+
+TEST(BuiltInScene, is_rich_and_the_same_at_every_run)
+{
+    const TemporaryFolder folder;
+    ASSERT_EQ(Render({"-o", folder / "a.png", "--size", "160x100"}).status, 0);
+    ASSERT_EQ(Render({"-o", folder / "b.png", "--size", "160x100"}).status, 0);
+    EXPECT_EQ(folder.Read("a.png"), folder.Read("b.png"));
+    const Pixels pixels = ReadPixels(folder / "a.png");
+    EXPECT_EQ(pixels.width, 160);
+    EXPECT_EQ(pixels.height, 100);
+    EXPECT_GT(std::set(pixels.colors.begin(), pixels.colors.end()).size(), 2000u);
+}
+
+} // namespace
+
+} // namespace lumora::tests

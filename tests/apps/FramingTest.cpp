@@ -1,0 +1,198 @@
+// Framing, judged by projecting what was framed as the picture's conventions say.
+#include "lumora-render/Framing.h"
+
+#include "platform/automation/RuntimeError.h"
+#include "platform/math/Matrix.h"
+
+#include <algorithm>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+
+namespace lumora::tests
+{
+
+namespace
+{
+
+using render::Framing;
+using render::FramingOptions;
+
+const Box Boxes[] = {
+    {{-1, -1, -1}, {1, 1, 1}},
+    {{0, 0, 0}, {10, 0.5F, 3}},
+    {{-0.001F, -0.002F, -0.0005F}, {0.001F, 0.002F, 0.0005F}},
+    {{1000, 2000, -3000}, {1010, 2050, -2900}},
+    {{-1e6F, -2, -1e6F}, {1e6F, 2, 1e6F}},
+    {{-1, 0, -1}, {1, 0, 1}}, // flat
+    {{-1, -50, -1}, {1, 50, 1}},
+};
+
+const FramingOptions Views[] = {
+    {{0, 0, 1}, {0, 1, 0}},
+    {{0, 0, -1}, {0, 1, 0}},
+    {{0, -1, 0}, {0, 0, 1}},
+    {{-1, 0, 0}, {0, 1, 0}},
+    {render::ThreeQuarterDirection, {0, 1, 0}},
+    {{3, 4, -5}, {0.3F, -1, 0.2F}},
+};
+
+struct Size
+{
+    int width;
+    int height;
+};
+constexpr Size Sizes[] = {{640, 480}, {300, 900}, {512, 512}, {1600, 100}};
+
+// A point in the picture: x and y in -1..1 across the window, z the distance along the camera's direction.
+struct Projected
+{
+    double x;
+    double y;
+    double z;
+};
+
+Projected Project(Vector point, const Framing& framing, const FramingOptions& options)
+{
+    const Double3 forward = Normalized(options.direction);
+    const Double3 right = Normalized(Cross(Double3{options.up}, forward));
+    const Double3 up = Cross(forward, right);
+    const Double3 seen = Double3{point} - framing.position;
+    const double z = Dot(seen, forward);
+    const double onFrontPlane = options.orthographic ? 1.0 : framing.front / z;
+    const double larger = std::max(options.width, options.height);
+    return {Dot(seen, right) * onFrontPlane / framing.field * larger / options.width,
+            Dot(seen, up) * onFrontPlane / framing.field * larger / options.height, z};
+}
+
+template<typename Check>
+void ForEveryCase(Check check)
+{
+    for (const Box& box : Boxes)
+        for (FramingOptions options : Views)
+            for (const Size& size : Sizes)
+                for (const bool orthographic : {false, true})
+                {
+                    options.width = size.width;
+                    options.height = size.height;
+                    options.orthographic = orthographic;
+                    SCOPED_TRACE(testing::Message()
+                                 << "box to " << box.maximum.x << ", " << box.maximum.y << ", " << box.maximum.z
+                                 << " direction " << options.direction.x << ", " << options.direction.y << ", "
+                                 << options.direction.z << " " << size.width << "x" << size.height
+                                 << (orthographic ? " orthographic" : " perspective"));
+                    check(box, options);
+                }
+}
+
+TEST(Framing, shows_the_whole_box_and_fills_the_picture_with_it)
+{
+    ForEveryCase(
+        [](const Box& box, const FramingOptions& options)
+        {
+            const auto corners = render::CornersOf(box);
+            const Framing framing = render::FramePoints(corners, corners, options);
+            double outermost = 0;
+            for (const Vector& corner : corners)
+            {
+                const Projected there = Project(corner, framing, options);
+                EXPECT_LT(std::abs(there.x), 0.995);
+                EXPECT_LT(std::abs(there.y), 0.995);
+                EXPECT_GT(there.z, framing.front);
+                EXPECT_LT(there.z, framing.back);
+                outermost = std::max({outermost, std::abs(there.x), std::abs(there.y)});
+            }
+            EXPECT_GT(outermost, 0.93);
+        });
+}
+
+TEST(Framing, puts_the_box_in_the_middle)
+{
+    ForEveryCase(
+        [](const Box& box, const FramingOptions& options)
+        {
+            const auto corners = render::CornersOf(box);
+            const Framing framing = render::FramePoints(corners, corners, options);
+            double left = 1;
+            double right = -1;
+            double bottom = 1;
+            double top = -1;
+            for (const Vector& corner : corners)
+            {
+                const Projected there = Project(corner, framing, options);
+                left = std::min(left, there.x);
+                right = std::max(right, there.x);
+                bottom = std::min(bottom, there.y);
+                top = std::max(top, there.y);
+            }
+            // The side that decides the distance has equal margins.
+            const bool wide = right - left > top - bottom;
+            EXPECT_NEAR(wide ? left + right : bottom + top, 0, 0.02);
+        });
+}
+
+TEST(Framing, holds_the_box_however_it_turns)
+{
+    for (const Box& box : Boxes)
+        for (FramingOptions options : Views)
+        {
+            options.width = 640;
+            options.height = 480;
+            const auto circle = render::TurnedCornersOf(box);
+            const Framing framing = render::FramePoints(circle, circle, options);
+            for (int step = 0; step < 36; ++step)
+            {
+                // The camera goes round: the standpoint of this step, and what it sees.
+                const auto stand =
+                    render::Turned({framing.position, options.direction, options.up}, box.Centre(), step * 0.1745);
+                Framing turnedFraming = framing;
+                turnedFraming.position = stand.position;
+                FramingOptions turned = options;
+                turned.direction = stand.direction;
+                turned.up = stand.up;
+                for (const Vector& corner : render::CornersOf(box))
+                {
+                    const Projected there = Project(corner, turnedFraming, turned);
+                    EXPECT_LT(std::max(std::abs(there.x), std::abs(there.y)), 1.0);
+                    EXPECT_GT(there.z, framing.front);
+                    EXPECT_LT(there.z, framing.back);
+                }
+            }
+        }
+}
+
+// What decides the distance would be its width: the camera would all but touch it, and depth would have no precision.
+TEST(Framing, keeps_away_from_a_needle_seen_end_on)
+{
+    const auto corners = render::CornersOf({{-1e-4F, -50, -1e-4F}, {1e-4F, 50, 1e-4F}});
+    const FramingOptions options{{0, -1, 0}, {0, 0, 1}, false, 640, 480};
+    const Framing framing = render::FramePoints(corners, corners, options);
+    EXPECT_LT(framing.back / framing.front, 1000);
+    for (const Vector& corner : corners)
+        EXPECT_LT(std::abs(Project(corner, framing, options).y), 1);
+}
+
+TEST(Framing, keeps_a_front_plane_that_was_asked_for)
+{
+    const auto corners = render::CornersOf(Boxes[0]);
+    FramingOptions options{render::ThreeQuarterDirection, {0, 1, 0}, false, 640, 480, std::nullopt};
+    const Framing free = render::FramePoints(corners, corners, options);
+    options.front = 0.25F;
+    const Framing asked = render::FramePoints(corners, corners, options);
+    EXPECT_EQ(asked.front, 0.25F);
+    EXPECT_NEAR(asked.field / asked.front, free.field / free.front, 1e-6);
+}
+
+TEST(Framing, answers_a_single_point_and_refuses_nothing_at_all)
+{
+    const Vector point{3, 4, 5};
+    const Framing framing = render::FramePoints({&point, 1}, {}, {});
+    EXPECT_TRUE(framing.front > 0 && framing.back > framing.front && framing.field > 0);
+    EXPECT_THROW(render::FramePoints({}, {}, {}), RuntimeError);
+    const auto huge = render::CornersOf({{-3e38F, -3e38F, -3e38F}, {3e38F, 3e38F, 3e38F}});
+    EXPECT_THROW(render::FramePoints(huge, huge, {}), RuntimeError);
+}
+
+} // namespace
+
+} // namespace lumora::tests
