@@ -27,10 +27,10 @@ private:
     std::shared_ptr<Bitmap> bitmap_;
 };
 
-/// Decodes a picture file (PNG, JPEG, uncompressed BMP, GIF's first frame, TGA). The file's size (256 MB) and its dimensions
-/// (Bitmap::MaximumSide each, 8192 by 8192 pixels in all) are checked before anything is decoded, and decoding takes
-/// no more memory than such dimensions need. FileNotFound when it cannot be read; InvalidPicture when it is not a
-/// whole picture, with the reason, or when the library was built without picture files.
+/// Decodes a picture file (PNG, JPEG, uncompressed BMP, GIF's first frame, TGA). The file's size (256 MB) and its
+/// dimensions (Bitmap::MaximumSide each, 8192 by 8192 pixels in all) are checked before anything is decoded, and
+/// decoding takes no more memory than such dimensions need. FileNotFound when it cannot be read; InvalidPicture when it
+/// is not a whole picture, with the reason, or when the library was built without picture files.
 std::shared_ptr<Picture> LoadPicture(const std::string& path);
 
 /// Writes a PNG file of `pixels` (alpha ignored). PathFileAccess when it cannot be written; InvalidCall for no pixels

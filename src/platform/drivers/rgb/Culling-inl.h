@@ -66,8 +66,7 @@ std::uint32_t CullTriangles(const std::uint32_t* indices, std::uint32_t count, s
         const Ints lastY = Least(ShiftedRight<SubPixelShift>(bottom), Splat(state.area.bottom - 1));
         const Mask holdsNone = Either(IsLess(lastX, firstX), IsLess(lastY, firstY));
 
-        const Ints area =
-            (t.x[1] - t.x[0]) * (t.y[2] - t.y[0]) - (t.y[1] - t.y[0]) * (t.x[2] - t.x[0]);
+        const Ints area = (t.x[1] - t.x[0]) * (t.y[2] - t.y[0]) - (t.y[1] - t.y[0]) * (t.x[2] - t.x[0]);
         const Mask clockwise = IsLess(Splat(0), area);
         const Mask counterClockwise = IsLess(area, Splat(0));
         const Mask faces = Either(Except(clockwise, noClockwise), Except(counterClockwise, noCounterClockwise));
@@ -76,14 +75,15 @@ std::uint32_t CullTriangles(const std::uint32_t* indices, std::uint32_t count, s
             continue;
 
         Ints tiles = ShiftedRight<TileShift>(firstX) | ShiftedLeft<8>(ShiftedRight<TileShift>(firstY));
-        tiles = tiles | ShiftedLeft<16>(ShiftedRight<TileShift>(lastX)) | ShiftedLeft<24>(ShiftedRight<TileShift>(lastY));
+        tiles =
+            tiles | ShiftedLeft<16>(ShiftedRight<TileShift>(lastX)) | ShiftedLeft<24>(ShiftedRight<TileShift>(lastY));
         const Mask turn = Except(counterClockwise, unfinished);
         StoreChosen(v[0], keep, survivors.a + kept);
         StoreChosen(Choose(turn, v[2], v[1]), keep, survivors.b + kept);
         StoreChosen(Choose(turn, v[1], v[2]), keep, survivors.c + kept);
         StoreChosen(LaneNumbers() + Splat(static_cast<std::int32_t>(i)), keep, survivors.triangle + kept);
-        kept += StoreChosen(Choose(unfinished, Splat(TriangleSurvivors::Unfinished), tiles), keep,
-                            survivors.tiles + kept);
+        kept +=
+            StoreChosen(Choose(unfinished, Splat(TriangleSurvivors::Unfinished), tiles), keep, survivors.tiles + kept);
     }
     return kept;
 }

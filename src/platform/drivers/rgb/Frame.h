@@ -194,10 +194,10 @@ struct Part
     Matrix4 normals;
     SurfaceMaterial material;
     bool needsCoordinates = false;
-    bool splitsHighlight = false; ///< textured: the highlight stays apart from the diffuse color
-    std::uint32_t vertexBase = 0; ///< index of the mesh's vertex 0 among the batch's, modulo 2^32
-    std::uint32_t faceBase = 0;   ///< the same for face 0
-    std::uint32_t facingBase = 0; ///< and for triangle 0, where that is needed
+    bool splitsHighlight = false;                ///< textured: the highlight stays apart from the diffuse color
+    std::uint32_t vertexBase = 0;                ///< index of the mesh's vertex 0 among the batch's, modulo 2^32
+    std::uint32_t faceBase = 0;                  ///< the same for face 0
+    std::uint32_t facingBase = 0;                ///< and for triangle 0, where that is needed
     const std::uint32_t* faceVertices = nullptr; ///< the first vertex of each face's first triangle
 };
 

@@ -1,5 +1,6 @@
 // All kernels, over whichever lanes were included before. Included inside a namespace, once.
-// clang-format off: the order matters
+// The order matters.
+// clang-format off
 #include "platform/drivers/rgb/LaneMath-inl.h"
 #include "platform/drivers/rgb/Vertices-inl.h"
 #include "platform/drivers/rgb/Culling-inl.h"

@@ -32,8 +32,7 @@ const rgb::Kernels& rgb::KernelsFor(SimdLevel level)
 std::vector<SimdLevel> AvailableSimdLevels()
 {
     std::vector<SimdLevel> levels{SimdLevel::Plain};
-    for (const SimdLevel level :
-         {SimdLevel::Sse4, SimdLevel::Avx2, SimdLevel::Avx512, SimdLevel::Neon})
+    for (const SimdLevel level : {SimdLevel::Sse4, SimdLevel::Avx2, SimdLevel::Avx512, SimdLevel::Neon})
         if (VectorKernels(level) != nullptr)
             levels.push_back(level);
     return levels;

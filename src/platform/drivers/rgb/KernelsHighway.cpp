@@ -13,7 +13,8 @@
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "platform/drivers/rgb/KernelsHighway.cpp"
-// clang-format off: the order matters
+// The order matters.
+// clang-format off
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 // clang-format on
@@ -29,7 +30,8 @@ namespace lumora::rgb
 {
 namespace HWY_NAMESPACE
 {
-// clang-format off: the order matters
+// The order matters.
+// clang-format off
 #include "platform/drivers/rgb/HighwayLanes-inl.h"
 #include "platform/drivers/rgb/KernelParts-inl.h"
 // clang-format on

@@ -16,7 +16,8 @@ namespace lumora::rgb
 {
 namespace plain
 {
-// clang-format off: the order matters
+// The order matters.
+// clang-format off
 #include "platform/drivers/rgb/PlainLanes-inl.h"
 #include "platform/drivers/rgb/KernelParts-inl.h"
 // clang-format on

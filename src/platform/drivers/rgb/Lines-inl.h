@@ -96,8 +96,8 @@ void DrawLine(const TileView& tile, const DrawState& state, const ScreenPosition
     // minor = floor((numerator at low + step * (m - low)) / divisor), carried on as quotient and remainder.
     const std::int64_t divisor = std::abs(length) * SubPixels;
     const std::int64_t direction = length < 0 ? -rise : rise;
-    const std::int64_t numerator = ((isXMajor ? start.y : start.x) + SubPixels / 2) * std::abs(length) +
-                                   direction * (low * SubPixels - from);
+    const std::int64_t numerator =
+        ((isXMajor ? start.y : start.x) + SubPixels / 2) * std::abs(length) + direction * (low * SubPixels - from);
     std::int64_t minor = FloorDivided(numerator, divisor);
     std::int64_t remainder = numerator - minor * divisor;
     const std::int64_t wholeStep = FloorDivided(direction * SubPixels, divisor);
@@ -131,9 +131,9 @@ void DrawLines(const TileView& tile, const Batch& batch, const Bins& bins, const
                const std::uint16_t* references, std::size_t count)
 {
     const PixelRect& area = state.area;
-    const PixelRect limits = Intersection(
-        {area.left - tile.left, area.top - tile.top, area.right - tile.left, area.bottom - tile.top},
-        {0, 0, TileSize, TileSize});
+    const PixelRect limits =
+        Intersection({area.left - tile.left, area.top - tile.top, area.right - tile.left, area.bottom - tile.top},
+                     {0, 0, TileSize, TileSize});
     for (std::size_t i = 0; i < count; ++i)
     {
         const Record& record = bins.records[references[i]];

@@ -85,8 +85,12 @@ void Pipeline::DrawWaiting()
 {
     if (waiting_.size() == firstWaiting_)
         return;
-    commands_.push_back({Command::Kind::Waiting, static_cast<std::uint32_t>(firstWaiting_),
-                         static_cast<std::uint32_t>(waiting_.size() - firstWaiting_), {}, {}, 0});
+    commands_.push_back({Command::Kind::Waiting,
+                         static_cast<std::uint32_t>(firstWaiting_),
+                         static_cast<std::uint32_t>(waiting_.size() - firstWaiting_),
+                         {},
+                         {},
+                         0});
     firstWaiting_ = waiting_.size();
 }
 

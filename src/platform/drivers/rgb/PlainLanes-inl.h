@@ -1,5 +1,5 @@
-// Lanes without vector instructions: the same operations as HighwayLanes-inl.h, one lane after the other. A compiler may
-// still turn the loops into vectors. Included inside a namespace, once.
+// Lanes without vector instructions: the same operations as HighwayLanes-inl.h, one lane after the other. A compiler
+// may still turn the loops into vectors. Included inside a namespace, once.
 
 inline constexpr int LaneCount = 8;
 

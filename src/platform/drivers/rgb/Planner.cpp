@@ -118,8 +118,8 @@ void Planner::Start(const PixelRect& target, const Kernels& kernels)
     batch_.isSorted = false;
     batch_.target = target;
     batch_.tilesPerRow = (target.Width() + TileSize - 1) >> TileShift;
-    batch_.tileCount =
-        static_cast<std::uint32_t>(batch_.tilesPerRow) * static_cast<std::uint32_t>((target.Height() + TileSize - 1) >> TileShift);
+    batch_.tileCount = static_cast<std::uint32_t>(batch_.tilesPerRow) *
+                       static_cast<std::uint32_t>((target.Height() + TileSize - 1) >> TileShift);
     batch_.kernels = &kernels;
     whole_.clear();
     vertexCount_ = faceCount_ = facingCount_ = 0;
@@ -170,8 +170,8 @@ std::uint32_t Planner::AddPart(const RecordedItem& recorded, const Pass& pass, s
     const DrawMesh& mesh = *item.mesh;
     const MeshFacts::Range vertices =
         isWhole ? MeshFacts::Range{0, mesh.VertexCount()} : recorded.facts->groups[group].vertices;
-    const MeshFacts::Range faces =
-        isWhole ? MeshFacts::Range{0, static_cast<std::uint32_t>(mesh.faceNormalX.size())} : recorded.facts->groups[group].faces;
+    const MeshFacts::Range faces = isWhole ? MeshFacts::Range{0, static_cast<std::uint32_t>(mesh.faceNormalX.size())}
+                                           : recorded.facts->groups[group].faces;
     Part part;
     part.item = &item;
     part.pass = &pass;

@@ -77,7 +77,8 @@ public:
         if (target.width < 0 || target.height < 0 || (target.pixels == nullptr && target.width * target.height != 0))
             throw RuntimeError{error::RMBadValue, Source, "The surface to draw into has no pixels."};
         if (target.width > LargestSide || target.height > LargestSide)
-            throw RuntimeError{error::RMBadAlloc, Source, "The surface to draw into is larger than 16320 pixels a side."};
+            throw RuntimeError{error::RMBadAlloc, Source,
+                               "The surface to draw into is larger than 16320 pixels a side."};
         Finish();
         Guarded([&] { pipeline_.SetTarget(target); });
         target_ = target.Bounds();

@@ -14,8 +14,8 @@ namespace lumora
 /// Which vector instructions a driver uses.
 enum class SimdLevel
 {
-    Best,   ///< the best that the processor has
-    Plain,  ///< none beyond what the compiler uses on its own
+    Best,  ///< the best that the processor has
+    Plain, ///< none beyond what the compiler uses on its own
     Sse4,
     Avx2,
     Avx512,
@@ -24,8 +24,8 @@ enum class SimdLevel
 
 struct RgbOptions
 {
-    int threads = 0;         ///< that draw, the calling one among them; 0: one for each core
-    bool monochrome = false; ///< light colors are replaced by their luminance
+    int threads = 0;                  ///< that draw, the calling one among them; 0: one for each core
+    bool monochrome = false;          ///< light colors are replaced by their luminance
     SimdLevel simd = SimdLevel::Best; ///< where the machine or the build lacks the level, Best is taken
 };
 

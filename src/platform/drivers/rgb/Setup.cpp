@@ -233,8 +233,8 @@ private:
                     const ScreenPosition& from = corners[side];
                     const ScreenPosition& to = corners[side == 2 ? 0 : side + 1];
                     // The tile's corner that lies farthest inside.
-                    isOutside = isOutside ||
-                                Cross(from, to, to.y > from.y ? left : left + Reach, to.x > from.x ? top + Reach : top) < 0;
+                    isOutside = isOutside || Cross(from, to, to.y > from.y ? left : left + Reach,
+                                                   to.x > from.x ? top + Reach : top) < 0;
                 }
                 if (!isOutside)
                     bins_.pairs.Append(TileNumber(x, y) << 16 | number);
@@ -282,8 +282,8 @@ private:
         // Minor coordinates are rounded: a line reaches half a pixel beyond its box, and one more for rounding.
         const auto [left, right] = std::minmax(from.x, to.x);
         const auto [top, bottom] = std::minmax(from.y, to.y);
-        const PixelRect pixels =
-            Intersection(PixelsIn(left - SubPixels, top - SubPixels, right + SubPixels, bottom + SubPixels), State().area);
+        const PixelRect pixels = Intersection(
+            PixelsIn(left - SubPixels, top - SubPixels, right + SubPixels, bottom + SubPixels), State().area);
         if (pixels.IsEmpty())
             return;
         const std::uint32_t number = Append(record);
@@ -352,7 +352,8 @@ public:
         if (state.isFlat)
             return batch.faces.colors[mesh.triangleFace[triangle] + part.faceBase].alpha < 1;
         const std::uint32_t* indices = mesh.indices.data() + 3 * std::size_t{triangle};
-        return std::any_of(indices, indices + 3, [&](std::uint32_t vertex)
+        return std::any_of(indices, indices + 3,
+                           [&](std::uint32_t vertex)
                            { return batch.vertices.colors[vertex + part.vertexBase].alpha < 1; });
     }
 

@@ -189,7 +189,8 @@ LANES_NOINLINE void FindVisiblePart(Floats& result, const FogState& fog, Floats 
 {
     if (fog.mode == FogMode::Linear)
     {
-        result = Clamped01((Splat(static_cast<float>(fog.end)) - depth) / Splat(static_cast<float>(fog.end - fog.start)));
+        result =
+            Clamped01((Splat(static_cast<float>(fog.end)) - depth) / Splat(static_cast<float>(fog.end - fog.start)));
         return;
     }
     const Floats thickness = depth * Splat(static_cast<float>(fog.density));

@@ -63,7 +63,9 @@ void Crew::RunShared(std::size_t count, Call call, void* context)
     announced_.store(job);
     if (sleepers_.load() != 0)
     {
-        { const std::lock_guard lock{mutex_}; }
+        {
+            const std::lock_guard lock{mutex_};
+        }
         wakes_.notify_all();
     }
     TakeUnits(0);

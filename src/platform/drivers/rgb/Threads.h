@@ -35,8 +35,9 @@ public:
                 work(unit, 0);
             return;
         }
-        RunShared(count, [](void* context, std::size_t unit, int worker) { (*static_cast<Work*>(context))(unit, worker); },
-                  &work);
+        RunShared(
+            count, [](void* context, std::size_t unit, int worker) { (*static_cast<Work*>(context))(unit, worker); },
+            &work);
     }
 
 private:

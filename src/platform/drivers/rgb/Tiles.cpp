@@ -22,12 +22,11 @@ class TilePainter
 public:
     TilePainter(const Batch& batch, std::uint32_t tile, const PixelView& target, DepthStore& depth,
                 std::uint32_t* colors)
-        : batch_(batch), target_(target), isDepthClear_(depth.IsClear(tile)),
-          view_{colors, depth.Depths(tile), depth.BlockFarthest(tile),
-                static_cast<int>(tile) % batch.tilesPerRow * TileSize,
-                static_cast<int>(tile) / batch.tilesPerRow * TileSize},
-          bounds_(Intersection(target.Bounds(),
-                               {view_.left, view_.top, view_.left + TileSize, view_.top + TileSize}))
+        : batch_(batch), target_(target),
+          isDepthClear_(depth.IsClear(tile)), view_{colors, depth.Depths(tile), depth.BlockFarthest(tile),
+                                                    static_cast<int>(tile) % batch.tilesPerRow * TileSize,
+                                                    static_cast<int>(tile) / batch.tilesPerRow * TileSize},
+          bounds_(Intersection(target.Bounds(), {view_.left, view_.top, view_.left + TileSize, view_.top + TileSize}))
     {
     }
 

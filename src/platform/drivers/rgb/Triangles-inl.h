@@ -185,7 +185,7 @@ struct LargeTriangle
 
 template<Surface S, Blending B, bool Fog, Interpolation P, bool IsInside>
 void DrawBlock(const TileView& tile, const DrawState& state, const TriangleView& t, const Attributes& a,
-                            const LargeTriangle& large, int left, int top)
+               const LargeTriangle& large, int left, int top)
 {
     const Floats zero = Splat(0.0F);
     const Floats one = Splat(1.0F);
@@ -200,16 +200,16 @@ void DrawBlock(const TileView& tile, const DrawState& state, const TriangleView&
             {
                 Ints value = Splat(0);
                 for (const Edge& edge : large.edges)
-                    value = value | (LaneNumbers() * Splat(edge.perX) + Splat(edge.start + edge.perX * x + edge.perY * y));
+                    value =
+                        value | (LaneNumbers() * Splat(edge.perX) + Splat(edge.start + edge.perX * x + edge.perY * y));
                 mask = Except(LanesWithin(x, t.box.left, t.box.right), IsLess(value, Splat(0)));
                 if (!IsAny(mask))
                     continue;
             }
             const Floats place = lanes + Splat(static_cast<float>(x));
-            const Floats depth =
-                Least(Greatest(Splat(large.depth.plane.Row(y)) + Splat(large.depth.plane.perX) * place,
-                               Splat(large.depth.nearest)),
-                      Splat(large.depth.farthest));
+            const Floats depth = Least(Greatest(Splat(large.depth.plane.Row(y)) + Splat(large.depth.plane.perX) * place,
+                                                Splat(large.depth.nearest)),
+                                       Splat(large.depth.farthest));
             Floats second = zero;
             Floats third = zero;
             if constexpr (P != Interpolation::Constant)
@@ -265,8 +265,8 @@ LANES_INLINE bool SetEdge(Edge& edge, float& rest, double& atTile, const ScreenP
     constexpr std::int64_t Limit = std::int64_t{1} << 30;
     const std::int64_t dx = std::int64_t{to.x} - from.x;
     const std::int64_t dy = std::int64_t{to.y} - from.y;
-    const std::int64_t value = dx * (std::int64_t{tile.top} * SubPixels - from.y) -
-                               dy * (std::int64_t{tile.left} * SubPixels - from.x);
+    const std::int64_t value =
+        dx * (std::int64_t{tile.top} * SubPixels - from.y) - dy * (std::int64_t{tile.left} * SubPixels - from.x);
     const std::int64_t owned = dy < 0 || (dy == 0 && dx > 0) ? value : value - 1;
     const std::int64_t start = owned >> SubPixelShift;
     rest = static_cast<float>(value - start * SubPixels);
@@ -286,8 +286,8 @@ LANES_INLINE PixelRect BoxOf(const TriangleView& t, const PixelRect& limits, con
     const int top = std::min(c[0]->y, std::min(c[1]->y, c[2]->y));
     const int bottom = std::max(c[0]->y, std::max(c[1]->y, c[2]->y));
     return Intersection({((left + SubPixels - 1) >> SubPixelShift) - tile.left,
-                         ((top + SubPixels - 1) >> SubPixelShift) - tile.top,
-                         (right >> SubPixelShift) + 1 - tile.left, (bottom >> SubPixelShift) + 1 - tile.top},
+                         ((top + SubPixels - 1) >> SubPixelShift) - tile.top, (right >> SubPixelShift) + 1 - tile.left,
+                         (bottom >> SubPixelShift) + 1 - tile.top},
                         limits);
 }
 
@@ -333,9 +333,9 @@ void DrawTriangles(const TileView& tile, const Batch& batch, const Bins& bins, c
                    const std::uint16_t* references, std::size_t count)
 {
     const PixelRect& area = state.area;
-    const PixelRect limits = Intersection(
-        {area.left - tile.left, area.top - tile.top, area.right - tile.left, area.bottom - tile.top},
-        {0, 0, TileSize, TileSize});
+    const PixelRect limits =
+        Intersection({area.left - tile.left, area.top - tile.top, area.right - tile.left, area.bottom - tile.top},
+                     {0, 0, TileSize, TileSize});
     for (std::size_t i = 0; i < count; ++i)
     {
         const Record& record = bins.records[references[i]];

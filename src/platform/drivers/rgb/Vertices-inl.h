@@ -70,8 +70,8 @@ void PlaceVertices(const Part& part, std::uint32_t first, std::uint32_t count, s
     const Floats limit = Splat(static_cast<float>((GuardBand - 1) * SubPixels));
     const Floats negativeLimit = Splat(static_cast<float>((1 - GuardBand) * SubPixels));
     const Floats zero = Splat(0.0F);
-    const bool hasCoordinates = part.needsCoordinates && mesh.u.size() >= mesh.x.size() && !mesh.u.empty() &&
-                                mesh.v.size() >= mesh.x.size();
+    const bool hasCoordinates =
+        part.needsCoordinates && mesh.u.size() >= mesh.x.size() && !mesh.u.empty() && mesh.v.size() >= mesh.x.size();
     for (std::uint32_t i = 0; i < count; i += LaneCount)
     {
         const std::uint32_t v = first + i;
@@ -197,8 +197,7 @@ LANES_INLINE void LightPoints(const LightingJob& job, const Triple& meshPosition
         const Triple normal =
             Normalized({DirectionColumn(job.normals, 0, meshNormal), DirectionColumn(job.normals, 1, meshNormal),
                         DirectionColumn(job.normals, 2, meshNormal)});
-        const Triple toEye =
-            job.eyeIsNear ? Normalized(SplatTriple(job.eye) - position) : SplatTriple(job.againstView);
+        const Triple toEye = job.eyeIsNear ? Normalized(SplatTriple(job.eye) - position) : SplatTriple(job.againstView);
         Received received{{zero, zero, zero}, {zero, zero, zero}};
         for (const LightValues& light : job.part.pass->lights)
             ReceiveLight(light, position, normal, toEye, job.part.material.power, received);

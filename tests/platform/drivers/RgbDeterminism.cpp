@@ -1,0 +1,161 @@
+// The RGB driver's pictures are the same to the byte, however many threads draw and whatever instructions they use.
+#include "platform/drivers/DriverScenes.h"
+#include "platform/drivers/TestMeshes.h"
+#include "platform/drivers/rgb/RgbDriver.h"
+
+#include <gtest/gtest.h>
+#include <ostream>
+
+namespace lumora::test
+{
+
+namespace
+{
+
+constexpr int Width = 500; // neither whole tiles nor whole vectors
+constexpr int Height = 390;
+
+/// Large enough that helpers take part.
+struct LargeScene
+{
+    std::string name;
+    std::vector<DrawItem> items;
+    Transparency transparency = Transparency::Sorted;
+    TextureFilter filter = TextureFilter::Linear;
+    FogMode fog = FogMode::None;
+
+    friend std::ostream& operator<<(std::ostream& out, const LargeScene& self) { return out << self.name; }
+};
+
+DrawItem Placed(std::shared_ptr<const DrawMesh> mesh, Double3 place = {}, FillStyle fill = FillStyle::Solid)
+{
+    DrawItem item;
+    item.mesh = std::move(mesh);
+    item.world = Matrix4::FromAxes({0.8, 0, -0.6}, {0, 1, 0}, {0.6, 0, 0.8}, place);
+    item.fill = fill;
+    return item;
+}
+
+DrawItem Flat(DrawItem item)
+{
+    item.gouraud = false;
+    return item;
+}
+
+std::vector<LargeScene> LargeScenes()
+{
+    SurfaceMaterial shiny;
+    shiny.power = 20;
+    const auto sphere = Sphere(1.5F, 100, 100, 0xFFB09070, shiny);
+    const auto textured = Sphere(1.5F, 100, 100, 0xFFFFFFFF, shiny, Ramp(37, 50, 0x40));
+    const auto opaque = Confetti(15000, 4, 1.5F, 0xFF, 1);
+    const auto glass = Confetti(15000, 4, 0.7F, 0x60, 2);
+    return {
+        {"smooth", {Placed(sphere), Placed(opaque)}},
+        {"flat_in_fog",
+         {Flat(Placed(sphere)), Flat(Placed(opaque))},
+         Transparency::Sorted,
+         TextureFilter::Linear,
+         FogMode::Exponential},
+        {"sorted", {Placed(sphere), Placed(glass)}},
+        {"blended", {Placed(sphere), Placed(glass)}, Transparency::Blended},
+        {"stippled_mips", {Placed(textured), Placed(glass)}, Transparency::Stippled, TextureFilter::LinearMipLinear},
+        {"mips_of_glass",
+         {Placed(textured), Placed(Floor(30, 70, 0xFFFFFFFF, Checkerboard(64, 8, 0xFF000000, 0xFFFFFFFF)), {0, -1, 0})},
+         Transparency::Sorted,
+         TextureFilter::MipLinear},
+        {"wireframe",
+         {Placed(sphere, {}, FillStyle::Wireframe), Placed(glass, {}, FillStyle::Wireframe)},
+         Transparency::Blended},
+        {"points_in_fog",
+         {Placed(sphere, {}, FillStyle::Points), Placed(opaque, {}, FillStyle::Points)},
+         Transparency::Sorted,
+         TextureFilter::Linear,
+         FogMode::Linear},
+    };
+}
+
+std::vector<std::uint32_t> Pixels(const Canvas& canvas)
+{
+    std::vector<std::uint32_t> pixels;
+    for (int y = 0; y < canvas.Height(); ++y)
+        for (int x = 0; x < canvas.Width(); ++x)
+            pixels.push_back(canvas.At(x, y));
+    return pixels;
+}
+
+std::vector<std::uint32_t> Drawn(const LargeScene& scene, const RgbOptions& options)
+{
+    const std::unique_ptr<Driver> driver = MakeRgbDriver(options);
+    Canvas canvas{Width, Height};
+    PassState pass =
+        PerspectivePass(Width, Height, {.eye = {0, 0.5, -4}, .target = {}, .field = 0.7, .front = 1, .back = 30});
+    LightState spot;
+    spot.kind = LightKind::Spot;
+    spot.position = {2, 3, -4};
+    spot.direction = Normalized(Double3{-2, -3, 4});
+    spot.range = 50;
+    spot.umbra = 0.3;
+    spot.penumbra = 1;
+    const std::vector<LightState> lights{AmbientLight(0.2F), DirectionalLight(Normalized(Double3{1, -1, 1})), spot};
+    pass.lights = lights;
+    pass.transparency = scene.transparency;
+    pass.filter = scene.filter;
+    pass.viewDependentSpecular = true;
+    pass.cull = CullMode::CounterClockwise;
+    pass.fog = {scene.fog, {0.5F, 0.6F, 0.7F}, 3, 9, 0.2};
+    DrawPicture(*driver, canvas, pass, scene.items, 0x102030);
+    return Pixels(canvas);
+}
+
+std::vector<RgbOptions> Variants()
+{
+    std::vector<RgbOptions> variants;
+    for (const SimdLevel level : AvailableSimdLevels())
+        for (const int threads : {1, 2, 4})
+            variants.push_back({threads, false, level});
+    return variants;
+}
+
+std::size_t DifferentPixels(const std::vector<std::uint32_t>& a, const std::vector<std::uint32_t>& b)
+{
+    std::size_t different = 0;
+    for (std::size_t i = 0; i < a.size(); ++i)
+        different += a[i] != b[i] ? 1 : 0;
+    return different;
+}
+
+class RgbDeterminism : public ::testing::TestWithParam<LargeScene>
+{
+};
+
+TEST_P(RgbDeterminism, draws_the_same_bytes_with_any_threads_and_instructions)
+{
+    const std::vector<std::uint32_t> expected = Drawn(GetParam(), {1, false, SimdLevel::Plain});
+    EXPECT_GT(DifferentPixels(expected, std::vector<std::uint32_t>(expected.size(), 0x102030)), expected.size() / 20);
+    for (const RgbOptions& options : Variants())
+        EXPECT_EQ(DifferentPixels(Drawn(GetParam(), options), expected), 0U)
+            << options.threads << " threads, level " << static_cast<int>(options.simd);
+}
+
+INSTANTIATE_TEST_SUITE_P(Scenes, RgbDeterminism, ::testing::ValuesIn(LargeScenes()),
+                         [](const auto& suite) { return suite.param.name; });
+
+class RgbLevels : public ::testing::TestWithParam<DriverScene>
+{
+};
+
+TEST_P(RgbLevels, draw_the_same_bytes)
+{
+    const auto expected = Pixels(DrawScene(*MakeRgbDriver({1, false, SimdLevel::Plain}), GetParam()));
+    for (const SimdLevel level : AvailableSimdLevels())
+        EXPECT_EQ(DifferentPixels(Pixels(DrawScene(*MakeRgbDriver({1, false, level}), GetParam())), expected), 0U)
+            << "level " << static_cast<int>(level);
+}
+
+INSTANTIATE_TEST_SUITE_P(Scenes, RgbLevels, ::testing::ValuesIn(DriverScenes()),
+                         [](const auto& suite) { return suite.param.name; });
+
+} // namespace
+
+} // namespace lumora::test
