@@ -21,9 +21,8 @@
 //   Attenuation a is 1 for directional light; for point and spot 1 / (c + l d + q d^2), 1 where that divisor is not
 //   above 0, and 0 beyond the range; spots fall off linearly in the angle from 1 at half the umbra angle to 0 at half
 //   the penumbra angle. Lighting off: diffuse is the vertex color, no highlight.
-// - Monochrome light (a driver's option): the color of every light is replaced by its luminance, 0.299 red + 0.587
-// green
-//   + 0.114 blue in all three channels. Vertex colors, emissive and specular colors, textures and fog keep theirs.
+// - Monochrome light (a driver's option): the color of every light is replaced by its luminance, 0.299 red +
+//   0.587 green + 0.114 blue in all three channels. Vertex, emissive, specular, texture and fog colors stay.
 // - Pixel: untextured, the vertex sum clamp(diffuse + highlight) is interpolated; textured,
 //   clamp(texel * diffuse + highlight) with both interpolated. Alpha is vertex alpha times texel alpha.
 // - Fog: per pixel, f = visible part by the eye-space depth z: linear (end - z) / (end - start), exponential
@@ -41,8 +40,7 @@
 // Lines and points:
 //
 // - They take no texture, test and write depth, and are fogged. Stippled mode draws them with holes, the two other
-// modes
-//   blend them at once in order of submission.
+//   modes blend them at once in order of submission.
 // - A line is cut to the view volume first; its ends are then rounded to 1/256 of a pixel as all positions are. It is
 //   x-major when |dx| >= |dy|, else y-major. It draws one pixel for each whole major coordinate m with
 //   min <= m < max of its ends' major coordinates; the minor coordinate is the line's exact one at m, rounded to the

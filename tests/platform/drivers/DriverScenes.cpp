@@ -331,14 +331,9 @@ Passes BallOfPoints()
     return With(Perspective(), {Filled(Item(Sphere(1.8F, 60, 90, 0xFFFFC080), Turned(0.2, 0.3)), FillStyle::Points)});
 }
 
-/// Mip levels are chosen by rounding: a hair's difference in a derivative can pick another one along a whole row.
-constexpr Tolerance MipTolerance{2, 0.005, 24, 0.001};
-
-/// At the horizon one nearest texel stands for thousands.
-constexpr Tolerance NearestTolerance{2, 0.01, 24, 0.01};
-
-/// Many edges: each may fall to the other side at 1/256 of its pixels.
-constexpr Tolerance ManyEdgesTolerance{2, 0.004, 24, 0.004};
+/// Texels and mip levels are chosen by rounding: a hair's difference can pick another one along a whole row, and at the
+/// horizon one texel stands for thousands.
+constexpr Tolerance TexelTolerance{2, 0.005, 24, 0.001};
 
 } // namespace
 
@@ -355,38 +350,38 @@ const std::vector<DriverScene>& DriverScenes()
         {"ball_flat_highlight", [] { return SphereScene(Perspective(), 25, false); }, {}},
         {"ball_orthographic_highlight", [] { return SphereScene(Orthographic(), 25, true); }, {}},
         {"squashed_and_mirrored", SquashedAndMirrored, {}},
-        {"tiny_triangles", TinyTriangles, ManyEdgesTolerance},
-        {"middling_triangles", MiddlingTriangles, ManyEdgesTolerance},
+        {"tiny_triangles", TinyTriangles, {}},
+        {"middling_triangles", MiddlingTriangles, {}},
         {"huge_triangles", HugeTriangles, {}},
         {"off_centre_and_scissored", OffCentreAndScissored, {}},
         {"many_lights", ManyLights, {}},
         {"spot_on_floor", SpotOnFloor, {}},
-        {"floor_nearest", [] { return FloorToTheHorizon(TextureFilter::Nearest); }, NearestTolerance},
-        {"floor_linear", [] { return FloorToTheHorizon(TextureFilter::Linear); }, NearestTolerance},
-        {"floor_mip_nearest", [] { return FloorToTheHorizon(TextureFilter::MipNearest); }, MipTolerance},
-        {"floor_mip_linear", [] { return FloorToTheHorizon(TextureFilter::MipLinear); }, MipTolerance},
-        {"floor_linear_mip_nearest", [] { return FloorToTheHorizon(TextureFilter::LinearMipNearest); }, MipTolerance},
-        {"floor_linear_mip_linear", [] { return FloorToTheHorizon(TextureFilter::LinearMipLinear); }, MipTolerance},
-        {"textured_ball", TexturedBall, MipTolerance},
-        {"textured_cube_nearest", [] { return TexturedCubeCloseUp(TextureFilter::Nearest); }, MipTolerance},
+        {"floor_nearest", [] { return FloorToTheHorizon(TextureFilter::Nearest); }, TexelTolerance},
+        {"floor_linear", [] { return FloorToTheHorizon(TextureFilter::Linear); }, TexelTolerance},
+        {"floor_mip_nearest", [] { return FloorToTheHorizon(TextureFilter::MipNearest); }, TexelTolerance},
+        {"floor_mip_linear", [] { return FloorToTheHorizon(TextureFilter::MipLinear); }, TexelTolerance},
+        {"floor_linear_mip_nearest", [] { return FloorToTheHorizon(TextureFilter::LinearMipNearest); }, TexelTolerance},
+        {"floor_linear_mip_linear", [] { return FloorToTheHorizon(TextureFilter::LinearMipLinear); }, TexelTolerance},
+        {"textured_ball", TexturedBall, TexelTolerance},
+        {"textured_cube_nearest", [] { return TexturedCubeCloseUp(TextureFilter::Nearest); }, TexelTolerance},
         {"textured_cube_linear", [] { return TexturedCubeCloseUp(TextureFilter::Linear); }, {}},
         {"translucent_texture_sorted", [] { return TranslucentTexture(Transparency::Sorted); }, {}},
-        {"translucent_texture_stippled", [] { return TranslucentTexture(Transparency::Stippled); }, MipTolerance},
+        {"translucent_texture_stippled", [] { return TranslucentTexture(Transparency::Stippled); }, TexelTolerance},
         {"panes_sorted", [] { return CrossedPanes(Transparency::Sorted); }, {}},
         {"panes_blended", [] { return CrossedPanes(Transparency::Blended); }, {}},
         {"panes_stippled", [] { return CrossedPanes(Transparency::Stippled); }, {}},
         {"panes_over_two_passes", PanesOverTwoPasses, {}},
-        {"translucent_confetti", TranslucentConfetti, ManyEdgesTolerance},
+        {"translucent_confetti", TranslucentConfetti, {}},
         {"fog_linear", [] { return Fogged(FogMode::Linear); }, {}},
         {"fog_exponential", [] { return Fogged(FogMode::Exponential); }, {}},
         {"fog_exponential_squared", [] { return Fogged(FogMode::ExponentialSquared); }, {}},
         {"wire_prism", [] { return WirePrism(CullMode::None); }, {}},
         {"wire_prism_culled", [] { return WirePrism(CullMode::CounterClockwise); }, {}},
-        {"wire_ball_flat_fogged", FoggedFlatWireBall, ManyEdgesTolerance},
-        {"wires_through_the_eye", WiresThroughTheEye, ManyEdgesTolerance},
-        {"wires_translucent_blended", [] { return TranslucentWires(Transparency::Blended); }, ManyEdgesTolerance},
-        {"wires_translucent_stippled", [] { return TranslucentWires(Transparency::Stippled); }, ManyEdgesTolerance},
-        {"points", BallOfPoints, ManyEdgesTolerance},
+        {"wire_ball_flat_fogged", FoggedFlatWireBall, {}},
+        {"wires_through_the_eye", WiresThroughTheEye, {}},
+        {"wires_translucent_blended", [] { return TranslucentWires(Transparency::Blended); }, {}},
+        {"wires_translucent_stippled", [] { return TranslucentWires(Transparency::Stippled); }, {}},
+        {"points", BallOfPoints, {}},
     };
     return scenes;
 }
