@@ -215,6 +215,23 @@ LANES_NOINLINE void Sample(Texel& result, const MipChain& texture, const Attribu
     }
 }
 
+using Sampler = void (*)(Texel&, const MipChain&, const Attributes&, const Weights&);
+
+/// How a textured state reads its texture.
+inline Sampler SamplerOf(Surface surface)
+{
+    static constexpr Sampler Samplers[SurfaceCount] = {
+        nullptr,
+        Sample<Surface::Nearest>,
+        Sample<Surface::Linear>,
+        Sample<Surface::MipNearest>,
+        Sample<Surface::MipLinear>,
+        Sample<Surface::LinearMipNearest>,
+        Sample<Surface::LinearMipLinear>,
+    };
+    return Samplers[static_cast<int>(surface)];
+}
+
 LANES_NOINLINE void FindVisiblePart(Floats& result, const FogState& fog, Floats depth)
 {
     if (fog.mode == FogMode::Linear)
@@ -235,7 +252,7 @@ LANES_INLINE Floats Limited(Floats channel)
 
 /// The lanes of `mask` that are drawn after all, and their pixels. `below` is what is there, `rank` the pixels' places
 /// in the stipple.
-template<Surface S, Blending B, bool Fog, Interpolation P>
+template<bool IsTextured, Blending B, bool Fog, Interpolation P>
 LANES_INLINE Mask ShadePixels(const DrawState& state, const Attributes& a, Floats second, Floats third, Mask mask,
                               Ints below, Floats rank, Ints& pixels)
 {
@@ -246,10 +263,10 @@ LANES_INLINE Mask ShadePixels(const DrawState& state, const Attributes& a, Float
     Floats alpha = Splat(1.0F);
     if constexpr (B != Blending::Opaque)
         alpha = At<P>(a.color.Channel(3), weights);
-    if constexpr (S != Surface::Plain)
+    if constexpr (IsTextured)
     {
         Texel texel;
-        Sample<S>(texel, *state.texture, a, weights);
+        SamplerOf(state.surface)(texel, *state.texture, a, weights);
         red = Limited(texel.red * red + At<P>(a.highlight.Channel(0), weights));
         green = Limited(texel.green * green + At<P>(a.highlight.Channel(1), weights));
         blue = Limited(texel.blue * blue + At<P>(a.highlight.Channel(2), weights));
