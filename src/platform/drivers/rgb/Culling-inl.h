@@ -27,6 +27,7 @@ std::uint32_t CullTriangles(const std::uint32_t* indices, std::uint32_t count, s
     const Mask noClockwise = state.cull == CullMode::Clockwise ? AllLanes() : nobody;
     const Mask noCounterClockwise = state.cull == CullMode::CounterClockwise ? AllLanes() : nobody;
     std::uint32_t kept = 0;
+    Ints covered = Splat(0);
     for (std::uint32_t i = 0; i < count; i += LaneCount)
     {
         Ints v[3];
@@ -82,7 +83,14 @@ std::uint32_t CullTriangles(const std::uint32_t* indices, std::uint32_t count, s
         StoreChosen(Choose(turn, v[1], v[2]), chosen, survivors.c + kept);
         StoreChosen(LaneNumbers() + Splat(static_cast<std::int32_t>(i)), chosen, survivors.triangle + kept);
         StoreChosen(Choose(unfinished, Splat(TriangleSurvivors::Unfinished), tiles), chosen, survivors.tiles + kept);
+        const Ints pixels = (lastX - firstX + Splat(1)) * (lastY - firstY + Splat(1));
+        covered = covered + Choose(Except(keep, unfinished), pixels, Splat(0));
         kept += chosen.count;
     }
+    std::int32_t coveredByLane[LaneCount];
+    Store(covered, coveredByLane);
+    survivors.coveredPixels = 0;
+    for (const std::int32_t pixels : coveredByLane)
+        survivors.coveredPixels += static_cast<std::uint32_t>(pixels);
     return kept;
 }

@@ -274,6 +274,7 @@ struct TriangleSurvivors
     std::int32_t a[Capacity + Slack], b[Capacity + Slack], c[Capacity + Slack];
     std::int32_t triangle[Capacity + Slack];
     std::int32_t tiles[Capacity + Slack];
+    std::uint64_t coveredPixels; ///< by the boxes of those that are finished: an upper bound
 };
 
 /// What one instruction set does its own way. All of them compute the same bytes.

@@ -106,6 +106,7 @@ private:
             const std::uint32_t kept =
                 batch_.kernels->cullTriangles(indices + 3 * std::size_t{first}, count, CurrentPart().vertexBase,
                                               batch_.vertices.positions.Data(), State(), survivors_);
+            bins_.coveredPixels += 16 * std::uint64_t{kept} + survivors_.coveredPixels / 2;
             AddSurvivors(kept, segment.first + first);
         }
     }
@@ -135,7 +136,6 @@ private:
         const std::uint32_t top = (tiles >> 8) & 0xFF;
         const std::uint32_t right = (tiles >> 16) & 0xFF;
         const std::uint32_t bottom = tiles >> 24;
-        bins_.coveredPixels += 16;
         for (std::uint32_t y = top; y <= bottom; ++y)
             for (std::uint32_t x = left; x <= right; ++x)
                 bins_.pairs.Append((y * static_cast<std::uint32_t>(batch_.tilesPerRow) + x) << 16 | number);
