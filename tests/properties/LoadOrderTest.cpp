@@ -199,14 +199,16 @@ TEST(Load, starts_the_device_between_the_keys_it_needs_and_the_ones_that_reach_i
     EXPECT_EQ(control.ViewportState(), tdlRunning);
     EXPECT_TRUE(cameraAtFirstWriter);
     EXPECT_EQ(control.Direct3DDeviceGUID(), "IID_IDirect3DRGBDevice");
-    EXPECT_EQ(
-        std::ranges::count_if(calls, [](const auto& call) { return call.starts_with("RetainedMode.CreateDevice"); }), 1)
-        << "a load schedules no second device";
     ASSERT_FALSE(toldAtFirstPicture.empty()) << "Enabled draws a first picture";
     EXPECT_EQ(toldAtFirstPicture.back(), "MousePointer");
 
-    // What the device hears once it exists: its own settings first, then each as its key is read.
-    const auto from = std::ranges::find(calls, "PropertyBag.ReadProperty") + 3;
+    // What the device hears once it exists: each setting as its key is read.
+    const auto isRead = [](const std::string& call) { return call == "PropertyBag.ReadProperty"; };
+    const auto isDevice = [](const std::string& call) { return call.starts_with("RetainedMode.CreateDevice"); };
+    const auto device = std::ranges::find_if(calls, isDevice);
+    EXPECT_EQ(std::count_if(calls.begin(), device, isRead), static_cast<std::ptrdiff_t>(DeviceKeys.size()));
+    const auto writers = std::find_if(device, calls.end(), isRead);
+    EXPECT_EQ(std::count_if(device, writers, isDevice), 1);
     std::vector<std::string> heard;
     const std::vector<std::string> interesting = {"RMViewport.SetProjection",
                                                   "Device.SetQuality",
@@ -219,7 +221,6 @@ TEST(Load, starts_the_device_between_the_keys_it_needs_and_the_ones_that_reach_i
                                                   "RMViewport.Render",
                                                   "Device.Update",
                                                   "ImmediateDevice.SetRenderState"};
-    const auto writers = std::find(from, calls.end(), "PropertyBag.ReadProperty");
     for (auto call = writers; call != calls.end(); ++call)
         if (std::ranges::find(interesting, *call) != interesting.end() && (heard.empty() || heard.back() != *call))
             heard.push_back(*call);
