@@ -36,6 +36,7 @@ lumora_option(LUMORA_SETTINGS "Settings files through nlohmann-json" "${nlohmann
 lumora_option(LUMORA_APPS "The command line program" "${CLI11_FOUND}")
 lumora_option(LUMORA_TESTS "Tests" "${GTest_FOUND}")
 lumora_option(LUMORA_BENCH "Benchmarks against Mesa's software OpenGL" "${EPOXY_FOUND}")
+option(LUMORA_EXAMPLES "Example hosts" ON)
 option(LUMORA_FUZZ "Fuzzing programs; needs clang" OFF)
 set(LUMORA_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
 

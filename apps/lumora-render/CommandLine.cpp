@@ -219,7 +219,7 @@ std::variant<Request, Information> ParseCommandLine(int argc, const char* const*
     }
     catch (const CLI::CallForHelp&)
     {
-        return Information{app.help()};
+        return Information{app.help() + "\n"};
     }
     catch (const CLI::CallForVersion& version)
     {

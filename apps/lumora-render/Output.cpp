@@ -129,10 +129,12 @@ void WritePicture(const std::string& path, const PixelView& pixels)
         SavePicture(temporary.string(), pixels);
         fs::rename(temporary, target, problem);
     }
-    catch (const RuntimeError&)
+    catch (const RuntimeError& failure)
     {
         fs::remove(temporary, problem);
-        RaiseUnwritable(path, "the picture could not be stored in its folder");
+        if (failure.Number() != error::PathFileAccess)
+            throw;
+        RaiseUnwritable(path, "the picture could not be stored in its folder, which may be full");
     }
     if (!problem)
         return;

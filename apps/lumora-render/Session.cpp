@@ -68,10 +68,12 @@ Session::Session(const Request& request, const std::vector<Setting>& stored)
     : request_(request), stored_(stored), hosted_(HostFor(request, stored))
 {
     hosted_->Host().ShowControl();
-    if (hosted_->Control().ViewportState() == tdlHalted)
-        throw RuntimeError{error::NoDevice, "lumora-render",
-                           "No driver could be started for a picture of " + std::to_string(request.width) + " by " +
-                               std::to_string(request.height) + " pixels."};
+    if (hosted_->Control().ViewportState() != tdlHalted)
+        return;
+    const auto factor = static_cast<long>(request.expose ? request.antiAlias : 1);
+    throw RuntimeError{error::NoDevice, "lumora-render",
+                       "No driver could be started that draws " + std::to_string(request.width * factor) + " by " +
+                           std::to_string(request.height * factor) + " pixels: ask for a smaller picture."};
 }
 
 void Session::Show(const Stage& stage)

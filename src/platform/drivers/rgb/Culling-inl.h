@@ -27,6 +27,7 @@ std::uint32_t CullTriangles(const std::uint32_t* indices, std::uint32_t count, s
     const Mask noClockwise = state.cull == CullMode::Clockwise ? AllLanes() : nobody;
     const Mask noCounterClockwise = state.cull == CullMode::CounterClockwise ? AllLanes() : nobody;
     std::uint32_t kept = 0;
+    Ints covered = Splat(0);
     for (std::uint32_t i = 0; i < count; i += LaneCount)
     {
         Ints v[3];
@@ -46,9 +47,7 @@ std::uint32_t CullTriangles(const std::uint32_t* indices, std::uint32_t count, s
         for (int corner = 0; corner < 3; ++corner)
         {
             v[corner] = v[corner] + base;
-            const Ints place = ShiftedLeft<2>(v[corner]);
-            t.x[corner] = Gather(places, place);
-            t.y[corner] = Gather(places + 1, place);
+            LoadPairs<sizeof(ScreenPosition) / sizeof(std::int32_t)>(places, v[corner], t.x[corner], t.y[corner]);
         }
         const Ints left = Least3(t.x);
         const Ints right = Greatest3(t.x);
@@ -78,12 +77,20 @@ std::uint32_t CullTriangles(const std::uint32_t* indices, std::uint32_t count, s
         tiles =
             tiles | ShiftedLeft<16>(ShiftedRight<TileShift>(lastX)) | ShiftedLeft<24>(ShiftedRight<TileShift>(lastY));
         const Mask turn = Except(counterClockwise, unfinished);
-        StoreChosen(v[0], keep, survivors.a + kept);
-        StoreChosen(Choose(turn, v[2], v[1]), keep, survivors.b + kept);
-        StoreChosen(Choose(turn, v[1], v[2]), keep, survivors.c + kept);
-        StoreChosen(LaneNumbers() + Splat(static_cast<std::int32_t>(i)), keep, survivors.triangle + kept);
-        kept +=
-            StoreChosen(Choose(unfinished, Splat(TriangleSurvivors::Unfinished), tiles), keep, survivors.tiles + kept);
+        const ChosenLanes chosen = FindChosen(keep);
+        StoreChosen(v[0], chosen, survivors.a + kept);
+        StoreChosen(Choose(turn, v[2], v[1]), chosen, survivors.b + kept);
+        StoreChosen(Choose(turn, v[1], v[2]), chosen, survivors.c + kept);
+        StoreChosen(LaneNumbers() + Splat(static_cast<std::int32_t>(i)), chosen, survivors.triangle + kept);
+        StoreChosen(Choose(unfinished, Splat(TriangleSurvivors::Unfinished), tiles), chosen, survivors.tiles + kept);
+        const Ints pixels = (lastX - firstX + Splat(1)) * (lastY - firstY + Splat(1));
+        covered = covered + Choose(Except(keep, unfinished), pixels, Splat(0));
+        kept += chosen.count;
     }
+    std::int32_t coveredByLane[LaneCount];
+    Store(covered, coveredByLane);
+    survivors.coveredPixels = 0;
+    for (const std::int32_t pixels : coveredByLane)
+        survivors.coveredPixels += static_cast<std::uint32_t>(pixels);
     return kept;
 }

@@ -67,9 +67,11 @@ struct VertexBlocks
     Buffer<ColorBlock> highlights;
 };
 
-/// StippleRank for vectors that start at any multiple of four pixels.
-inline constexpr float StippleRows[4][8] = {
-    {0, 8, 2, 10, 0, 8, 2, 10}, {12, 4, 14, 6, 12, 4, 14, 6}, {3, 11, 1, 9, 3, 11, 1, 9}, {15, 7, 13, 5, 15, 7, 13, 5}};
+/// StippleRank for vectors that start at any pixel.
+inline constexpr float StippleRows[4][12] = {{0, 8, 2, 10, 0, 8, 2, 10, 0, 8, 2, 10},
+                                             {12, 4, 14, 6, 12, 4, 14, 6, 12, 4, 14, 6},
+                                             {3, 11, 1, 9, 3, 11, 1, 9, 3, 11, 1, 9},
+                                             {15, 7, 13, 5, 15, 7, 13, 5, 15, 7, 13, 5}};
 
 /// A light in single precision, world space.
 struct LightValues
@@ -272,6 +274,7 @@ struct TriangleSurvivors
     std::int32_t a[Capacity + Slack], b[Capacity + Slack], c[Capacity + Slack];
     std::int32_t triangle[Capacity + Slack];
     std::int32_t tiles[Capacity + Slack];
+    std::uint64_t coveredPixels; ///< by the boxes of those that are finished: an upper bound
 };
 
 /// What one instruction set does its own way. All of them compute the same bytes.

@@ -93,7 +93,14 @@ HWY_INLINE Floats RoundedDown(Floats a)
 /// Towards 0, for values that fit 32 bits.
 HWY_INLINE Ints Truncated(Floats a)
 {
+    // Highway's own conversion repairs numbers that do not fit, which costs more than the conversion.
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
+    return Ints{_mm256_cvttps_epi32(a.raw)};
+#elif HWY_TARGET == HWY_SSE4
+    return Ints{_mm_cvttps_epi32(a.raw)};
+#else
     return hn::ConvertTo(AsInt, a);
+#endif
 }
 HWY_INLINE Floats ToFloats(Ints a)
 {
@@ -159,6 +166,27 @@ HWY_INLINE Ints Choose(Mask m, Ints yes, Ints no)
     return hn::IfThenElse(hn::RebindMask(AsInt, m), yes, no);
 }
 
+/// The two whole numbers at the start of each record of `stride` whole numbers. Single loads: on processors whose
+/// gather is a loop in disguise they are several times faster, elsewhere as fast.
+template<int Stride>
+HWY_INLINE void LoadPairs(const std::int32_t* base, Ints index, Ints& first, Ints& second)
+{
+    alignas(32) std::int32_t places[LaneCount];
+    alignas(64) std::int64_t pairs[LaneCount];
+    hn::Store(index, AsInt, places);
+    for (int i = 0; i < LaneCount; ++i)
+        std::memcpy(pairs + i, base + std::size_t{static_cast<std::uint32_t>(places[i])} * Stride,
+                    sizeof(std::int64_t));
+    hn::LoadInterleaved2(AsInt, reinterpret_cast<const std::int32_t*>(pairs), first, second);
+}
+/// The x and y of one position for each lane.
+HWY_INLINE void LoadPlaces(const ScreenPosition* const* from, Ints& x, Ints& y)
+{
+    alignas(64) std::int64_t pairs[LaneCount];
+    for (int i = 0; i < LaneCount; ++i)
+        std::memcpy(pairs + i, &from[i]->x, sizeof(std::int64_t));
+    hn::LoadInterleaved2(AsInt, reinterpret_cast<const std::int32_t*>(pairs), x, y);
+}
 HWY_INLINE Floats Gather(const float* base, Ints index)
 {
     return hn::GatherIndex(AsFloat, base, index);
@@ -180,8 +208,22 @@ HWY_INLINE void StoreQuads(Floats a, Floats b, Floats c, Floats d, float* to)
 {
     hn::StoreInterleaved4(a, b, c, d, AsFloat, to);
 }
-/// Stores the chosen lanes one after the other and answers how many; may write LaneCount numbers.
-HWY_INLINE std::uint32_t StoreChosen(Ints v, Mask m, std::int32_t* to)
+/// Which lanes of a mask are chosen. Highway's own compression copies its table to the stack at each call, with this
+/// compiler.
+struct ChosenLanes
 {
-    return static_cast<std::uint32_t>(hn::CompressStore(v, hn::RebindMask(AsInt, m), AsInt, to));
+    const std::int32_t* order;
+    std::uint32_t count;
+};
+
+HWY_INLINE ChosenLanes FindChosen(Mask m)
+{
+    std::uint8_t bits[8]{};
+    hn::StoreMaskBits(AsFloat, m, bits);
+    return {LaneOrders[bits[0]], static_cast<std::uint32_t>(std::popcount(bits[0]))};
+}
+/// Stores the chosen lanes one after the other; writes LaneCount numbers.
+HWY_INLINE void StoreChosen(Ints v, const ChosenLanes& chosen, std::int32_t* to)
+{
+    Store(hn::TableLookupLanes(v, hn::SetTableIndices(AsInt, chosen.order)), to);
 }

@@ -1,17 +1,17 @@
 // The table of this instruction set's functions, one entry for each state. Included inside a namespace, last.
 
-template<Surface S>
-inline void FillSurface(Kernels& table)
+template<bool IsTextured>
+inline void FillSurface(Kernels& table, Surface surface)
 {
-    DrawRun(&to)[BlendingCount][2] = table.drawTriangles[static_cast<int>(S)];
-    to[0][0] = DrawTriangles<S, Blending::Opaque, false>;
-    to[0][1] = DrawTriangles<S, Blending::Opaque, true>;
-    to[1][0] = DrawTriangles<S, Blending::Stippled, false>;
-    to[1][1] = DrawTriangles<S, Blending::Stippled, true>;
-    to[2][0] = DrawTriangles<S, Blending::Blended, false>;
-    to[2][1] = DrawTriangles<S, Blending::Blended, true>;
-    to[3][0] = DrawTriangles<S, Blending::Veiled, false>;
-    to[3][1] = DrawTriangles<S, Blending::Veiled, true>;
+    DrawRun(&to)[BlendingCount][2] = table.drawTriangles[static_cast<int>(surface)];
+    to[0][0] = DrawTriangles<IsTextured, Blending::Opaque, false>;
+    to[0][1] = DrawTriangles<IsTextured, Blending::Opaque, true>;
+    to[1][0] = DrawTriangles<IsTextured, Blending::Stippled, false>;
+    to[1][1] = DrawTriangles<IsTextured, Blending::Stippled, true>;
+    to[2][0] = DrawTriangles<IsTextured, Blending::Blended, false>;
+    to[2][1] = DrawTriangles<IsTextured, Blending::Blended, true>;
+    to[3][0] = DrawTriangles<IsTextured, Blending::Veiled, false>;
+    to[3][1] = DrawTriangles<IsTextured, Blending::Veiled, true>;
 }
 
 inline Kernels MakeKernels()
@@ -21,13 +21,9 @@ inline Kernels MakeKernels()
     table.light = LightVertices;
     table.lightFaces = LightFaces;
     table.cullTriangles = CullTriangles;
-    FillSurface<Surface::Plain>(table);
-    FillSurface<Surface::Nearest>(table);
-    FillSurface<Surface::Linear>(table);
-    FillSurface<Surface::MipNearest>(table);
-    FillSurface<Surface::MipLinear>(table);
-    FillSurface<Surface::LinearMipNearest>(table);
-    FillSurface<Surface::LinearMipLinear>(table);
+    FillSurface<false>(table, Surface::Plain);
+    for (int surface = 1; surface < SurfaceCount; ++surface)
+        FillSurface<true>(table, static_cast<Surface>(surface));
     table.drawLines[0][0] = DrawLines<Blending::Opaque, false>;
     table.drawLines[0][1] = DrawLines<Blending::Opaque, true>;
     table.drawLines[1][0] = DrawLines<Blending::Stippled, false>;

@@ -25,6 +25,31 @@
 
 // Highway's own emulation is left out: the plain kernels do its work.
 #if HWY_TARGET != HWY_EMU128 && HWY_TARGET != HWY_SCALAR
+#ifndef LUMORA_RGB_LANE_ORDERS
+#define LUMORA_RGB_LANE_ORDERS
+namespace lumora::rgb
+{
+
+/// For each mask of up to eight lanes the numbers of its lanes, then zeros.
+struct LaneOrderTable
+{
+    alignas(32) std::int32_t orders[256][8]{};
+
+    constexpr LaneOrderTable()
+    {
+        for (int mask = 0; mask < 256; ++mask)
+            for (int lane = 0, place = 0; lane < 8; ++lane)
+                if ((mask >> lane & 1) != 0)
+                    orders[mask][place++] = lane;
+    }
+    const std::int32_t* operator[](std::uint8_t mask) const { return orders[mask]; }
+};
+
+static constexpr LaneOrderTable LaneOrders;
+
+} // namespace lumora::rgb
+#endif
+
 HWY_BEFORE_NAMESPACE();
 namespace lumora::rgb
 {

@@ -29,8 +29,8 @@ LANES_INLINE void FlushPixels(const TileView& tile, const DrawState& state, cons
         return;
     const Ints below = Load(colors);
     Ints pixels = below;
-    mask = ShadePixels<Surface::Plain, B, Fog, Interpolation::Perspective>(state, a, along, zero, mask, below,
-                                                                           Load(group.rank), pixels);
+    mask = ShadePixels<false, B, Fog, Interpolation::Perspective>(state, a, along, zero, mask, below, Load(group.rank),
+                                                                  pixels);
     float newDepths[LaneCount];
     std::uint32_t newColors[LaneCount];
     std::int32_t drawn[LaneCount];
@@ -141,7 +141,7 @@ void DrawLines(const TileView& tile, const Batch& batch, const Bins& bins, const
         const ScreenPosition& start = positions[record.vertex[0] & ~Record::Local];
         const ScreenPosition& end = positions[record.vertex[1] & ~Record::Local];
         Attributes a;
-        SetAttributes<Surface::Plain, B, Fog>(a, batch, bins, state, record, start, end, start);
+        SetAttributes<false, B, Fog>(a, batch, bins, state, record, start, end, start);
         if (state.primitive == Primitive::Points)
             DrawPoint<B, Fog>(tile, state, start, limits, a);
         else

@@ -13,7 +13,7 @@ namespace
 {
 
 constexpr std::uint64_t SmallPrimitiveCount = 12000; ///< below, waking helpers costs more than they save
-constexpr std::uint64_t SmallPixelCount = 200000;
+constexpr std::uint64_t SmallPixelCount = 80000;
 constexpr std::size_t UnitsPerRound = 1024;
 constexpr std::size_t BinBytesPerRound = std::size_t{32} << 20; ///< a round ends when its bins have grown to this
 constexpr std::size_t LargestKeptBins = std::size_t{1} << 20;

@@ -229,6 +229,26 @@ inline Ints Choose(const Mask& m, const Ints& yes, const Ints& no)
     return EachLane<Ints>([&](int i) { return m.lane[i] != 0 ? yes.lane[i] : no.lane[i]; });
 }
 
+/// The two whole numbers at the start of each record of `Stride` whole numbers.
+template<int Stride>
+inline void LoadPairs(const std::int32_t* base, const Ints& index, Ints& first, Ints& second)
+{
+    for (int i = 0; i < LaneCount; ++i)
+    {
+        const std::int32_t* from = base + std::size_t{static_cast<std::uint32_t>(index.lane[i])} * Stride;
+        first.lane[i] = from[0];
+        second.lane[i] = from[1];
+    }
+}
+/// The x and y of one position for each lane.
+inline void LoadPlaces(const ScreenPosition* const* from, Ints& x, Ints& y)
+{
+    for (int i = 0; i < LaneCount; ++i)
+    {
+        x.lane[i] = from[i]->x;
+        y.lane[i] = from[i]->y;
+    }
+}
 inline Floats Gather(const float* base, const Ints& index)
 {
     return EachLane<Floats>([&](int i) { return base[index.lane[i]]; });
@@ -261,12 +281,24 @@ inline void StoreQuads(const Floats& a, const Floats& b, const Floats& c, const 
         to[4 * i + 3] = d.lane[i];
     }
 }
-/// Stores the chosen lanes one after the other and answers how many; may write LaneCount numbers.
-inline std::uint32_t StoreChosen(const Ints& v, const Mask& m, std::int32_t* to)
+/// Which lanes of a mask are chosen.
+struct ChosenLanes
+{
+    Mask mask;
+    std::uint32_t count;
+};
+
+inline ChosenLanes FindChosen(const Mask& m)
 {
     std::uint32_t count = 0;
     for (int i = 0; i < LaneCount; ++i)
-        if (m.lane[i] != 0)
-            to[count++] = v.lane[i];
-    return count;
+        count += m.lane[i] != 0 ? 1 : 0;
+    return {m, count};
+}
+/// Stores the chosen lanes one after the other; may write LaneCount numbers.
+inline void StoreChosen(const Ints& v, const ChosenLanes& chosen, std::int32_t* to)
+{
+    for (int i = 0; i < LaneCount; ++i)
+        if (chosen.mask.lane[i] != 0)
+            *to++ = v.lane[i];
 }

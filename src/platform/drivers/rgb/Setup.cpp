@@ -39,6 +39,19 @@ std::int64_t Cross(const ScreenPosition& a, const ScreenPosition& b, std::int64_
     return (std::int64_t{b.x} - a.x) * (y - a.y) - (std::int64_t{b.y} - a.y) * (x - a.x);
 }
 
+bool IsTranslucent(const Batch& batch, const DrawState& state, std::uint32_t triangle)
+{
+    if (state.isTextureTranslucent)
+        return true;
+    const Part& part = batch.parts[state.part];
+    const DrawMesh& mesh = *part.item->mesh;
+    if (state.isFlat)
+        return batch.faces.colors[mesh.triangleFace[triangle] + part.faceBase].alpha < 1;
+    const std::uint32_t* indices = mesh.indices.data() + 3 * std::size_t{triangle};
+    return std::any_of(indices, indices + 3,
+                       [&](std::uint32_t vertex) { return batch.vertices.colors[vertex + part.vertexBase].alpha < 1; });
+}
+
 class UnitSetup
 {
 public:
@@ -93,6 +106,7 @@ private:
             const std::uint32_t kept =
                 batch_.kernels->cullTriangles(indices + 3 * std::size_t{first}, count, CurrentPart().vertexBase,
                                               batch_.vertices.positions.Data(), State(), survivors_);
+            bins_.coveredPixels += 16 * std::uint64_t{kept} + survivors_.coveredPixels / 2;
             AddSurvivors(kept, segment.first + first);
         }
     }
@@ -122,7 +136,6 @@ private:
         const std::uint32_t top = (tiles >> 8) & 0xFF;
         const std::uint32_t right = (tiles >> 16) & 0xFF;
         const std::uint32_t bottom = tiles >> 24;
-        bins_.coveredPixels += 16;
         for (std::uint32_t y = top; y <= bottom; ++y)
             for (std::uint32_t x = left; x <= right; ++x)
                 bins_.pairs.Append((y * static_cast<std::uint32_t>(batch_.tilesPerRow) + x) << 16 | number);
@@ -342,22 +355,6 @@ private:
                 bins_.pairs.Append(TileNumber(x, y) << 16 | number);
     }
 
-public:
-    static bool IsTranslucent(const Batch& batch, const DrawState& state, std::uint32_t triangle)
-    {
-        if (state.isTextureTranslucent)
-            return true;
-        const Part& part = batch.parts[state.part];
-        const DrawMesh& mesh = *part.item->mesh;
-        if (state.isFlat)
-            return batch.faces.colors[mesh.triangleFace[triangle] + part.faceBase].alpha < 1;
-        const std::uint32_t* indices = mesh.indices.data() + 3 * std::size_t{triangle};
-        return std::any_of(indices, indices + 3,
-                           [&](std::uint32_t vertex)
-                           { return batch.vertices.colors[vertex + part.vertexBase].alpha < 1; });
-    }
-
-private:
     const Batch& batch_;
     Bins& bins_;
     std::uint32_t state_ = 0;
@@ -395,7 +392,7 @@ void CollectSorted(const Batch& batch, const Segment& segment, Buffer<SortedTria
     const DrawMesh& mesh = *part.item->mesh;
     for (std::uint32_t triangle = segment.first; triangle < segment.first + segment.count; ++triangle)
     {
-        if (!UnitSetup::IsTranslucent(batch, state, triangle))
+        if (!IsTranslucent(batch, state, triangle))
             continue;
         double depth = 0;
         for (int corner = 0; corner < 3; ++corner)

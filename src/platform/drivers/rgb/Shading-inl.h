@@ -23,13 +23,43 @@ struct Attribute
     }
 };
 
+/// The same for red, green, blue and alpha at once.
+struct alignas(16) ColorAttributes
+{
+    float base[4], toSecond[4], toThird[4];
+
+    /// Red, green and blue are multiplied by `scale`.
+    void Set(const ColorBlock& a, const ColorBlock& b, const ColorBlock& c, float scale)
+    {
+        const float scales[4] = {scale, scale, scale, 1.0F};
+        const float first[4] = {a.red, a.green, a.blue, a.alpha};
+        const float second[4] = {b.red, b.green, b.blue, b.alpha};
+        const float third[4] = {c.red, c.green, c.blue, c.alpha};
+        for (int i = 0; i < 4; ++i)
+        {
+            base[i] = first[i] * scales[i];
+            toSecond[i] = second[i] * scales[i] - base[i];
+            toThird[i] = third[i] * scales[i] - base[i];
+        }
+    }
+
+    /// The largest change of a channel from corner 0 to another.
+    float Range() const
+    {
+        float range = 0;
+        for (int i = 0; i < 4; ++i)
+            range = std::max(range, std::max(std::abs(toSecond[i]), std::abs(toThird[i])));
+        return range;
+    }
+    Attribute Channel(int i) const { return {base[i], toSecond[i], toThird[i]}; }
+};
+
 /// What a primitive's pixels interpolate. Only what its state uses is filled.
 struct Attributes
 {
     Attribute depth, inverseW;
     float secondW, thirdW; ///< 1 / w of corners 1 and 2
-    Attribute red, green, blue, alpha;
-    Attribute highlightRed, highlightGreen, highlightBlue;
+    ColorAttributes color, highlight;
     Attribute u, v, eyeDepth;
     // How the weights of corners 1 and 2 change per pixel to the right and down.
     float secondPerX, secondPerY, thirdPerX, thirdPerY;
@@ -185,6 +215,23 @@ LANES_NOINLINE void Sample(Texel& result, const MipChain& texture, const Attribu
     }
 }
 
+using Sampler = void (*)(Texel&, const MipChain&, const Attributes&, const Weights&);
+
+/// How a textured state reads its texture.
+inline Sampler SamplerOf(Surface surface)
+{
+    static constexpr Sampler Samplers[SurfaceCount] = {
+        nullptr,
+        Sample<Surface::Nearest>,
+        Sample<Surface::Linear>,
+        Sample<Surface::MipNearest>,
+        Sample<Surface::MipLinear>,
+        Sample<Surface::LinearMipNearest>,
+        Sample<Surface::LinearMipLinear>,
+    };
+    return Samplers[static_cast<int>(surface)];
+}
+
 LANES_NOINLINE void FindVisiblePart(Floats& result, const FogState& fog, Floats depth)
 {
     if (fog.mode == FogMode::Linear)
@@ -205,24 +252,24 @@ LANES_INLINE Floats Limited(Floats channel)
 
 /// The lanes of `mask` that are drawn after all, and their pixels. `below` is what is there, `rank` the pixels' places
 /// in the stipple.
-template<Surface S, Blending B, bool Fog, Interpolation P>
+template<bool IsTextured, Blending B, bool Fog, Interpolation P>
 LANES_INLINE Mask ShadePixels(const DrawState& state, const Attributes& a, Floats second, Floats third, Mask mask,
                               Ints below, Floats rank, Ints& pixels)
 {
     const Weights weights = InSpace<P>(a, second, third);
-    Floats red = At<P>(a.red, weights);
-    Floats green = At<P>(a.green, weights);
-    Floats blue = At<P>(a.blue, weights);
+    Floats red = At<P>(a.color.Channel(0), weights);
+    Floats green = At<P>(a.color.Channel(1), weights);
+    Floats blue = At<P>(a.color.Channel(2), weights);
     Floats alpha = Splat(1.0F);
     if constexpr (B != Blending::Opaque)
-        alpha = At<P>(a.alpha, weights);
-    if constexpr (S != Surface::Plain)
+        alpha = At<P>(a.color.Channel(3), weights);
+    if constexpr (IsTextured)
     {
         Texel texel;
-        Sample<S>(texel, *state.texture, a, weights);
-        red = Limited(texel.red * red + At<P>(a.highlightRed, weights));
-        green = Limited(texel.green * green + At<P>(a.highlightGreen, weights));
-        blue = Limited(texel.blue * blue + At<P>(a.highlightBlue, weights));
+        SamplerOf(state.surface)(texel, *state.texture, a, weights);
+        red = Limited(texel.red * red + At<P>(a.highlight.Channel(0), weights));
+        green = Limited(texel.green * green + At<P>(a.highlight.Channel(1), weights));
+        blue = Limited(texel.blue * blue + At<P>(a.highlight.Channel(2), weights));
         if constexpr (B != Blending::Opaque)
             alpha = alpha * texel.alpha * Splat(1.0F / 255.0F);
     }

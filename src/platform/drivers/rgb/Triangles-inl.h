@@ -5,11 +5,13 @@
 // The top-left rule is folded in: an edge that does not own its pixels starts one lower, and a pixel is covered when
 // no edge function is negative.
 //
-// Triangles in a box of up to 16 pixels are drawn as masked rows, with weights from the exact edge functions: however
+// Everything about small triangles is set up for a vector of them at once.
+//
+// Triangles in a box of up to 32 pixels are drawn as masked rows, with weights from the exact edge functions: however
 // thin the triangle is, they are right. Larger ones are drawn by blocks of 8 by 8 pixels, with weights linear in x and
 // y: blocks outside are left out, those inside need no edge tests, and those behind everything drawn are hidden.
 
-inline constexpr std::int32_t SmallBox = 16 * SubPixels;
+inline constexpr std::int32_t SmallBox = 32 * SubPixels;
 
 /// An edge, opposite to the corner of its number; values are per tile.
 struct Edge
@@ -18,11 +20,15 @@ struct Edge
     std::int32_t start;      ///< at the tile's first pixel
 };
 
-struct TriangleView
+/// A vector of triangles in a tile. Edges, step and rests are those of small triangles only.
+struct TriangleLanes
 {
-    const ScreenPosition* corner[3];
-    const Record* record;
-    PixelRect box; ///< the pixels to visit, in the tile
+    const ScreenPosition* corner[3][LaneCount];
+    std::int32_t left[LaneCount], top[LaneCount], right[LaneCount], bottom[LaneCount]; ///< the pixels to visit
+    std::int32_t isSmall[LaneCount];
+    std::int32_t start[3][LaneCount], perX[3][LaneCount], perY[3][LaneCount]; ///< as in Edge
+    float step[LaneCount]; ///< of a corner's weight for one step of its edge
+    float restSecond[LaneCount], restThird[LaneCount];
 };
 
 LANES_INLINE const VertexBlocks& BlocksOf(const Batch& batch, const Bins& bins, std::uint32_t vertex)
@@ -30,16 +36,8 @@ LANES_INLINE const VertexBlocks& BlocksOf(const Batch& batch, const Bins& bins, 
     return (vertex & Record::Local) != 0 ? bins.local : batch.vertices;
 }
 
-LANES_INLINE void SetColor(Attributes& to, const ColorBlock& a, const ColorBlock& b, const ColorBlock& c, float scale)
-{
-    to.red.Set(a.red * scale, b.red * scale, c.red * scale);
-    to.green.Set(a.green * scale, b.green * scale, c.green * scale);
-    to.blue.Set(a.blue * scale, b.blue * scale, c.blue * scale);
-    to.alpha.Set(a.alpha, b.alpha, c.alpha);
-}
-
 /// All that varies over a primitive of three corners, which need not be different ones.
-template<Surface S, Blending B, bool Fog>
+template<bool IsTextured, Blending B, bool Fog>
 LANES_INLINE void SetAttributes(Attributes& to, const Batch& batch, const Bins& bins, const DrawState& state,
                                 const Record& record, const ScreenPosition& a, const ScreenPosition& b,
                                 const ScreenPosition& c)
@@ -51,13 +49,15 @@ LANES_INLINE void SetAttributes(Attributes& to, const Batch& batch, const Bins& 
     to.inverseW.Set(a.inverseW, b.inverseW, c.inverseW);
     to.secondW = b.inverseW;
     to.thirdW = c.inverseW;
-    constexpr float Scale = S == Surface::Plain ? 255.0F : 1.0F;
-    const ColorBlock* faceColor = state.isFlat ? &batch.faces.colors[record.face] : nullptr;
-    if (faceColor != nullptr)
-        SetColor(to, *faceColor, *faceColor, *faceColor, Scale);
+    constexpr float Scale = IsTextured ? 1.0F : 255.0F;
+    if (state.isFlat)
+    {
+        const ColorBlock& face = batch.faces.colors[record.face];
+        to.color.Set(face, face, face, Scale);
+    }
     else
-        SetColor(to, blocks.colors[v[0]], blocks.colors[v[1]], blocks.colors[v[2]], Scale);
-    if constexpr (S != Surface::Plain || Fog)
+        to.color.Set(blocks.colors[v[0]], blocks.colors[v[1]], blocks.colors[v[2]], Scale);
+    if constexpr (IsTextured || Fog)
     {
         const CoordinateBlock& first = blocks.coordinates[v[0]];
         const CoordinateBlock& second = blocks.coordinates[v[1]];
@@ -66,28 +66,26 @@ LANES_INLINE void SetAttributes(Attributes& to, const Batch& batch, const Bins& 
         to.v.Set(first.v, second.v, third.v);
         to.eyeDepth.Set(first.eyeDepth, second.eyeDepth, third.eyeDepth);
     }
-    if constexpr (S != Surface::Plain)
+    if constexpr (IsTextured)
     {
         const ColorBlock& first = state.isFlat ? batch.faces.highlights[record.face] : blocks.highlights[v[0]];
         const ColorBlock& second = state.isFlat ? first : blocks.highlights[v[1]];
         const ColorBlock& third = state.isFlat ? first : blocks.highlights[v[2]];
-        to.highlightRed.Set(first.red * 255.0F, second.red * 255.0F, third.red * 255.0F);
-        to.highlightGreen.Set(first.green * 255.0F, second.green * 255.0F, third.green * 255.0F);
-        to.highlightBlue.Set(first.blue * 255.0F, second.blue * 255.0F, third.blue * 255.0F);
+        to.highlight.Set(first, second, third, 255.0F);
     }
 }
 
-/// Whether the corners' distances are so alike that interpolation on the screen is off by less than a quarter of a step
-/// of 255: the error of a weight is at most a quarter of the relative difference.
-LANES_INLINE bool IsNearlyFlat(float a, float b, float c)
+/// Whether interpolation on the screen is off by less than a quarter of a step of 255. The error of a weight is at most
+/// a quarter of the relative difference of the corners' distances, and counts as much as the colors differ.
+LANES_INLINE bool IsNearlyFlat(float a, float b, float c, float range)
 {
     const float least = std::min(a, std::min(b, c));
     const float greatest = std::max(a, std::max(b, c));
-    return greatest - least <= 0.0039F * least;
+    return (greatest - least) * range <= least;
 }
 
 /// Tests, shades and stores a vector of pixels.
-template<Surface S, Blending B, bool Fog, Interpolation P>
+template<bool IsTextured, Blending B, bool Fog, Interpolation P>
 LANES_INLINE void DrawPixels(const TileView& tile, const DrawState& state, const Attributes& a, int x, int y, Mask mask,
                              Floats depth, Floats second, Floats third)
 {
@@ -101,7 +99,7 @@ LANES_INLINE void DrawPixels(const TileView& tile, const DrawState& state, const
     if constexpr (B == Blending::Stippled)
         rank = Load(StippleRows[y & 3] + (x & 3));
     Ints pixels = below;
-    mask = ShadePixels<S, B, Fog, P>(state, a, second, third, mask, below, rank, pixels);
+    mask = ShadePixels<IsTextured, B, Fog, P>(state, a, second, third, mask, below, rank, pixels);
     if constexpr (B != Blending::Veiled)
         Store(Choose(mask, depth, depthThere), tile.depths + pixel);
     Store(Choose(mask, pixels, below), tile.colors + pixel);
@@ -113,23 +111,25 @@ LANES_INLINE Mask LanesWithin(int x, int left, int right)
     return Except(IsLess(place, Splat(right)), IsLess(place, Splat(left)));
 }
 
-template<Surface S, Blending B, bool Fog, Interpolation P>
-void DrawSmall(const TileView& tile, const DrawState& state, const TriangleView& t, const Attributes& a,
-               const Edge (&edges)[3], const float (&rest)[3], float inverseArea)
+template<bool IsTextured, Blending B, bool Fog, Interpolation P>
+void DrawSmall(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane, const Attributes& a)
 {
-    const Floats step = Splat(static_cast<float>(SubPixels) * inverseArea);
-    const Floats restSecond = Splat(rest[1] * inverseArea);
-    const Floats restThird = Splat(rest[2] * inverseArea);
-    const Ints lanes = LaneNumbers();
-    const Ints along[3] = {lanes * Splat(edges[0].perX), lanes * Splat(edges[1].perX), lanes * Splat(edges[2].perX)};
-    const int firstX = t.box.left & ~(LaneCount - 1);
-    for (int x = firstX; x < t.box.right; x += LaneCount)
+    const Floats step = Splat(t.step[lane]);
+    const Floats restSecond = Splat(t.restSecond[lane]);
+    const Floats restThird = Splat(t.restThird[lane]);
+    const int left = t.left[lane];
+    const int right = t.right[lane];
+    int drawn = 0;
+    for (int x = left; x < right; x += LaneCount)
     {
-        const Mask columns = LanesWithin(x, t.box.left, t.box.right);
+        x = std::min(x, TileSize - LaneCount); // no vector may reach beyond the tile
+        const Mask columns = LanesWithin(x, std::max(left, drawn), right);
+        drawn = x + LaneCount;
+        const Ints place = LaneNumbers() + Splat(x);
         Ints value[3];
         for (int i = 0; i < 3; ++i)
-            value[i] = along[i] + Splat(edges[i].start + edges[i].perX * x + edges[i].perY * t.box.top);
-        for (int y = t.box.top; y < t.box.bottom; ++y)
+            value[i] = place * Splat(t.perX[i][lane]) + Splat(t.start[i][lane] + t.perY[i][lane] * t.top[lane]);
+        for (int y = t.top[lane]; y < t.bottom[lane]; ++y)
         {
             const Mask mask = Except(columns, IsLess(value[0] | value[1] | value[2], Splat(0)));
             if (IsAny(mask))
@@ -138,10 +138,10 @@ void DrawSmall(const TileView& tile, const DrawState& state, const TriangleView&
                 const Floats third = ToFloats(value[2]) * step + restThird;
                 const Floats depth =
                     Least(At<Interpolation::Linear>(a.depth, {second, third, second}), Splat(FarthestDepth));
-                DrawPixels<S, B, Fog, P>(tile, state, a, x, y, mask, depth, second, third);
+                DrawPixels<IsTextured, B, Fog, P>(tile, state, a, x, y, mask, depth, second, third);
             }
             for (int i = 0; i < 3; ++i)
-                value[i] = value[i] + Splat(edges[i].perY);
+                value[i] = value[i] + Splat(t.perY[i][lane]);
         }
     }
 }
@@ -183,15 +183,15 @@ struct LargeTriangle
     DepthPlane depth;
 };
 
-template<Surface S, Blending B, bool Fog, Interpolation P, bool IsInside>
-void DrawBlock(const TileView& tile, const DrawState& state, const TriangleView& t, const Attributes& a,
+template<bool IsTextured, Blending B, bool Fog, Interpolation P, bool IsInside>
+void DrawBlock(const TileView& tile, const DrawState& state, const PixelRect& box, const Attributes& a,
                const LargeTriangle& large, int left, int top)
 {
     const Floats zero = Splat(0.0F);
     const Floats one = Splat(1.0F);
     const Floats lanes = ToFloats(LaneNumbers());
-    const int firstY = IsInside ? top : std::max(top, t.box.top);
-    const int lastY = IsInside ? top + BlockSize : std::min(top + BlockSize, t.box.bottom);
+    const int firstY = IsInside ? top : std::max(top, box.top);
+    const int lastY = IsInside ? top + BlockSize : std::min(top + BlockSize, box.bottom);
     for (int y = firstY; y < lastY; ++y)
         for (int x = left; x < left + BlockSize; x += LaneCount)
         {
@@ -202,7 +202,7 @@ void DrawBlock(const TileView& tile, const DrawState& state, const TriangleView&
                 for (const Edge& edge : large.edges)
                     value =
                         value | (LaneNumbers() * Splat(edge.perX) + Splat(edge.start + edge.perX * x + edge.perY * y));
-                mask = Except(LanesWithin(x, t.box.left, t.box.right), IsLess(value, Splat(0)));
+                mask = Except(LanesWithin(x, box.left, box.right), IsLess(value, Splat(0)));
                 if (!IsAny(mask))
                     continue;
             }
@@ -219,19 +219,19 @@ void DrawBlock(const TileView& tile, const DrawState& state, const TriangleView&
                 second = Least(Greatest(second, zero), one);
                 third = Least(Greatest(third, zero), one - second);
             }
-            DrawPixels<S, B, Fog, P>(tile, state, a, x, y, mask, depth, second, third);
+            DrawPixels<IsTextured, B, Fog, P>(tile, state, a, x, y, mask, depth, second, third);
         }
 }
 
-template<Surface S, Blending B, bool Fog, Interpolation P>
-void DrawLarge(const TileView& tile, const DrawState& state, const TriangleView& t, const Attributes& a,
+template<bool IsTextured, Blending B, bool Fog, Interpolation P>
+void DrawLarge(const TileView& tile, const DrawState& state, const PixelRect& box, const Attributes& a,
                const LargeTriangle& large)
 {
     constexpr int Last = BlockSize - 1;
-    const int firstX = t.box.left & ~Last;
-    const int firstY = t.box.top & ~Last;
-    for (int y = firstY; y < t.box.bottom; y += BlockSize)
-        for (int x = firstX; x < t.box.right; x += BlockSize)
+    const int firstX = box.left & ~Last;
+    const int firstY = box.top & ~Last;
+    for (int y = firstY; y < box.bottom; y += BlockSize)
+        for (int x = firstX; x < box.right; x += BlockSize)
         {
             std::int32_t highest = 0; // negative when some edge is negative in the whole block
             std::int32_t lowest = 0;  // negative when some edge is negative somewhere in it
@@ -244,22 +244,22 @@ void DrawLarge(const TileView& tile, const DrawState& state, const TriangleView&
             float& farthest = tile.blockFarthest[(y >> BlockShift) * BlocksPerRow + (x >> BlockShift)];
             if (highest < 0 || large.depth.NearestIn(x, y) > farthest)
                 continue;
-            const bool isInBox = x >= t.box.left && x + Last < t.box.right && y >= t.box.top && y + Last < t.box.bottom;
+            const bool isInBox = x >= box.left && x + Last < box.right && y >= box.top && y + Last < box.bottom;
             if (lowest < 0 || !isInBox)
             {
-                DrawBlock<S, B, Fog, P, false>(tile, state, t, a, large, x, y);
+                DrawBlock<IsTextured, B, Fog, P, false>(tile, state, box, a, large, x, y);
                 continue;
             }
             // Beside a texture's cost the edge tests do not matter: one loop for both is enough.
-            DrawBlock<S, B, Fog, P, S == Surface::Plain>(tile, state, t, a, large, x, y);
+            DrawBlock<IsTextured, B, Fog, P, !IsTextured>(tile, state, box, a, large, x, y);
             if constexpr (B == Blending::Opaque || B == Blending::Blended)
                 farthest = std::min(farthest, large.depth.FarthestIn(x, y));
         }
 }
 
-/// The edge from one corner to the next, with the low byte of its function in `rest`. False where the whole tile lies
+/// The edge from one corner to the next, and its function at the tile's first pixel. False where the whole tile lies
 /// outside.
-LANES_INLINE bool SetEdge(Edge& edge, float& rest, double& atTile, const ScreenPosition& from, const ScreenPosition& to,
+LANES_INLINE bool SetEdge(Edge& edge, double& atTile, const ScreenPosition& from, const ScreenPosition& to,
                           const TileView& tile)
 {
     constexpr std::int64_t Limit = std::int64_t{1} << 30;
@@ -269,7 +269,6 @@ LANES_INLINE bool SetEdge(Edge& edge, float& rest, double& atTile, const ScreenP
         dx * (std::int64_t{tile.top} * SubPixels - from.y) - dy * (std::int64_t{tile.left} * SubPixels - from.x);
     const std::int64_t owned = dy < 0 || (dy == 0 && dx > 0) ? value : value - 1;
     const std::int64_t start = owned >> SubPixelShift;
-    rest = static_cast<float>(value - start * SubPixels);
     atTile = static_cast<double>(value);
     edge = {static_cast<std::int32_t>(-dy), static_cast<std::int32_t>(dx), static_cast<std::int32_t>(start)};
     if (start >= Limit)
@@ -277,32 +276,16 @@ LANES_INLINE bool SetEdge(Edge& edge, float& rest, double& atTile, const ScreenP
     return start > -Limit;
 }
 
-/// The pixels of a triangle's box that the tile and the state let draw, in the tile.
-LANES_INLINE PixelRect BoxOf(const TriangleView& t, const PixelRect& limits, const TileView& tile)
+template<bool IsTextured, Blending B, bool Fog, Interpolation P>
+void SetUpAndDrawLarge(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane, Attributes& a)
 {
-    const ScreenPosition* const(&c)[3] = t.corner;
-    const int left = std::min(c[0]->x, std::min(c[1]->x, c[2]->x));
-    const int right = std::max(c[0]->x, std::max(c[1]->x, c[2]->x));
-    const int top = std::min(c[0]->y, std::min(c[1]->y, c[2]->y));
-    const int bottom = std::max(c[0]->y, std::max(c[1]->y, c[2]->y));
-    return Intersection({((left + SubPixels - 1) >> SubPixelShift) - tile.left,
-                         ((top + SubPixels - 1) >> SubPixelShift) - tile.top, (right >> SubPixelShift) + 1 - tile.left,
-                         (bottom >> SubPixelShift) + 1 - tile.top},
-                        limits);
-}
-
-template<Surface S, Blending B, bool Fog, Interpolation P>
-void DrawOne(const TileView& tile, const DrawState& state, const TriangleView& t, Attributes& a)
-{
-    const ScreenPosition& c0 = *t.corner[0];
-    const ScreenPosition& c1 = *t.corner[1];
-    const ScreenPosition& c2 = *t.corner[2];
+    const ScreenPosition& c0 = *t.corner[0][lane];
+    const ScreenPosition& c1 = *t.corner[1][lane];
+    const ScreenPosition& c2 = *t.corner[2][lane];
     LargeTriangle large;
-    float rest[3];
     double atTile[3];
-    if (!SetEdge(large.edges[0], rest[0], atTile[0], c1, c2, tile) ||
-        !SetEdge(large.edges[1], rest[1], atTile[1], c2, c0, tile) ||
-        !SetEdge(large.edges[2], rest[2], atTile[2], c0, c1, tile))
+    if (!SetEdge(large.edges[0], atTile[0], c1, c2, tile) || !SetEdge(large.edges[1], atTile[1], c2, c0, tile) ||
+        !SetEdge(large.edges[2], atTile[2], c0, c1, tile))
         return;
     const std::int64_t area = (std::int64_t{c1.x} - c0.x) * (std::int64_t{c2.y} - c0.y) -
                               (std::int64_t{c1.y} - c0.y) * (std::int64_t{c2.x} - c0.x);
@@ -312,10 +295,6 @@ void DrawOne(const TileView& tile, const DrawState& state, const TriangleView& t
     a.secondPerY = static_cast<float>((c0.x - c2.x) * perPixel);
     a.thirdPerX = static_cast<float>((c0.y - c1.y) * perPixel);
     a.thirdPerY = static_cast<float>((c1.x - c0.x) * perPixel);
-    const auto [left, right] = std::minmax({c0.x, c1.x, c2.x});
-    const auto [top, bottom] = std::minmax({c0.y, c1.y, c2.y});
-    if (right - left <= SmallBox && bottom - top <= SmallBox)
-        return DrawSmall<S, B, Fog, P>(tile, state, t, a, large.edges, rest, static_cast<float>(inverseArea));
     const double second = atTile[1] * inverseArea;
     const double third = atTile[2] * inverseArea;
     large.second = {static_cast<float>(second), a.secondPerX, a.secondPerY};
@@ -325,10 +304,90 @@ void DrawOne(const TileView& tile, const DrawState& state, const TriangleView& t
                          a.secondPerY * a.depth.toSecond + a.thirdPerY * a.depth.toThird};
     large.depth.nearest = std::min(c0.depth, std::min(c1.depth, c2.depth));
     large.depth.farthest = std::max(c0.depth, std::max(c1.depth, c2.depth));
-    DrawLarge<S, B, Fog, P>(tile, state, t, a, large);
+    DrawLarge<IsTextured, B, Fog, P>(tile, state, {t.left[lane], t.top[lane], t.right[lane], t.bottom[lane]}, a, large);
 }
 
-template<Surface S, Blending B, bool Fog>
+template<bool IsTextured, Blending B, bool Fog, Interpolation P>
+LANES_INLINE void DrawOne(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane, Attributes& a)
+{
+    if (t.isSmall[lane] == 0)
+        return SetUpAndDrawLarge<IsTextured, B, Fog, P>(tile, state, t, lane, a);
+    if constexpr (IsTextured)
+    {
+        a.secondPerX = static_cast<float>(t.perX[1][lane]) * t.step[lane];
+        a.secondPerY = static_cast<float>(t.perY[1][lane]) * t.step[lane];
+        a.thirdPerX = static_cast<float>(t.perX[2][lane]) * t.step[lane];
+        a.thirdPerY = static_cast<float>(t.perY[2][lane]) * t.step[lane];
+    }
+    DrawSmall<IsTextured, B, Fog, P>(tile, state, t, lane, a);
+}
+
+/// What follows from the corners. Where a triangle is not small the 32 bits of its edges overflow, and nobody uses
+/// them.
+void SetUpLanes(TriangleLanes& t, const TileView& tile, const PixelRect& limits)
+{
+    Ints x[3], y[3];
+    for (int i = 0; i < 3; ++i)
+        LoadPlaces(t.corner[i], x[i], y[i]);
+    const Ints left = Least3(x);
+    const Ints right = Greatest3(x);
+    const Ints top = Least3(y);
+    const Ints bottom = Greatest3(y);
+    const Ints almostOne = Splat(SubPixels - 1);
+    Store(Greatest(ShiftedRight<SubPixelShift>(left + almostOne) - Splat(tile.left), Splat(limits.left)), t.left);
+    Store(Greatest(ShiftedRight<SubPixelShift>(top + almostOne) - Splat(tile.top), Splat(limits.top)), t.top);
+    Store(Least(ShiftedRight<SubPixelShift>(right) + Splat(1 - tile.left), Splat(limits.right)), t.right);
+    Store(Least(ShiftedRight<SubPixelShift>(bottom) + Splat(1 - tile.top), Splat(limits.bottom)), t.bottom);
+    const Mask isLarge = Either(IsLess(Splat(SmallBox), right - left), IsLess(Splat(SmallBox), bottom - top));
+    Store(Choose(isLarge, Splat(0), Splat(1)), t.isSmall);
+
+    const Ints area = (x[1] - x[0]) * (y[2] - y[0]) - (y[1] - y[0]) * (x[2] - x[0]);
+    const Floats inverseArea = Splat(1.0F) / ToFloats(area);
+    Store(inverseArea * Splat(static_cast<float>(SubPixels)), t.step);
+    const Ints tileX = Splat(tile.left * SubPixels);
+    const Ints tileY = Splat(tile.top * SubPixels);
+    for (int i = 0; i < 3; ++i)
+    {
+        const int from = (i + 1) % 3;
+        const int to = (i + 2) % 3;
+        const Ints dx = x[to] - x[from];
+        const Ints dy = y[to] - y[from];
+        const Ints value = dx * (tileY - y[from]) - dy * (tileX - x[from]);
+        const Mask isTopOrLeft = Either(IsLess(dy, Splat(0)), Both(IsEqual(dy, Splat(0)), IsLess(Splat(0), dx)));
+        const Ints start = ShiftedRight<SubPixelShift>(Choose(isTopOrLeft, value, value - Splat(1)));
+        Store(start, t.start[i]);
+        Store(Splat(0) - dy, t.perX[i]);
+        Store(dx, t.perY[i]);
+        if (i != 0)
+            Store(ToFloats(value - ShiftedLeft<SubPixelShift>(start)) * inverseArea,
+                  i == 1 ? t.restSecond : t.restThird);
+    }
+}
+
+/// Chooses the cheapest interpolation that is right.
+template<bool IsTextured, Blending B, bool Fog>
+LANES_INLINE void ShadeOne(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane,
+                           Attributes& a)
+{
+    if constexpr (IsTextured)
+        return DrawOne<IsTextured, B, Fog, Interpolation::Perspective>(tile, state, t, lane, a);
+    constexpr float FullRange = 255.0F;
+    const float w0 = t.corner[0][lane]->inverseW;
+    const float w1 = t.corner[1][lane]->inverseW;
+    const float w2 = t.corner[2][lane]->inverseW;
+    if (state.isFlat && !Fog)
+        DrawOne<IsTextured, B, Fog, Interpolation::Constant>(tile, state, t, lane, a);
+    else if (IsNearlyFlat(w0, w1, w2, FullRange))
+        DrawOne<IsTextured, B, Fog, Interpolation::Linear>(tile, state, t, lane, a);
+    else if (const float range = Fog ? FullRange : a.color.Range(); range == 0)
+        DrawOne<IsTextured, B, Fog, Interpolation::Constant>(tile, state, t, lane, a);
+    else if (IsNearlyFlat(w0, w1, w2, range))
+        DrawOne<IsTextured, B, Fog, Interpolation::Linear>(tile, state, t, lane, a);
+    else
+        DrawOne<IsTextured, B, Fog, Interpolation::Perspective>(tile, state, t, lane, a);
+}
+
+template<bool IsTextured, Blending B, bool Fog>
 void DrawTriangles(const TileView& tile, const Batch& batch, const Bins& bins, const DrawState& state,
                    const std::uint16_t* references, std::size_t count)
 {
@@ -336,32 +395,32 @@ void DrawTriangles(const TileView& tile, const Batch& batch, const Bins& bins, c
     const PixelRect limits =
         Intersection({area.left - tile.left, area.top - tile.top, area.right - tile.left, area.bottom - tile.top},
                      {0, 0, TileSize, TileSize});
-    for (std::size_t i = 0; i < count; ++i)
+    TriangleLanes t;
+    for (std::size_t first = 0; first < count; first += LaneCount)
     {
-        const Record& record = bins.records[references[i]];
-        const ScreenPosition* positions = BlocksOf(batch, bins, record.vertex[0]).positions.Data();
-        TriangleView t;
-        t.record = &record;
-        for (int corner = 0; corner < 3; ++corner)
-            t.corner[corner] = positions + (record.vertex[corner] & ~Record::Local);
-        t.box = BoxOf(t, limits, tile);
-        if (t.box.IsEmpty())
-            continue;
-        const ScreenPosition& c0 = *t.corner[0];
-        const ScreenPosition& c1 = *t.corner[1];
-        const ScreenPosition& c2 = *t.corner[2];
-        Attributes a;
-        SetAttributes<S, B, Fog>(a, batch, bins, state, record, c0, c1, c2);
-        if constexpr (S == Surface::Plain)
+        const int lanes = static_cast<int>(std::min<std::size_t>(LaneCount, count - first));
+        for (int lane = 0; lane < LaneCount; ++lane)
         {
-            if (state.isFlat && !Fog)
-                DrawOne<S, B, Fog, Interpolation::Constant>(tile, state, t, a);
-            else if (IsNearlyFlat(c0.inverseW, c1.inverseW, c2.inverseW))
-                DrawOne<S, B, Fog, Interpolation::Linear>(tile, state, t, a);
-            else
-                DrawOne<S, B, Fog, Interpolation::Perspective>(tile, state, t, a);
+            const Record& record =
+                bins.records[references[first + static_cast<std::size_t>(std::min(lane, lanes - 1))]];
+            const VertexBlocks& blocks = BlocksOf(batch, bins, record.vertex[0]);
+            for (int corner = 0; corner < 3; ++corner)
+            {
+                const std::uint32_t vertex = record.vertex[corner] & ~Record::Local;
+                t.corner[corner][lane] = blocks.positions.Data() + vertex;
+                __builtin_prefetch(blocks.colors.Data() + vertex); // needed once the vector is set up
+            }
         }
-        else
-            DrawOne<S, B, Fog, Interpolation::Perspective>(tile, state, t, a);
+        SetUpLanes(t, tile, limits);
+        for (int lane = 0; lane < lanes; ++lane)
+        {
+            if (t.left[lane] >= t.right[lane] || t.top[lane] >= t.bottom[lane])
+                continue;
+            Attributes a;
+            SetAttributes<IsTextured, B, Fog>(a, batch, bins, state,
+                                              bins.records[references[first + static_cast<std::size_t>(lane)]],
+                                              *t.corner[0][lane], *t.corner[1][lane], *t.corner[2][lane]);
+            ShadeOne<IsTextured, B, Fog>(tile, state, t, lane, a);
+        }
     }
 }
