@@ -54,6 +54,12 @@ if(LUMORA_SANITIZE)
     target_link_options(lumora-flags INTERFACE -fsanitize=${LUMORA_SANITIZE})
 endif()
 
+if(LUMORA_FUZZ AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    # The library tells the fuzzing programs which way it went.
+    target_compile_options(lumora-flags INTERFACE -fsanitize=fuzzer-no-link)
+    target_link_options(lumora-flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 find_program(CCACHE ccache)
 if(CCACHE)
     set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})

@@ -147,15 +147,15 @@ void JsonPropertyBag::WriteProperty(std::string_view name, const Variant& value,
 {
     faults::Point("PropertyBag.WriteProperty");
     const PropertyRow* const row = FindProperty(name);
-    SettingsEntry* const before = Find(name);
+    const SettingsEntry* const before = Find(name);
     const bool isDefault = VariantsEqual(value, defaultValue);
-    // A value that nobody understood is still somebody's.
-    if (isDefault && before != nullptr && !before->value)
-        return;
     const bool isSayable = !isDefault && QuotedText(std::string{name});
     const auto text = isSayable ? JsonOf(row, value) : std::nullopt;
     if (!isDefault && !text)
         Remark([&] { return "The value of " + std::string{name} + " cannot be kept in a settings file"; });
+    // A value that nobody understood is still somebody's.
+    if (!text && before != nullptr && !before->value)
+        return;
     std::erase_if(entries_, [&](const SettingsEntry& entry) { return entry.name == name; });
     if (text)
         entries_.push_back({std::string{name}, *text, 0, value});

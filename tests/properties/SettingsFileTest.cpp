@@ -196,7 +196,7 @@ TEST(SettingsFile, leaves_out_what_json_cannot_say_and_tells_so)
     hosted->Control().SetSceneOriginY(INFINITY);
     hosted->Control().SetBackgroundTexture("\xFF");
     hosted->Control().SetMouseIcon(std::make_shared<Picture>(std::make_shared<Bitmap>(2, 2)));
-    auto bag = BagOf("{}");
+    auto bag = BagOf(R"({"SceneOriginX": 1})");
     hosted->Control().Save(bag);
     EXPECT_EQ(hosted->Control().ViewportState(), tdlRunning);
     EXPECT_EQ(bag.Text(), "{\n}\n");
