@@ -68,9 +68,10 @@ Session::Session(const Request& request, const std::vector<Setting>& stored)
     : request_(request), stored_(stored), hosted_(HostFor(request, stored))
 {
     hosted_->Host().ShowControl();
-    if (hosted_->Control().ViewportState() != tdlHalted)
+    const Viewport& control = hosted_->Control();
+    if (control.ViewportState() != tdlHalted)
         return;
-    const auto factor = static_cast<long>(request.expose ? request.antiAlias : 1);
+    const auto factor = static_cast<long>(control.ExposeDDSurface() ? control.AntiAlias() : 1);
     throw RuntimeError{error::NoDevice, "lumora-render",
                        "No driver could be started that draws " + std::to_string(request.width * factor) + " by " +
                            std::to_string(request.height * factor) + " pixels: ask for a smaller picture."};
