@@ -32,10 +32,12 @@ endfunction()
 lumora_option(LUMORA_SIMD "Vector code through Highway" "${hwy_FOUND}")
 lumora_option(LUMORA_PICTURES "Picture files through stb_image" "${STB_INCLUDE}")
 lumora_option(LUMORA_IMPORT "Model files through Assimp" "${assimp_FOUND}")
+lumora_option(LUMORA_SETTINGS "Settings files through nlohmann-json" "${nlohmann_json_FOUND}")
 lumora_option(LUMORA_APPS "The command line program" "${CLI11_FOUND}")
 lumora_option(LUMORA_TESTS "Tests" "${GTest_FOUND}")
 lumora_option(LUMORA_BENCH "Benchmarks against Mesa's software OpenGL" "${EPOXY_FOUND}")
 option(LUMORA_EXAMPLES "Example hosts" ON)
+option(LUMORA_FUZZ "Fuzzing programs; needs clang" OFF)
 set(LUMORA_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
 
 # Every target of this project is compiled with these.
@@ -50,6 +52,12 @@ if(LUMORA_SANITIZE)
     target_compile_options(lumora-flags INTERFACE -fsanitize=${LUMORA_SANITIZE} -fno-omit-frame-pointer
         -fno-sanitize-recover=all)
     target_link_options(lumora-flags INTERFACE -fsanitize=${LUMORA_SANITIZE})
+endif()
+
+if(LUMORA_FUZZ AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    # The library tells the fuzzing programs which way it went.
+    target_compile_options(lumora-flags INTERFACE -fsanitize=fuzzer-no-link)
+    target_link_options(lumora-flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
 find_program(CCACHE ccache)

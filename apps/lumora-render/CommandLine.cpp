@@ -51,6 +51,9 @@ Without --camera the model is framed: a three-quarter view, or the axis view of 
 stands where it is told, relative to the untouched coordinates of the models (y up, z forward, left-handed).
 --set reaches every writable property of the control and wins over framing, for example --set FieldOfView=0.3,
 --set FillMode=D3DRMFILL_WIREFRAME or --set BackColor=0.
+A settings file is a JSON object such as {"FillMode": "D3DRMFILL_WIREFRAME", "FieldOfView": 0.3}. What it says wins over
+framing; every option wins over it. --save-settings keeps what the file and the options chose and is no default, not what
+framing worked out; entries of an existing file that are no properties stay in it.
 A %d or %03d in OUT is the number of the frame, from 0: every frame is written; otherwise the last.
 Exit status: 0 done, 1 failed (a sentence on standard error says why), 2 the command line was not understood.)";
 
@@ -155,6 +158,10 @@ void DeclareOptions(CLI::App& app, Request& request, Written& written)
     app.add_option("--set", written.settings, "Give a property of the control a value; may be repeated")
         ->type_name("Name=value")
         ->allow_extra_args(false);
+    app.add_option("--settings", request.settingsFile, "Read properties of the control from a settings file")
+        ->type_name("FILE");
+    app.add_option("--save-settings", request.saveSettingsFile, "Write a settings file after the last picture")
+        ->type_name("FILE");
     app.add_option("--frames", request.frames, "Number of frames to draw (1)")->type_name("N");
     app.add_flag("--turntable", request.turntable, "The camera circles the model once over the frames");
     app.add_flag("--stats", request.stats, "Print a line of JSON about the run to standard output");
@@ -172,9 +179,10 @@ void Understand(const Written& written, Request& request)
         request.camera = ParseCamera(written.camera);
     for (const std::string& text : written.settings)
         request.settings.push_back(ParseSetting(text));
-    if (request.antiAlias != tdlNone && request.antiAlias != tdl2X && request.antiAlias != tdl4X)
-        throw UsageError{"--antialias is 1, 2 or 4, not " + std::to_string(request.antiAlias) + "."};
-    request.expose = request.expose || request.antiAlias != tdlNone;
+    const std::int32_t antiAlias = request.antiAlias.value_or(tdlNone);
+    if (antiAlias != tdlNone && antiAlias != tdl2X && antiAlias != tdl4X)
+        throw UsageError{"--antialias is 1, 2 or 4, not " + std::to_string(antiAlias) + "."};
+    request.expose = request.expose || antiAlias != tdlNone;
     if (request.frames < 1 || request.frames > Request::MaximumFrames)
         throw UsageError{"--frames is a number from 1 to 100000, not " + std::to_string(request.frames) + "."};
     if (request.camera && request.view)

@@ -39,16 +39,18 @@ struct Request
     std::optional<std::int32_t> view;       ///< a tdlOrientation
     std::optional<std::int32_t> projection; ///< a D3DRMPROJECTIONTYPE
     std::optional<CameraPlacement> camera;
-    std::optional<std::int32_t> device; ///< a tdlDirect3DDevice
-    std::int32_t antiAlias = 1;         ///< a tdlAntiAlias
-    std::int32_t coolMode = 0;
+    std::optional<std::int32_t> device;    ///< a tdlDirect3DDevice
+    std::optional<std::int32_t> antiAlias; ///< a tdlAntiAlias
+    std::optional<std::int32_t> coolMode;
     bool expose = false;
     std::vector<Setting> settings; ///< in the order given
+    std::string settingsFile;      ///< to read before everything else; may be empty
+    std::string saveSettingsFile;  ///< to write after the last picture; may be empty
     int frames = 1;
     bool turntable = false;
     bool stats = false;
 
-    /// The property was given a value by name.
+    /// The property was given a value by --set.
     bool Sets(std::string_view property) const;
 };
 

@@ -6,6 +6,7 @@
 #include "lumora-render/Models.h"
 #include "lumora-render/Output.h"
 #include "lumora-render/Session.h"
+#include "lumora-render/SettingsFiles.h"
 
 #include <algorithm>
 #include <chrono>
@@ -42,20 +43,29 @@ Stage PrepareStage(const Request& request)
     return LoadModels(request.models, request.camera ? Arrangement::AsTheyAre : Arrangement::SideBySide);
 }
 
+void Warn(const std::vector<std::string>& warnings)
+{
+    for (const std::string& warning : warnings)
+        Complain("warning: " + warning);
+}
+
 void Draw(const Request& request)
 {
     CheckOutputPlace(NameOfFrame(request.output, 0));
+    const StoredSettings stored = ReadSettings(request.settingsFile);
+    Warn(stored.warnings);
+    SettingsKeeper keeper{request.saveSettingsFile};
     const auto start = std::chrono::steady_clock::now();
     const Stage stage = PrepareStage(request);
     const std::chrono::duration<double, std::milli> load = std::chrono::steady_clock::now() - start;
 
-    Session session{request};
+    Session session{request, stored.settings};
     session.Show(stage);
     session.Run(stage);
     if (request.stats)
         std::cout << session.StatisticsAsJson(load.count()) << std::endl;
-    for (const std::string& warning : stage.warnings)
-        Complain("warning: " + warning);
+    Warn(stage.warnings);
+    Warn(keeper.Keep(request, stored.settings));
 }
 
 } // namespace

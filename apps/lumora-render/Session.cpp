@@ -19,27 +19,16 @@ namespace lumora::render
 namespace
 {
 
-std::shared_ptr<PropertyBag> BagFor(const Request& request)
+std::unique_ptr<headless::HostedViewport> HostFor(const Request& request, const std::vector<Setting>& stored)
 {
-    auto bag = std::make_shared<headless::MemoryPropertyBag>();
-    bag->Set("Enabled", true);
-    bag->Set("WaitForVSYNC", false);
-    bag->Set("ExposeDDSurface", request.expose);
-    bag->Set("AntiAlias", request.antiAlias);
-    bag->Set("CoolMode", request.coolMode);
-    if (request.device)
-        bag->Set("Direct3DDevice", *request.device);
-    if (request.projection)
-        bag->Set("ProjectionType", *request.projection);
-    return bag;
-}
-
-std::unique_ptr<headless::HostedViewport> HostFor(const Request& request)
-{
+    headless::MemoryPropertyBag bag = ChosenSettings(request, stored);
+    // Pictures are drawn whatever a file says, and nobody sees the screen they are drawn on.
+    bag.Set("Enabled", true);
+    bag.Set("WaitForVSYNC", false);
     const PixelRect client{0, 0, request.width, request.height};
     auto screen = std::make_shared<headless::VirtualScreen>(request.width, request.height);
     auto host = std::make_shared<headless::HeadlessHost>(StandardDrivers(), std::move(screen), client);
-    return headless::HostedViewport::Live(std::move(host), *BagFor(request));
+    return headless::HostedViewport::Live(std::move(host), bag);
 }
 
 std::int32_t ToBackColor(Vector color)
@@ -75,12 +64,14 @@ double MedianOf(std::vector<double> values)
 
 } // namespace
 
-Session::Session(const Request& request) : request_(request), hosted_(HostFor(request))
+Session::Session(const Request& request, const std::vector<Setting>& stored)
+    : request_(request), stored_(stored), hosted_(HostFor(request, stored))
 {
     hosted_->Host().ShowControl();
-    if (hosted_->Control().ViewportState() != tdlHalted)
+    const Viewport& control = hosted_->Control();
+    if (control.ViewportState() != tdlHalted)
         return;
-    const auto factor = static_cast<long>(request.expose ? request.antiAlias : 1);
+    const auto factor = static_cast<long>(control.ExposeDDSurface() ? control.AntiAlias() : 1);
     throw RuntimeError{error::NoDevice, "lumora-render",
                        "No driver could be started that draws " + std::to_string(request.width * factor) + " by " +
                            std::to_string(request.height * factor) + " pixels: ask for a smaller picture."};
@@ -90,7 +81,7 @@ void Session::Show(const Stage& stage)
 {
     Viewport& viewport = hosted_->Control();
     viewport.SetScene(stage.scene);
-    viewport.SetBackColor(ToBackColor(stage.background));
+    viewport.SetBackColor(IsStored("BackColor") ? viewport.BackColor() : ToBackColor(stage.background));
     if (!stage.hasLights)
         LightFromCamera();
     ApplySettings();
@@ -98,6 +89,11 @@ void Session::Show(const Stage& stage)
         PlaceAsTold(*request_.camera);
     else
         PlaceByFraming(stage);
+}
+
+bool Session::IsStored(std::string_view property) const
+{
+    return std::ranges::any_of(stored_, [&](const Setting& setting) { return setting.row->name == property; });
 }
 
 void Session::ApplySettings()

@@ -4,6 +4,7 @@
 #include "lumora-render/CommandLine.h"
 #include "lumora-render/Framing.h"
 #include "lumora-render/Models.h"
+#include "lumora-render/SettingsFiles.h"
 #include "platform/headless/HostedViewport.h"
 
 #include <string>
@@ -16,8 +17,8 @@ namespace lumora::render
 class Session
 {
 public:
-    /// `request` must live as long as the session.
-    explicit Session(const Request& request);
+    /// Both must live as long as the session.
+    Session(const Request& request, const std::vector<Setting>& stored);
 
     /// Hands the stage to the control, applies the settings and places the camera.
     void Show(const Stage& stage);
@@ -33,12 +34,14 @@ private:
     void LightFromCamera();
     void PlaceAsTold(const CameraPlacement& placement);
     void PlaceByFraming(const Stage& stage);
-    bool IsExplicit(std::string_view property) const { return request_.Sets(property); }
+    bool IsStored(std::string_view property) const;
+    bool IsExplicit(std::string_view property) const { return request_.Sets(property) || IsStored(property); }
     void StandAt(const Standpoint& standpoint);
     double DrawFrame();
     PixelView Picture();
 
     const Request& request_;
+    const std::vector<Setting>& stored_;
     std::unique_ptr<headless::HostedViewport> hosted_;
     std::vector<double> frameMilliseconds_;
 };

@@ -5,11 +5,8 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cstdlib>
 #include <fcntl.h>
-#include <fstream>
-#include <iterator>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -18,12 +15,6 @@ namespace lumora::tests
 
 namespace
 {
-
-std::string ReadFile(const std::filesystem::path& path)
-{
-    std::ifstream file{path, std::ios::binary};
-    return {std::istreambuf_iterator<char>{file}, {}};
-}
 
 // In the child: streams into files, then the program.
 [[noreturn]] void Become(std::vector<char*> arguments, const std::string& output, const std::string& complaint)
@@ -36,39 +27,6 @@ std::string ReadFile(const std::filesystem::path& path)
 }
 
 } // namespace
-
-TemporaryFolder::TemporaryFolder()
-{
-    static std::atomic<int> count{0};
-    path_ = std::filesystem::temp_directory_path() /
-            ("lumora-render-test-" + std::to_string(::getpid()) + "-" + std::to_string(count++));
-    std::filesystem::create_directories(path_);
-}
-
-TemporaryFolder::~TemporaryFolder()
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-}
-
-void TemporaryFolder::Write(const std::string& name, const std::string& text) const
-{
-    std::ofstream{path_ / name, std::ios::binary} << text;
-}
-
-std::string TemporaryFolder::Read(const std::string& name) const
-{
-    return ReadFile(path_ / name);
-}
-
-std::vector<std::string> TemporaryFolder::Names() const
-{
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator{path_})
-        names.push_back(entry.path().filename().string());
-    std::ranges::sort(names);
-    return names;
-}
 
 Outcome Render(const std::vector<std::string>& arguments)
 {
@@ -86,7 +44,7 @@ Outcome Render(const std::vector<std::string>& arguments)
         Become(pointers, output, complaint);
     int status = 0;
     ::waitpid(child, &status, 0);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFile(output), ReadFile(complaint)};
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, streams.Read("output"), streams.Read("complaint")};
 }
 
 std::size_t CountLines(const std::string& text)

@@ -1,8 +1,9 @@
 // The command line program as a user meets it: arguments in, exit status, texts and pictures out.
 #pragma once
 
+#include "support/TemporaryFolder.h"
+
 #include <cstdint>
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -14,26 +15,6 @@ struct Outcome
     int status = -1; ///< -1: ended by a signal
     std::string output;
     std::string complaint; ///< standard error
-};
-
-/// A folder of its own that goes with the object.
-class TemporaryFolder
-{
-public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    std::string operator/(const std::string& name) const { return (path_ / name).string(); }
-    void Write(const std::string& name, const std::string& text) const;
-    std::string Read(const std::string& name) const;
-
-    /// Names of all that lies in it, sorted.
-    std::vector<std::string> Names() const;
-
-private:
-    std::filesystem::path path_;
 };
 
 /// Runs lumora-render to its end.

@@ -1,10 +1,10 @@
 // Properties through the table that makes them.
 #include "platform/automation/Faults.h"
 #include "properties/PropertyTable.h"
+#include "properties/PropertyValues.h"
 #include "viewport/LiveControl.h"
 
 #include <gmock/gmock.h>
-#include <map>
 
 using namespace lumora;
 using namespace lumora::test;
@@ -29,37 +29,6 @@ TEST(Properties, the_table_counts_ids_down_to_the_window_handle)
     }
     EXPECT_EQ(saved, 83);
     EXPECT_EQ(writable, 89);
-}
-
-// A value of the row's type that is not its default and that every layer takes.
-Variant AnotherValue(const PropertyRow& row)
-{
-    static const std::map<std::string_view, Variant> special = {
-        {"MouseIcon", ObjectReference{std::make_shared<Picture>(std::make_shared<Bitmap>(2, 2))}},
-        {"BorderStyle", std::int32_t{1}},
-        {"MousePointer", std::int32_t{2}},
-        {"HighlightPointer", std::int32_t{3}},
-        {"CullMethod", std::int32_t{2}},
-        {"FillMode", std::int32_t{64}},
-        {"LightMode", std::int32_t{0}},
-        {"ProjectionType", std::int32_t{1}},
-        {"AntiAlias", std::int32_t{2}},
-        {"BackClippingPlane", 500.0F},
-        {"Direct3DDevice", std::int32_t{3}},
-        {"ShadeMode", std::int32_t{0}}};
-    if (const auto found = special.find(row.name); found != special.end())
-        return found->second;
-    switch (row.type)
-    {
-    case PropertyType::Boolean:
-        return !std::get<bool>(row.defaultValue);
-    case PropertyType::Single:
-        return VariantToSingle(row.defaultValue) + 0.75F;
-    case PropertyType::String:
-        return std::string{"another"};
-    default:
-        return VariantToLong(row.defaultValue) + 1;
-    }
 }
 
 TEST(Properties, every_saved_property_survives_a_bag_live_and_at_design_time)

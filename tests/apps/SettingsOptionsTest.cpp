@@ -1,0 +1,127 @@
+// Settings files on the command line.
+#include "apps/RenderProgram.h"
+
+#include <algorithm>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace lumora::tests
+{
+
+namespace
+{
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+Outcome RenderSmall(const TemporaryFolder& folder, const std::string& picture, std::vector<std::string> more)
+{
+    more.insert(more.end(), {"-o", folder / picture, "--size", "48x36", "--device", "rgb"});
+    return Render(more);
+}
+
+TEST(SettingsOptions, a_file_does_what_set_does)
+{
+    const TemporaryFolder folder;
+    folder.Write("settings.json", R"({"FillMode": "D3DRMFILL_WIREFRAME", "FieldOfView": 0.2, "BackColor": 255})");
+    const Outcome byFile = RenderSmall(folder, "file.png", {"--settings", folder / "settings.json"});
+    EXPECT_EQ(byFile.status, 0);
+    EXPECT_EQ(byFile.complaint, "");
+    ASSERT_EQ(
+        RenderSmall(folder, "set.png", {"--set", "FillMode=64", "--set", "FieldOfView=0.2", "--set", "BackColor=255"})
+            .status,
+        0);
+    ASSERT_EQ(RenderSmall(folder, "plain.png", {}).status, 0);
+    EXPECT_EQ(folder.Read("file.png"), folder.Read("set.png"));
+    EXPECT_NE(folder.Read("file.png"), folder.Read("plain.png"));
+    const auto colors = ReadPixels(folder / "file.png").colors;
+    EXPECT_GT(std::ranges::count(colors, 0xFF0000U), 100) << "the background shows between the edges";
+}
+
+TEST(SettingsOptions, options_and_set_win_over_the_file)
+{
+    const TemporaryFolder folder;
+    folder.Write("settings.json", R"({"ProjectionType": 1, "CoolMode": 1, "FillMode": 64, "Enabled": false,
+        "AntiAlias": 4, "ExposeDDSurface": true})");
+    ASSERT_EQ(RenderSmall(folder, "both.png",
+                          {"--settings", folder / "settings.json", "--projection", "perspective", "--cool-mode", "0",
+                           "--antialias", "1", "--set", "FillMode=D3DRMFILL_SOLID", "--set", "ExposeDDSurface=no"})
+                  .status,
+              0);
+    ASSERT_EQ(RenderSmall(folder, "plain.png", {}).status, 0);
+    EXPECT_EQ(folder.Read("both.png"), folder.Read("plain.png"));
+}
+
+TEST(SettingsOptions, what_was_chosen_is_saved_and_gives_the_same_picture_again)
+{
+    const TemporaryFolder folder;
+    folder.Write("first.json", R"({"CoolMode": 1, "KeyZoomIn": 65})");
+    folder.Write("second.json", R"({"note": [1,  2], "Accumulate": true})");
+    const Outcome first =
+        RenderSmall(folder, "first.png",
+                    {"--settings", folder / "first.json", "--save-settings", folder / "second.json", "--antialias", "2",
+                     "--set", "FieldOfView=0.25", "--set", "ShadeMode=D3DRMSHADE_FLAT"});
+    EXPECT_EQ(first.status, 0);
+    EXPECT_THAT(first.complaint, HasSubstr("note"));
+    EXPECT_EQ(folder.Read("second.json"), "{\n"
+                                          "    \"note\": [1,  2],\n"
+                                          "    \"AntiAlias\": \"tdl2X\",\n"
+                                          "    \"ShadeMode\": \"D3DRMSHADE_FLAT\",\n"
+                                          "    \"ExposeDDSurface\": true,\n"
+                                          "    \"CoolMode\": 1,\n"
+                                          "    \"FieldOfView\": 0.25,\n"
+                                          "    \"Direct3DDevice\": \"tdlDirect3DRGBDevice\",\n"
+                                          "    \"KeyZoomIn\": \"tdlNavKeyA\"\n"
+                                          "}\n");
+    ASSERT_EQ(Render({"-o", folder / "second.png", "--size", "48x36", "--settings", folder / "second.json"}).status, 0);
+    EXPECT_EQ(folder.Read("first.png"), folder.Read("second.png"));
+}
+
+TEST(SettingsOptions, what_is_not_understood_is_a_warning)
+{
+    const TemporaryFolder folder;
+    folder.Write("settings.json", "{\"FeildOfView\": 1,\n\"FillMode\": \"wire\"}");
+    const Outcome outcome = RenderSmall(folder, "out.png", {"--settings", folder / "settings.json"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(CountLines(outcome.complaint), 2U) << outcome.complaint;
+    EXPECT_THAT(outcome.complaint, HasSubstr("settings.json:1: there is no property \"FeildOfView\""));
+    EXPECT_THAT(outcome.complaint, HasSubstr("settings.json:2: the value of FillMode is not used"));
+}
+
+TEST(SettingsOptions, files_that_cannot_be_used_end_the_run_before_a_picture)
+{
+    struct Row
+    {
+        const char* option;
+        const char* file;
+        const char* sentence;
+    };
+    for (const Row& row :
+         {Row{"--settings", "missing.json", "no file"}, Row{"--settings", "damaged.json", "damaged.json:2:1: "},
+          Row{"--save-settings", "damaged.json", "damaged.json:2:1: "},
+          Row{"--save-settings", "missing/settings.json", "cannot be written"},
+          Row{"--save-settings", ".", "not a plain file"}})
+    {
+        const TemporaryFolder folder;
+        folder.Write("damaged.json", "{\n,}");
+        const Outcome outcome = RenderSmall(folder, "out.png", {row.option, folder / row.file});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_THAT(outcome.complaint, HasSubstr(row.sentence));
+        EXPECT_EQ(CountLines(outcome.complaint), 1U) << outcome.complaint;
+        EXPECT_EQ(folder.Read("damaged.json"), "{\n,}");
+        EXPECT_THAT(folder.Names(), ElementsAre("damaged.json"));
+    }
+}
+
+TEST(SettingsOptions, a_run_that_fails_saves_nothing)
+{
+    const TemporaryFolder folder;
+    EXPECT_EQ(
+        RenderSmall(folder, "out.png", {"--set", "FieldOfView=-1", "--save-settings", folder / "settings.json"}).status,
+        1);
+    EXPECT_THAT(folder.Names(), ElementsAre());
+}
+
+} // namespace
+
+} // namespace lumora::tests

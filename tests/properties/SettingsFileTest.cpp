@@ -1,0 +1,379 @@
+// Settings as a person keeps them: in a file, edited by hand, damaged by accident.
+#include "properties/JsonPropertyBag.h"
+#include "properties/PropertyValues.h"
+#include "support/TemporaryFolder.h"
+#include "viewport/LiveControl.h"
+
+#include <bit>
+#include <cmath>
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <random>
+
+using namespace lumora;
+using namespace lumora::test;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+using ::testing::StartsWith;
+
+namespace fs = std::filesystem;
+
+namespace
+{
+
+// Every saved property but the picture, which no settings file can hold.
+std::vector<const PropertyRow*> KeptRows()
+{
+    std::vector<const PropertyRow*> rows;
+    for (const PropertyRow& row : PropertyTable())
+        if (row.saved && row.type != PropertyType::Object)
+            rows.push_back(&row);
+    return rows;
+}
+
+JsonPropertyBag BagOf(std::string_view text)
+{
+    return JsonPropertyBag::FromText(text, "settings.json");
+}
+
+std::unique_ptr<headless::HostedViewport> Designed(PropertyBag& bag)
+{
+    return headless::HostedViewport::AtDesignTime(MakeHost(), bag);
+}
+
+TEST(SettingsFile, every_property_comes_back_from_the_file)
+{
+    const tests::TemporaryFolder folder;
+    headless::MemoryPropertyBag empty;
+    {
+        const auto hosted = Designed(empty);
+        for (const PropertyRow* row : KeptRows())
+            row->write(hosted->Control(), AnotherValue(*row));
+        auto bag = JsonPropertyBag::OpenOrCreate(folder / "settings.json");
+        hosted->Control().Save(bag);
+        bag.Store();
+        EXPECT_THAT(bag.Remarks(), IsEmpty());
+    }
+    auto bag = JsonPropertyBag::Open(folder / "settings.json");
+    EXPECT_THAT(bag.Remarks(), IsEmpty());
+    const auto hosted = Designed(bag);
+    ASSERT_THAT(KeptRows(), SizeIs(82));
+    for (const PropertyRow* row : KeptRows())
+    {
+        EXPECT_TRUE(bag.Contains(row->name)) << row->name;
+        EXPECT_TRUE(VariantsEqual(row->read(hosted->Control()), AnotherValue(*row))) << row->name;
+    }
+}
+
+TEST(SettingsFile, of_a_control_with_defaults_holds_nothing)
+{
+    headless::MemoryPropertyBag empty;
+    auto bag = BagOf("{}");
+    Designed(empty)->Control().Save(bag);
+    EXPECT_EQ(bag.Text(), "{\n}\n");
+}
+
+TEST(SettingsFile, reads_like_something_a_person_would_write)
+{
+    headless::MemoryPropertyBag empty;
+    const auto hosted = Designed(empty);
+    Viewport& control = hosted->Control();
+    control.SetFieldOfView(0.1F);
+    control.SetAccumulate(true);
+    control.SetFillMode(D3DRMFILL_WIREFRAME);
+    control.SetCoolMode(7);
+    control.SetRenderMode(static_cast<tdlRenderMode>(2)); // no value of this enumeration
+    control.SetBackgroundTexture("a \"b\"\\c\xC3\xA9.png");
+    control.SetMouseNavigationMode(tdlFly);
+    auto bag = BagOf("{}");
+    control.Save(bag);
+    EXPECT_EQ(bag.Text(), "{\n"
+                          "    \"MouseNavigationMode\": \"tdlFly\",\n"
+                          "    \"FillMode\": \"D3DRMFILL_WIREFRAME\",\n"
+                          "    \"RenderMode\": 2,\n"
+                          "    \"Accumulate\": true,\n"
+                          "    \"CoolMode\": 7,\n"
+                          "    \"BackgroundTexture\": \"a \\\"b\\\"\\\\c\xC3\xA9.png\",\n"
+                          "    \"FieldOfView\": 0.1\n"
+                          "}\n");
+}
+
+TEST(SettingsFile, takes_the_spellings_a_person_may_choose)
+{
+    auto bag = BagOf(R"({"FillMode":64, "ShadeMode":"d3drmshade_flat", "CoolMode":2.5, "NavMouseSensitivity":3.5,
+        "FieldOfView":"0.25", "KeyZoomIn":"tdlNavKeyA", "Accumulate":"yes", "RenderOverlay":0, "SceneOriginX":1E2,
+        "BackClippingPlane":1000})");
+    EXPECT_THAT(bag.Remarks(), IsEmpty());
+    const auto hosted = Designed(bag);
+    const Viewport& control = hosted->Control();
+    EXPECT_EQ(control.FillMode(), D3DRMFILL_WIREFRAME);
+    EXPECT_EQ(control.ShadeMode(), D3DRMSHADE_FLAT);
+    EXPECT_EQ(control.CoolMode(), 2) << "halves go to even numbers";
+    EXPECT_EQ(control.NavMouseSensitivity(), 4);
+    EXPECT_EQ(control.FieldOfView(), 0.25F);
+    EXPECT_EQ(control.KeyZoomIn(), tdlNavKeyA);
+    EXPECT_TRUE(control.Accumulate());
+    EXPECT_FALSE(control.RenderOverlay());
+    EXPECT_EQ(control.SceneOriginX(), 100.0F);
+}
+
+TEST(SettingsFile, keeps_every_finite_single_to_the_last_bit)
+{
+    std::mt19937 random{7};
+    for (int i = 0; i < 20000; ++i)
+    {
+        const auto number = std::bit_cast<float>(static_cast<std::uint32_t>(random()));
+        if (!std::isfinite(number))
+            continue;
+        auto bag = BagOf("{}");
+        bag.WriteProperty("SceneOriginY", number, 0.0F);
+        auto again = BagOf(bag.Text());
+        const auto read = std::get<float>(again.ReadProperty("SceneOriginY", 0.0F));
+        ASSERT_EQ(std::bit_cast<std::uint32_t>(read), std::bit_cast<std::uint32_t>(number)) << bag.Text();
+    }
+}
+
+TEST(SettingsFile, says_what_it_does_not_understand_and_writes_it_back_as_it_was)
+{
+    const std::string kept = "\"$comment\": \"left alone\",\n"
+                             "    \"other program\": { \"a\" : [1.50, {}],\n"
+                             "\t\"b\": null },\n"
+                             "    \"big\": 123456789012345678901234567890,\n"
+                             "    \"FieldOfVeiw\": 1.0e0,\n"
+                             "    \"Enabled\": [true],\n"
+                             "    \"ViewportID\": 3";
+    auto bag = BagOf("{\n    " + kept + ",\n \"CoolMode\": 1 }");
+    EXPECT_THAT(bag.Remarks(),
+                ElementsAre(StartsWith("settings.json:2: "), StartsWith("settings.json:3: "),
+                            StartsWith("settings.json:5: "), HasSubstr("did you mean \"FieldOfView\"?"),
+                            HasSubstr("settings.json:7: the value of Enabled"), HasSubstr("ViewportID is not kept")));
+    const auto hosted = Designed(bag);
+    EXPECT_FALSE(hosted->Control().Enabled());
+    EXPECT_EQ(hosted->Control().ViewportID(), 0);
+    EXPECT_THAT(hosted->Host().Logged(), IsEmpty()) << "told once";
+    hosted->Control().Save(bag);
+    EXPECT_EQ(bag.Text(), "{\n    " + kept + ",\n    \"CoolMode\": 1\n}\n");
+
+    hosted->Control().SetEnabled(true);
+    hosted->Control().Save(bag);
+    EXPECT_THAT(bag.Text(), HasSubstr("\"Enabled\": true\n}"));
+    EXPECT_THAT(bag.Text(), testing::Not(HasSubstr("[true]")));
+}
+
+TEST(SettingsFile, a_value_its_property_cannot_hold_counts_as_missing_and_is_explained)
+{
+    struct Row
+    {
+        const char* text;
+        const char* property;
+        const char* reason;
+    };
+    for (const Row& row :
+         {Row{R"({"FillMode":"D3DRMFILL_WIREFAME"})", "FillMode", "D3DRMFILL_WIREFRAME"},
+          Row{R"({"CoolMode":3e9})", "CoolMode", "Overflow"}, Row{R"({"FieldOfView":1e39})", "FieldOfView", "Overflow"},
+          Row{R"({"FieldOfView":"nan"})", "FieldOfView", "Overflow"},
+          Row{R"({"FieldOfView":true})", "FieldOfView", "Boolean"},
+          Row{R"({"BackgroundTexture":1})", "BackgroundTexture", "double quotes"},
+          Row{R"({"Accumulate":2})", "Accumulate", "True or False"},
+          Row{R"({"Enabled":null})", "Enabled", "single value"},
+          Row{R"({"MouseIcon":"cursor.png"})", "MouseIcon", "not kept"}})
+    {
+        auto bag = BagOf(row.text);
+        EXPECT_THAT(bag.Remarks(), ElementsAre(testing::AllOf(StartsWith("settings.json:1: "), HasSubstr(row.property),
+                                                              HasSubstr(row.reason))));
+        const PropertyRow& property = *FindProperty(row.property);
+        EXPECT_EQ(bag.ReadProperty(row.property, property.defaultValue), property.defaultValue) << row.text;
+    }
+}
+
+TEST(SettingsFile, leaves_out_what_json_cannot_say_and_tells_so)
+{
+    headless::MemoryPropertyBag empty;
+    const auto hosted = Designed(empty);
+    hosted->Control().SetSceneOriginX(std::nanf(""));
+    hosted->Control().SetSceneOriginY(INFINITY);
+    hosted->Control().SetBackgroundTexture("\xFF");
+    hosted->Control().SetMouseIcon(std::make_shared<Picture>(std::make_shared<Bitmap>(2, 2)));
+    auto bag = BagOf(R"({"SceneOriginX": 1})");
+    hosted->Control().Save(bag);
+    EXPECT_EQ(hosted->Control().ViewportState(), tdlRunning);
+    EXPECT_EQ(bag.Text(), "{\n}\n");
+    EXPECT_THAT(bag.Remarks(), ElementsAre(HasSubstr("BackgroundTexture"), HasSubstr("MouseIcon"),
+                                           HasSubstr("SceneOriginX"), HasSubstr("SceneOriginY")));
+}
+
+TEST(SettingsFile, many_remarks_are_counted_instead_of_listed)
+{
+    std::string text = "{";
+    for (int i = 0; i < 5000; ++i)
+        text += "\"unknown" + std::to_string(i) + "\":0,";
+    text.back() = '}';
+    const auto remarks = BagOf(text).Remarks();
+    EXPECT_THAT(remarks, SizeIs(JsonPropertyBag::MaximumRemarks + 1));
+    EXPECT_THAT(remarks.back(), HasSubstr("4980 more"));
+}
+
+struct Damage
+{
+    const char* name;
+    std::string text;
+    const char* place; // line:column of the first byte that is wrong
+    const char* reason;
+};
+
+class DamagedSettings : public testing::TestWithParam<Damage>
+{
+};
+
+TEST_P(DamagedSettings, are_refused_whole_with_place_and_reason_and_never_overwritten)
+{
+    const tests::TemporaryFolder folder;
+    const std::string path = folder / "settings.json";
+    folder.Write("settings.json", GetParam().text);
+    for (const auto& open : {JsonPropertyBag::Open, JsonPropertyBag::OpenOrCreate})
+    {
+        const RuntimeError failure = ErrorOf([&] { open(path); });
+        EXPECT_EQ(failure.Number(), error::InvalidCall);
+        EXPECT_THAT(failure.Description(), StartsWith(path + GetParam().place));
+        EXPECT_THAT(failure.Description(), HasSubstr(GetParam().reason));
+    }
+    EXPECT_EQ(folder.Read("settings.json"), GetParam().text);
+    EXPECT_THAT(folder.Names(), ElementsAre("settings.json"));
+}
+
+std::string Nested(std::size_t depth)
+{
+    return "{\"a\":" + std::string(depth - 1, '[') + std::string(depth - 1, ']') + "}";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    SettingsFile, DamagedSettings,
+    testing::Values(Damage{"nothing", "", ":1:1: ", "end of input"}, Damage{"a_list", "\n [1]", ":2:2: ", "one object"},
+                    Damage{"a_number", "12", ":1:1: ", "one object"}, Damage{"a_text", "\"a\"", ":1:", "one object"},
+                    Damage{"cut_off", "{\n\"CoolMode\": 1,", ":2:15: ", "end of input"},
+                    Damage{"comma_missing", "{\n  \"CoolMode\": 1\n  \"AntiAlias\": 2\n}", ":3:", "unexpected"},
+                    Damage{"comma_too_many", "{\"CoolMode\": 1,}", ":1:16: ", "unexpected '}'"},
+                    Damage{"two_objects", "{} {}", ":1:4: ", "expected end of input"},
+                    Damage{"a_comment", "{ // no\n}", ":1:3: ", "invalid literal"},
+                    Damage{"a_name_twice", "{\n\"CoolMode\": 1,\n \"CoolMode\": 2}", ":3:", "second time"},
+                    Damage{"a_nested_name_twice", "{\"a\":{\"b\":1,\"b\":1}}", ":1:", "second time"},
+                    Damage{"not_a_number", "{\"FieldOfView\": NaN}", ":1:17: ", "invalid literal"},
+                    Damage{"infinity", "{\"FieldOfView\": Infinity}", ":1:17: ", "invalid literal"},
+                    Damage{"beyond_any_number", "{\"FieldOfView\": 1e999}", ":1:", "number overflow"},
+                    Damage{"not_utf_8", "{\"BackgroundTexture\": \"\xC3(\"}", ":1:", "UTF-8"},
+                    Damage{"zero_byte", std::string("{}\0{}", 5), ":1:3: ", "zero byte"},
+                    Damage{"line_feed_in_a_text", "{\"BackgroundTexture\": \"a\nb\"}", ":", "control character"},
+                    Damage{"too_deep", Nested(33), ":1:37: ", "32 deep"},
+                    Damage{"much_too_deep", "{\"a\":" + std::string(100000, '['), ":1:37: ", "32 deep"},
+                    Damage{"too_long", "{}" + std::string(LongestSettingsText, ' '), " is too long", "1048576"}),
+    [](const auto& test) { return std::string{test.param.name}; });
+
+TEST(SettingsFile, may_be_as_deep_and_as_long_as_the_limits_say)
+{
+    EXPECT_THAT(BagOf(Nested(32)).Remarks(), SizeIs(1));
+    EXPECT_THAT(BagOf("{}" + std::string(LongestSettingsText - 2, ' ')).Remarks(), IsEmpty());
+}
+
+TEST(SettingsFile, must_exist_to_be_read_and_is_created_to_be_written)
+{
+    const tests::TemporaryFolder folder;
+    EXPECT_EQ(ErrorOf([&] { JsonPropertyBag::Open(folder / "settings.json"); }).Number(), error::FileNotFound);
+    auto bag = JsonPropertyBag::OpenOrCreate(folder / "settings.json");
+    EXPECT_THAT(folder.Names(), IsEmpty());
+    bag.WriteProperty("CoolMode", std::int32_t{1}, std::int32_t{0});
+    bag.Store();
+    EXPECT_EQ(folder.Read("settings.json"), "{\n    \"CoolMode\": 1\n}\n");
+    EXPECT_THAT(folder.Names(), ElementsAre("settings.json"));
+
+    EXPECT_EQ(ErrorOf([&] { JsonPropertyBag::OpenOrCreate(folder / "missing/settings.json"); }).Number(),
+              error::PathFileAccess);
+    EXPECT_EQ(ErrorOf([&] { JsonPropertyBag::Open(folder / "."); }).Number(), error::PathFileAccess);
+    EXPECT_EQ(ErrorOf([&] { JsonPropertyBag::OpenOrCreate("/dev/null"); }).Number(), error::PathFileAccess);
+    EXPECT_EQ(ErrorOf([&] { BagOf("{}").Store(); }).Number(), error::PathFileAccess);
+}
+
+TEST(SettingsFile, keeps_permissions_and_links)
+{
+    const tests::TemporaryFolder folder;
+    folder.Write("real.json", "{}");
+    fs::permissions(folder / "real.json", fs::perms{0640});
+    fs::create_symlink("real.json", folder / "link.json");
+    auto bag = JsonPropertyBag::Open(folder / "link.json");
+    bag.WriteProperty("CoolMode", std::int32_t{1}, std::int32_t{0});
+    bag.Store();
+    EXPECT_TRUE(fs::is_symlink(folder / "link.json"));
+    EXPECT_THAT(folder.Read("real.json"), HasSubstr("CoolMode"));
+    EXPECT_EQ(fs::status(folder / "real.json").permissions(), fs::perms{0640});
+}
+
+TEST(SettingsFile, stays_as_it_was_when_the_new_one_cannot_be_written)
+{
+    const tests::TemporaryFolder folder;
+    folder.Write("settings.json", "{\"CoolMode\": 2}");
+    auto bag = JsonPropertyBag::Open(folder / "settings.json");
+    bag.WriteProperty("CoolMode", std::int32_t{1}, std::int32_t{0});
+    // The name of the new file is taken, whoever tries and whatever they may do.
+    const std::string taken = folder / ("settings.json.new-" + std::to_string(::getpid()));
+    fs::create_directory(taken);
+    EXPECT_EQ(ErrorOf([&] { bag.Store(); }).Number(), error::PathFileAccess);
+    fs::remove(taken);
+    EXPECT_EQ(folder.Read("settings.json"), "{\"CoolMode\": 2}");
+    EXPECT_THAT(folder.Names(), ElementsAre("settings.json"));
+}
+
+// Reads, and what could be read is written and read again: the same, and stable.
+void ExpectReadableOrRefused(const std::string& text)
+{
+    std::optional<JsonPropertyBag> bag;
+    try
+    {
+        bag = BagOf(text);
+    }
+    catch (const RuntimeError& failure)
+    {
+        ASSERT_EQ(failure.Number(), error::InvalidCall);
+        ASSERT_THAT(failure.Description(), StartsWith("settings.json"));
+        return;
+    }
+    auto again = BagOf(bag->Text());
+    ASSERT_EQ(again.Text(), bag->Text());
+    for (const PropertyRow* row : KeptRows())
+        ASSERT_EQ(again.ReadProperty(row->name, row->defaultValue), bag->ReadProperty(row->name, row->defaultValue));
+}
+
+TEST(SettingsFile, whatever_its_bytes_are_is_read_or_refused)
+{
+    const std::string whole = R"({"FillMode":"D3DRMFILL_WIREFRAME", "x":[{"y":-1.5e+3},null,"\u00e9\n"],
+ "CoolMode" : 7,"FieldOfView":0.35 ,"Enabled":true,"BackgroundTexture":"é"})";
+    for (std::size_t length = 0; length <= whole.size(); ++length)
+        ExpectReadableOrRefused(whole.substr(0, length));
+    std::mt19937 random{20};
+    const std::string_view alphabet = "{}[]:,\"\\ue0159.-+ \n\ttfn\xC3\xA9\xFF";
+    for (int i = 0; i < 20000; ++i)
+    {
+        std::string text = whole;
+        for (auto changes = random() % 4 + 1; changes > 0; --changes)
+        {
+            const std::size_t at = random() % text.size();
+            const char letter = random() % 4 == 0 ? static_cast<char>(random()) : alphabet[random() % alphabet.size()];
+            switch (random() % 3)
+            {
+            case 0:
+                text[at] = letter;
+                break;
+            case 1:
+                text.insert(at, 1, letter);
+                break;
+            default:
+                text.erase(at, random() % 8);
+                text += ' ';
+            }
+        }
+        ExpectReadableOrRefused(text);
+        ASSERT_FALSE(HasFatalFailure()) << text;
+    }
+}
+
+} // namespace

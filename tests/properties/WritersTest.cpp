@@ -1,0 +1,392 @@
+// What writers do beyond storing: which calls reach the platform, in which order, and whose errors come back.
+#include "platform/automation/Faults.h"
+#include "platform/scenegraph/SceneDoubles.h"
+#include "properties/PropertyValues.h"
+#include "viewport/LiveControl.h"
+
+#include <algorithm>
+#include <gmock/gmock.h>
+#include <limits>
+
+using namespace lumora;
+using namespace lumora::test;
+using ::testing::Contains;
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+namespace
+{
+
+std::ptrdiff_t CountOf(const std::vector<std::string>& calls, std::string_view name)
+{
+    return std::ranges::count(calls, name);
+}
+
+template<typename Action>
+std::vector<std::string> CallsOf(Action&& action)
+{
+    faults::Record();
+    action();
+    auto calls = faults::Recorded();
+    faults::Clear();
+    return calls;
+}
+
+// A control whose driver remembers what it was told.
+class RecordedControl
+{
+public:
+    RecordedControl()
+    {
+        auto list = std::make_shared<const DriverList>(
+            std::vector<DriverList::Entry>{{drivername::RGB, Guid{1, 0, 0, {}}, "recorder", "",
+                                            [this] { return std::make_unique<RecordingDriver>(log_); }}});
+        host_ = std::make_shared<headless::HeadlessHost>(list, nullptr, PixelRect{0, 0, 40, 40});
+        auto bag = UsualSettings();
+        hosted_ = headless::HostedViewport::Live(host_, bag);
+        const auto scene = Frame::Make();
+        scene->AddVisual(Square(0, 0, 10, 2, 0xFFFF0000));
+        hosted_->Control().SetScene(scene);
+    }
+
+    Viewport* operator->() { return &hosted_->Control(); }
+
+    /// The first pass of a new picture that draws something.
+    DriverLog::Drawn Draw()
+    {
+        log_.passes.clear();
+        hosted_->Control().RenderScene();
+        for (const DriverLog::Drawn& pass : log_.passes)
+            if (!pass.items.empty())
+                return pass;
+        ADD_FAILURE() << "nothing was drawn";
+        return {};
+    }
+
+private:
+    DriverLog log_;
+    std::shared_ptr<headless::HeadlessHost> host_;
+    std::unique_ptr<headless::HostedViewport> hosted_;
+};
+
+TEST(Writers, render_modes_reach_the_device_as_given_but_sorted_also_shows_highlights_from_the_camera)
+{
+    RecordedControl control;
+    struct Row
+    {
+        std::int32_t mode;
+        Transparency transparency;
+        bool viewDependentSpecular;
+    };
+    // Bit 1 is blended, bit 2 sorts what is blended, bit 16 is the highlights; only 3 becomes 19.
+    for (const Row& row : {Row{3, Transparency::Sorted, true}, Row{2, Transparency::Stippled, false},
+                           Row{1, Transparency::Blended, false}, Row{0, Transparency::Stippled, false},
+                           Row{7, Transparency::Sorted, false}, Row{17, Transparency::Blended, true}})
+    {
+        control->SetRenderMode(static_cast<tdlRenderMode>(row.mode));
+        EXPECT_EQ(control->RenderMode(), row.mode);
+        const PassState pass = control.Draw().pass;
+        EXPECT_EQ(pass.transparency, row.transparency) << row.mode;
+        EXPECT_EQ(pass.viewDependentSpecular, row.viewDependentSpecular) << row.mode;
+    }
+}
+
+TEST(Writers, shade_fill_and_light_join_into_one_quality)
+{
+    RecordedControl control;
+    const auto expect = [&](FillStyle fill, bool gouraud, bool lit)
+    {
+        const DrawItem item = control.Draw().items.front();
+        EXPECT_EQ(item.fill, fill);
+        EXPECT_EQ(item.gouraud, gouraud);
+        EXPECT_EQ(item.lit, lit);
+    };
+    control->SetFillMode(D3DRMFILL_WIREFRAME);
+    expect(FillStyle::Wireframe, true, true);
+    control->SetShadeMode(D3DRMSHADE_FLAT);
+    expect(FillStyle::Wireframe, false, true);
+    control->SetLightMode(D3DRMLIGHT_OFF);
+    expect(FillStyle::Wireframe, false, false);
+    control->SetShadeMode(D3DRMSHADE_PHONG);
+    control->SetFillMode(D3DRMFILL_POINTS);
+    expect(FillStyle::Points, true, false);
+}
+
+TEST(Writers, culling_filter_and_clipping_reach_the_next_picture)
+{
+    RecordedControl control;
+    control->SetCullMethod(D3DCULL_CW);
+    control->SetTextureQuality(D3DRMTEXTURE_NEAREST);
+    const PassState pass = control.Draw().pass;
+    EXPECT_EQ(pass.cull, CullMode::Clockwise);
+    EXPECT_EQ(pass.filter, TextureFilter::Nearest);
+}
+
+// Dividing towards zero; a remainder has the sign of what is divided.
+TEST(Writers, back_colors_are_taken_apart_without_a_look_at_their_sign)
+{
+    LiveControl control;
+    struct Row
+    {
+        std::int32_t color;
+        double red;
+        double green;
+        double blue;
+    };
+    // The last one is the window background of a person's desktop, which nobody looks up.
+    constexpr std::int32_t SystemColor5 = std::numeric_limits<std::int32_t>::min() + 5;
+    for (const Row& row : {Row{0x030201, 1, 2, 3}, Row{0xFFFFFF, 255, 255, 255}, Row{SystemColor5, -251, -255, -32767}})
+    {
+        control->SetBackColor(row.color);
+        EXPECT_EQ(control->BackColor(), row.color);
+        const Vector background = control->Scene()->Scene().backgroundColor;
+        EXPECT_EQ(background.x, static_cast<float>(row.red / 255)) << row.color;
+        EXPECT_EQ(background.y, static_cast<float>(row.green / 255)) << row.color;
+        EXPECT_EQ(background.z, static_cast<float>(row.blue / 255)) << row.color;
+    }
+}
+
+TEST(Writers, a_device_identifier_is_any_text_and_leaves_the_device_number_alone)
+{
+    LiveControl control;
+    const auto told = control.Host().PropertyChanges().size();
+    control->SetDirect3DDeviceGUID("no such thing");
+    EXPECT_EQ(control->Direct3DDeviceGUID(), "no such thing");
+    EXPECT_EQ(control->Direct3DDevice(), tdlDirect3DRGBDevice);
+    EXPECT_EQ(control.Host().PropertyChanges().size(), told);
+    control->SetDirect3DDevice(tdlDirect3DRampDevice);
+    EXPECT_EQ(control->Direct3DDeviceGUID(), "IID_IDirect3DRampDevice");
+}
+
+TEST(Writers, several_changes_of_the_device_make_one_new_device_at_the_next_picture)
+{
+    LiveControl control;
+    const auto before = CallsOf(
+        [&]
+        {
+            control->SetDirect3DDevice(tdlDirect3DRefDevice);
+            control->SetAntiAlias(tdl2X);
+            control->SetBackgroundTexture("");
+            control->SetDirect3DDevice(tdlDirect3DRGBDevice);
+        });
+    EXPECT_THAT(before, Not(Contains("RetainedMode.CreateDeviceFromClipper")));
+    EXPECT_EQ(CountOf(CallsOf([&] { control->RenderScene(); }), "RetainedMode.CreateDeviceFromClipper"), 1);
+    EXPECT_EQ(CountOf(CallsOf([&] { control->RenderScene(); }), "RetainedMode.CreateDeviceFromClipper"), 0);
+}
+
+TEST(Writers, a_new_scene_takes_the_camera_from_the_old_one_first)
+{
+    LiveControl control;
+    const auto first = Frame::Make();
+    const auto second = Frame::Make();
+    control->SetScene(first);
+    const auto calls = CallsOf([&] { control->SetScene(second); });
+    EXPECT_LT(std::ranges::find(calls, "Frame.DeleteChild"), std::ranges::find(calls, "Frame.AddChild"));
+    EXPECT_THAT(first->Children(), IsEmpty());
+    EXPECT_EQ(control->Camera()->Parent(), second);
+
+    control->SetScene(nullptr);
+    EXPECT_FALSE(control->Scene());
+    EXPECT_FALSE(control->Camera()->Parent());
+    EXPECT_EQ(control.Host().PropertyChanges().back(), "Scene");
+    EXPECT_EQ(second.use_count(), 1);
+}
+
+TEST(Writers, an_overlay_is_kept_in_every_state_and_let_go_when_replaced)
+{
+    headless::MemoryPropertyBag empty;
+    const auto hosted = headless::HostedViewport::AtDesignTime(MakeHost(), empty);
+    const auto overlay = Frame::Make();
+    hosted->Control().SetSceneOverlay(overlay);
+    EXPECT_EQ(hosted->Control().SceneOverlay(), overlay);
+    EXPECT_EQ(hosted->Host().PropertyChanges().back(), "SceneOverlay");
+    hosted->Control().SetSceneOverlay(nullptr);
+    EXPECT_EQ(overlay.use_count(), 1);
+}
+
+TEST(Writers, enabling_draws_a_picture_before_the_container_is_told_and_disabling_draws_none)
+{
+    LiveControl control;
+    int pictures = 0;
+    std::string lastTold;
+    control->UpdatePositions.Connect(
+        [&]
+        {
+            ++pictures;
+            lastTold = control.Host().PropertyChanges().back();
+        });
+    control->SetEnabled(false);
+    EXPECT_EQ(pictures, 0);
+    EXPECT_FALSE(control.Host().ControlArea().Enabled());
+    control->SetCoolMode(0);
+    control->SetEnabled(true);
+    EXPECT_EQ(pictures, 1);
+    EXPECT_EQ(lastTold, "CoolMode");
+    EXPECT_EQ(control.Host().PropertyChanges().back(), "Enabled");
+}
+
+TEST(Writers, exposing_takes_effect_through_a_new_device_while_live_and_at_once_otherwise)
+{
+    LiveControl control;
+    control.Host().FailNext("RetainedMode.CreateDeviceFromSurface", 100, error::OutOfMemory);
+    control.Host().FailNext("RetainedMode.CreateDeviceFromClipper", 100, error::OutOfMemory);
+    control.Host().FailNext("ControlWindow.ScaleWidth", 1, error::OutOfMemory);
+    const RuntimeError failure = ErrorOf([&] { control->SetExposeDDSurface(true); });
+    EXPECT_EQ(failure.Number(), error::OutOfMemory);
+    EXPECT_EQ(failure.Source(), "Viewport");
+    EXPECT_FALSE(control->ExposeDDSurface()) << "not before a device was asked for";
+    EXPECT_THAT(control.Host().PropertyChanges(), Not(Contains("ExposeDDSurface")));
+    faults::Clear();
+    control->RenderScene();
+    EXPECT_TRUE(control->ExposeDDSurface()) << "the wish was kept for the next picture";
+    EXPECT_TRUE(control->DirectDrawSurface());
+
+    headless::MemoryPropertyBag empty;
+    const auto designed = headless::HostedViewport::AtDesignTime(MakeHost(), empty);
+    designed->Control().SetExposeDDSurface(true);
+    EXPECT_TRUE(designed->Control().ExposeDDSurface());
+}
+
+TEST(Writers, accumulating_clears_the_viewport_once_when_there_is_one)
+{
+    LiveControl control;
+    EXPECT_EQ(CountOf(CallsOf([&] { control->SetAccumulate(true); }), "RMViewport.Clear"), 1);
+    EXPECT_EQ(CountOf(CallsOf([&] { control->SetAccumulate(false); }), "RMViewport.Clear"), 0);
+    // The live test is not asked: an existing viewport is cleared in a form designer too.
+    control.Host().SetUserMode(false);
+    EXPECT_EQ(CountOf(CallsOf([&] { control->SetAccumulate(true); }), "RMViewport.Clear"), 1);
+
+    Viewport fresh{MakeHost()};
+    fresh.SetAccumulate(true);
+    EXPECT_TRUE(fresh.Accumulate());
+}
+
+TEST(Writers, the_field_rebuilds_the_navigation_controls_in_orthographic_projection_alone)
+{
+    LiveControl control;
+    const auto framesMade = [&]
+    { return CountOf(CallsOf([&] { control->SetFieldOfView(0.4F); }), "RetainedMode.CreateFrame"); };
+    int moves = 0;
+    control->CameraMoved.Connect([&](auto&...) { ++moves; });
+    control->SetProjectionType(D3DRMPROJECT_PERSPECTIVE);
+    EXPECT_EQ(framesMade(), 0);
+    EXPECT_EQ(moves, 1);
+    control->SetProjectionType(D3DRMPROJECT_ORTHOGRAPHIC);
+    EXPECT_GT(framesMade(), 0);
+    EXPECT_EQ(moves, 2);
+}
+
+TEST(Writers, showing_a_navigation_control_builds_it_and_tells_where_the_camera_is_first)
+{
+    for (const char* name : {"NavControlPrimary", "NavControlGlide", "NavControlAdvance"})
+    {
+        LiveControl control;
+        std::vector<std::size_t> toldAtMove;
+        control->CameraMoved.Connect([&](auto&...) { toldAtMove.push_back(control.Host().PropertyChanges().size()); });
+        const auto told = control.Host().PropertyChanges().size();
+        const auto calls = CallsOf([&] { FindProperty(name)->write(control.Control(), true); });
+        EXPECT_THAT(calls, Contains("RetainedMode.CreateFrame")) << name;
+        EXPECT_THAT(toldAtMove, testing::ElementsAre(told)) << name;
+        EXPECT_EQ(control.Host().PropertyChanges().back(), name);
+    }
+}
+
+TEST(Writers, a_pointer_that_does_not_fit_is_remembered_or_flagged_but_not_shown)
+{
+    LiveControl control;
+    control->SetMousePointer(5);
+    for (const std::int32_t value : {40000, -40000})
+    {
+        EXPECT_EQ(ErrorOf([&] { control->SetMousePointer(value); }).Number(), error::Overflow);
+        EXPECT_EQ(ErrorOf([&] { control->SetHighlightPointer(value); }).Number(), error::Overflow);
+        EXPECT_EQ(control->MousePointer(), 5);
+    }
+    control.Host().ControlArea().SetHandle(-32768);
+    EXPECT_EQ(control->hwnd(), -32768);
+    control.Host().ControlArea().SetHandle(-32769);
+    EXPECT_EQ(ErrorOf([&] { control->hwnd(); }).Number(), error::Overflow);
+}
+
+TEST(Writers, background_pictures_are_loaded_while_live_alone)
+{
+    LiveControl control;
+    EXPECT_EQ(CountOf(CallsOf([&] { control->SetBackgroundTexture("/nowhere.png"); }), "Picture.Load"), 1);
+    EXPECT_EQ(CountOf(CallsOf([&] { control->SetBackgroundTexture(""); }), "Picture.Load"), 0);
+    control.Host().SetUserMode(false);
+    EXPECT_EQ(CountOf(CallsOf([&] { control->SetBackgroundTexture("/nowhere.png"); }), "Picture.Load"), 0);
+    EXPECT_EQ(control->BackgroundTexture(), "/nowhere.png");
+    EXPECT_EQ(control.Host().PropertyChanges().back(), "BackgroundTexture");
+}
+
+TEST(Writers, errors_of_trapped_writers_come_from_the_control_and_others_from_who_raised_them)
+{
+    struct Row
+    {
+        const char* property;
+        Variant value;
+        const char* operation;
+        bool trapped;
+    };
+    const auto number = [](std::int32_t value) { return Variant{value}; };
+    for (const Row& row : {Row{"BackColor", number(1), "ControlWindow.SetBackColor", true},
+                           Row{"ProjectionType", number(1), "RMViewport.SetProjection", true},
+                           Row{"TextureQuality", number(0), "Device.SetTextureQuality", true},
+                           Row{"ShadeMode", number(0), "Device.SetQuality", true},
+                           Row{"FillMode", number(64), "Device.SetQuality", true},
+                           Row{"LightMode", number(0), "Device.SetQuality", true},
+                           Row{"RenderMode", number(1), "Device.SetRenderMode", true},
+                           Row{"BackClippingPlane", number(9), "RMViewport.SetBack", true},
+                           Row{"FrontClippingPlane", number(2), "RMViewport.SetFront", true},
+                           Row{"FieldOfView", number(2), "RMViewport.SetField", true},
+                           Row{"NavControlGlide", Variant{true}, "RetainedMode.CreateFrame", true},
+                           Row{"WaitForVSYNC", Variant{true}, "Container.PropertyChanged", true},
+                           Row{"ConstrainX", Variant{true}, "Container.PropertyChanged", true},
+                           Row{"CullMethod", number(2), "ImmediateDevice.SetRenderState", false},
+                           Row{"Accumulate", Variant{true}, "RMViewport.Clear", false},
+                           Row{"BorderStyle", number(1), "ControlWindow.SetBorderStyle", false},
+                           Row{"MousePointer", number(1), "ControlWindow.SetMousePointer", false},
+                           Row{"AntiAlias", number(2), "Container.PropertyChanged", false},
+                           Row{"CoolMode", number(1), "Container.PropertyChanged", false}})
+    {
+        const PropertyRow& property = *FindProperty(row.property);
+        {
+            LiveControl control;
+            control.Host().FailNext(row.operation, 1, error::OutOfMemory);
+            const RuntimeError failure = ErrorOf([&] { property.write(control.Control(), row.value); });
+            EXPECT_EQ(failure.Number(), error::OutOfMemory) << row.property;
+            EXPECT_EQ(failure.Source() == "Viewport", row.trapped) << row.property << ": " << failure.Source();
+            EXPECT_EQ(control->ViewportState(), tdlRunning);
+            const bool kept = !std::string_view{row.operation}.starts_with("ControlWindow");
+            EXPECT_EQ(VariantsEqual(property.read(control.Control()), row.value), kept) << row.property;
+        }
+        // A transient error is worth a second attempt to a trap alone.
+        LiveControl control;
+        control.Host().FailNext(row.operation, 1, error::RMBadDevice);
+        if (row.trapped)
+            EXPECT_NO_THROW(property.write(control.Control(), row.value)) << row.property;
+        else
+            EXPECT_EQ(ErrorOf([&] { property.write(control.Control(), row.value); }).Number(), error::RMBadDevice);
+    }
+}
+
+TEST(Writers, a_halted_control_stores_and_tells_and_touches_nothing)
+{
+    LiveControl control;
+    control->Terminate();
+    for (const PropertyRow& row : PropertyTable())
+    {
+        if (row.write == nullptr || row.type == PropertyType::Object || row.name == "NavMouseButton")
+            continue;
+        const auto calls = CallsOf([&] { row.write(control.Control(), AnotherValue(row)); });
+        for (const std::string& call : calls)
+            EXPECT_TRUE(call.starts_with("Container.") || call.starts_with("ControlWindow."))
+                << row.name << ": " << call;
+        EXPECT_TRUE(VariantsEqual(row.read(control.Control()), AnotherValue(row))) << row.name;
+    }
+    const auto told = control.Host().PropertyChanges().size();
+    control->SetScene(Frame::Make());
+    EXPECT_FALSE(control->Scene());
+    EXPECT_EQ(control.Host().PropertyChanges().size(), told);
+}
+
+} // namespace
