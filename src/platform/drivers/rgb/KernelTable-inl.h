@@ -1,17 +1,27 @@
 // The table of this instruction set's functions, one entry for each state. Included inside a namespace, last.
 
+template<Surface S, Blending B>
+inline void FillBlending(Kernels& table)
+{
+    DrawRun(&to)[2] = table.drawTriangles[static_cast<int>(S)][static_cast<int>(B)];
+    to[0] = DrawTriangles < S, B, S == Surface::Plain ? Fog::None : Fog::AsStateSays > ;
+    to[1] = DrawTriangles < S, B, S == Surface::Plain ? Fog::Always : Fog::AsStateSays > ;
+}
+
 template<Surface S>
 inline void FillSurface(Kernels& table)
 {
-    DrawRun(&to)[BlendingCount][2] = table.drawTriangles[static_cast<int>(S)];
-    to[0][0] = DrawTriangles<S, Blending::Opaque, false>;
-    to[0][1] = DrawTriangles<S, Blending::Opaque, true>;
-    to[1][0] = DrawTriangles<S, Blending::Stippled, false>;
-    to[1][1] = DrawTriangles<S, Blending::Stippled, true>;
-    to[2][0] = DrawTriangles<S, Blending::Blended, false>;
-    to[2][1] = DrawTriangles<S, Blending::Blended, true>;
-    to[3][0] = DrawTriangles<S, Blending::Veiled, false>;
-    to[3][1] = DrawTriangles<S, Blending::Veiled, true>;
+    FillBlending<S, Blending::Opaque>(table);
+    FillBlending<S, Blending::Stippled>(table);
+    FillBlending<S, Blending::Blended>(table);
+    FillBlending<S, Blending::Veiled>(table);
+}
+
+template<Blending B>
+inline void FillLines(Kernels& table)
+{
+    table.drawLines[static_cast<int>(B)][0] = DrawLines<B, Fog::None>;
+    table.drawLines[static_cast<int>(B)][1] = DrawLines<B, Fog::Always>;
 }
 
 inline Kernels MakeKernels()
@@ -28,12 +38,9 @@ inline Kernels MakeKernels()
     FillSurface<Surface::MipLinear>(table);
     FillSurface<Surface::LinearMipNearest>(table);
     FillSurface<Surface::LinearMipLinear>(table);
-    table.drawLines[0][0] = DrawLines<Blending::Opaque, false>;
-    table.drawLines[0][1] = DrawLines<Blending::Opaque, true>;
-    table.drawLines[1][0] = DrawLines<Blending::Stippled, false>;
-    table.drawLines[1][1] = DrawLines<Blending::Stippled, true>;
-    table.drawLines[2][0] = DrawLines<Blending::Blended, false>;
-    table.drawLines[2][1] = DrawLines<Blending::Blended, true>;
+    FillLines<Blending::Opaque>(table);
+    FillLines<Blending::Stippled>(table);
+    FillLines<Blending::Blended>(table);
     return table;
 }
 

@@ -8,8 +8,16 @@
 #include <cstring>
 #include <limits>
 
+// Sanitizers take minutes for each level, and find in one what they would find in all.
+#ifdef LUMORA_FEWER_SIMD_LEVELS
+#define LUMORA_SKIPPED_LEVELS (HWY_SSE4 | HWY_AVX3)
+#else
+#define LUMORA_SKIPPED_LEVELS 0
+#endif
+
 // Levels that would hardly differ from another, or whose vectors cannot be members of a structure.
-#define HWY_DISABLED_TARGETS (HWY_SSSE3 | HWY_AVX3_DL | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
+#define HWY_DISABLED_TARGETS                                                                                           \
+    (LUMORA_SKIPPED_LEVELS | HWY_SSSE3 | HWY_AVX3_DL | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "platform/drivers/rgb/KernelsHighway.cpp"

@@ -9,7 +9,7 @@ struct PixelGroup
     float rank[LaneCount]{};
 };
 
-template<Blending B, bool Fog>
+template<Blending B, Fog F>
 LANES_INLINE void FlushPixels(const TileView& tile, const DrawState& state, const Attributes& a, float length,
                               PixelGroup& group)
 {
@@ -29,8 +29,8 @@ LANES_INLINE void FlushPixels(const TileView& tile, const DrawState& state, cons
         return;
     const Ints below = Load(colors);
     Ints pixels = below;
-    mask = ShadePixels<Surface::Plain, B, Fog, Interpolation::Perspective>(state, a, along, zero, mask, below,
-                                                                           Load(group.rank), pixels);
+    mask = ShadePixels<Surface::Plain, B, F, Interpolation::Perspective>(state, a, along, zero, mask, below,
+                                                                         Load(group.rank), pixels);
     float newDepths[LaneCount];
     std::uint32_t newColors[LaneCount];
     std::int32_t drawn[LaneCount];
@@ -59,7 +59,7 @@ inline std::int64_t FloorDivided(std::int64_t dividend, std::int64_t divisor)
     return dividend % divisor < 0 ? quotient - 1 : quotient;
 }
 
-template<Blending B, bool Fog>
+template<Blending B, Fog F>
 void DrawPoint(const TileView& tile, const DrawState& state, const ScreenPosition& at, const PixelRect& limits,
                const Attributes& a)
 {
@@ -69,10 +69,10 @@ void DrawPoint(const TileView& tile, const DrawState& state, const ScreenPositio
         return;
     PixelGroup group;
     AddPixel(group, x, y, 0);
-    FlushPixels<B, Fog>(tile, state, a, 1.0F, group);
+    FlushPixels<B, F>(tile, state, a, 1.0F, group);
 }
 
-template<Blending B, bool Fog>
+template<Blending B, Fog F>
 void DrawLine(const TileView& tile, const DrawState& state, const ScreenPosition& start, const ScreenPosition& end,
               const PixelRect& limits, const Attributes& a)
 {
@@ -85,7 +85,7 @@ void DrawLine(const TileView& tile, const DrawState& state, const ScreenPosition
     const std::int64_t first = (std::min(from, from + length) + SubPixels - 1) >> SubPixelShift;
     const std::int64_t last = (std::max(from, from + length) + SubPixels - 1) >> SubPixelShift;
     if (first == last)
-        return DrawPoint<B, Fog>(tile, state, start, limits, a);
+        return DrawPoint<B, F>(tile, state, start, limits, a);
 
     const int majorOrigin = isXMajor ? tile.left : tile.top;
     const int minorOrigin = isXMajor ? tile.top : tile.left;
@@ -112,7 +112,7 @@ void DrawLine(const TileView& tile, const DrawState& state, const ScreenPosition
             AddPixel(group, isXMajor ? along : across, isXMajor ? across : along,
                      static_cast<std::int32_t>(major * SubPixels - from));
             if (group.count == LaneCount)
-                FlushPixels<B, Fog>(tile, state, a, static_cast<float>(length), group);
+                FlushPixels<B, F>(tile, state, a, static_cast<float>(length), group);
         }
         minor += wholeStep;
         remainder += restStep;
@@ -123,10 +123,10 @@ void DrawLine(const TileView& tile, const DrawState& state, const ScreenPosition
         }
     }
     if (group.count != 0)
-        FlushPixels<B, Fog>(tile, state, a, static_cast<float>(length), group);
+        FlushPixels<B, F>(tile, state, a, static_cast<float>(length), group);
 }
 
-template<Blending B, bool Fog>
+template<Blending B, Fog F>
 void DrawLines(const TileView& tile, const Batch& batch, const Bins& bins, const DrawState& state,
                const std::uint16_t* references, std::size_t count)
 {
@@ -141,10 +141,10 @@ void DrawLines(const TileView& tile, const Batch& batch, const Bins& bins, const
         const ScreenPosition& start = positions[record.vertex[0] & ~Record::Local];
         const ScreenPosition& end = positions[record.vertex[1] & ~Record::Local];
         Attributes a;
-        SetAttributes<Surface::Plain, B, Fog>(a, batch, bins, state, record, start, end, start);
+        SetAttributes<Surface::Plain, B, F>(a, batch, bins, state, record, start, end, start);
         if (state.primitive == Primitive::Points)
-            DrawPoint<B, Fog>(tile, state, start, limits, a);
+            DrawPoint<B, F>(tile, state, start, limits, a);
         else
-            DrawLine<B, Fog>(tile, state, start, end, limits, a);
+            DrawLine<B, F>(tile, state, start, end, limits, a);
     }
 }

@@ -224,6 +224,7 @@ void Planner::AddState(const RecordedItem& recorded, const Pass& pass, std::uint
     state.blending = BlendingOf(item, of, pass.state.transparency, share);
     state.isFlat = LightsFaces(item);
     state.fog = pass.state.fog;
+    state.hasFog = state.fog.mode != FogMode::None;
     state.isTextureTranslucent = texture != nullptr && of.texture->hasTranslucency;
     state.sortsTranslucent = share == Share::AtOnce && state.primitive == Primitive::Triangles &&
                              pass.state.transparency == Transparency::Sorted && IsTranslucent(item, of);
@@ -232,7 +233,7 @@ void Planner::AddState(const RecordedItem& recorded, const Pass& pass, std::uint
     state.group = group;
     state.cull = pass.state.cull;
     state.texture = texture;
-    const int fog = state.fog.mode == FogMode::None ? 0 : 1;
+    const int fog = state.hasFog ? 1 : 0;
     const int blending = static_cast<int>(state.blending);
     state.drawRun = state.primitive == Primitive::Triangles
                         ? batch_.kernels->drawTriangles[static_cast<int>(state.surface)][blending][fog]

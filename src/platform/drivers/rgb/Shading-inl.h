@@ -10,6 +10,13 @@ enum class Interpolation
     Perspective, ///< linear in space
 };
 
+enum class Fog
+{
+    None,
+    Always,
+    AsStateSays, ///< asked for each vector: beside a texture's cost a loop of its own is not worth its code
+};
+
 /// A value at corner 0, and how much more corners 1 and 2 have.
 struct Attribute
 {
@@ -235,7 +242,7 @@ LANES_INLINE Floats Limited(Floats channel)
 
 /// The lanes of `mask` that are drawn after all, and their pixels. `below` is what is there, `rank` the pixels' places
 /// in the stipple.
-template<Surface S, Blending B, bool Fog, Interpolation P>
+template<Surface S, Blending B, Fog F, Interpolation P>
 LANES_INLINE Mask ShadePixels(const DrawState& state, const Attributes& a, Floats second, Floats third, Mask mask,
                               Ints below, Floats rank, Ints& pixels)
 {
@@ -262,7 +269,7 @@ LANES_INLINE Mask ShadePixels(const DrawState& state, const Attributes& a, Float
         if (!IsAny(mask))
             return mask;
     }
-    if constexpr (Fog)
+    if (F == Fog::Always || (F == Fog::AsStateSays && state.hasFog))
     {
         Floats visible = second;
         FindVisiblePart(visible, state.fog, At<P>(a.eyeDepth, weights));
@@ -278,7 +285,7 @@ LANES_INLINE Mask ShadePixels(const DrawState& state, const Attributes& a, Float
         green = Blend(ToFloats(ShiftedRight<8>(below) & byte), green, opacity);
         blue = Blend(ToFloats(below & byte), blue, opacity);
     }
-    if constexpr (Fog || B == Blending::Blended || B == Blending::Veiled)
+    if constexpr (F != Fog::None || B == Blending::Blended || B == Blending::Veiled)
     {
         red = Limited(red);
         green = Limited(green);

@@ -37,7 +37,7 @@ LANES_INLINE const VertexBlocks& BlocksOf(const Batch& batch, const Bins& bins, 
 }
 
 /// All that varies over a primitive of three corners, which need not be different ones.
-template<Surface S, Blending B, bool Fog>
+template<Surface S, Blending B, Fog F>
 LANES_INLINE void SetAttributes(Attributes& to, const Batch& batch, const Bins& bins, const DrawState& state,
                                 const Record& record, const ScreenPosition& a, const ScreenPosition& b,
                                 const ScreenPosition& c)
@@ -57,7 +57,7 @@ LANES_INLINE void SetAttributes(Attributes& to, const Batch& batch, const Bins& 
     }
     else
         to.color.Set(blocks.colors[v[0]], blocks.colors[v[1]], blocks.colors[v[2]], Scale);
-    if constexpr (S != Surface::Plain || Fog)
+    if constexpr (S != Surface::Plain || F != Fog::None)
     {
         const CoordinateBlock& first = blocks.coordinates[v[0]];
         const CoordinateBlock& second = blocks.coordinates[v[1]];
@@ -85,7 +85,7 @@ LANES_INLINE bool IsNearlyFlat(float a, float b, float c, float range)
 }
 
 /// Tests, shades and stores a vector of pixels.
-template<Surface S, Blending B, bool Fog, Interpolation P>
+template<Surface S, Blending B, Fog F, Interpolation P>
 LANES_INLINE void DrawPixels(const TileView& tile, const DrawState& state, const Attributes& a, int x, int y, Mask mask,
                              Floats depth, Floats second, Floats third)
 {
@@ -99,7 +99,7 @@ LANES_INLINE void DrawPixels(const TileView& tile, const DrawState& state, const
     if constexpr (B == Blending::Stippled)
         rank = Load(StippleRows[y & 3] + (x & 3));
     Ints pixels = below;
-    mask = ShadePixels<S, B, Fog, P>(state, a, second, third, mask, below, rank, pixels);
+    mask = ShadePixels<S, B, F, P>(state, a, second, third, mask, below, rank, pixels);
     if constexpr (B != Blending::Veiled)
         Store(Choose(mask, depth, depthThere), tile.depths + pixel);
     Store(Choose(mask, pixels, below), tile.colors + pixel);
@@ -111,7 +111,7 @@ LANES_INLINE Mask LanesWithin(int x, int left, int right)
     return Except(IsLess(place, Splat(right)), IsLess(place, Splat(left)));
 }
 
-template<Surface S, Blending B, bool Fog, Interpolation P>
+template<Surface S, Blending B, Fog F, Interpolation P>
 void DrawSmall(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane, const Attributes& a)
 {
     const Floats step = Splat(t.step[lane]);
@@ -138,7 +138,7 @@ void DrawSmall(const TileView& tile, const DrawState& state, const TriangleLanes
                 const Floats third = ToFloats(value[2]) * step + restThird;
                 const Floats depth =
                     Least(At<Interpolation::Linear>(a.depth, {second, third, second}), Splat(FarthestDepth));
-                DrawPixels<S, B, Fog, P>(tile, state, a, x, y, mask, depth, second, third);
+                DrawPixels<S, B, F, P>(tile, state, a, x, y, mask, depth, second, third);
             }
             for (int i = 0; i < 3; ++i)
                 value[i] = value[i] + Splat(t.perY[i][lane]);
@@ -183,7 +183,7 @@ struct LargeTriangle
     DepthPlane depth;
 };
 
-template<Surface S, Blending B, bool Fog, Interpolation P, bool IsInside>
+template<Surface S, Blending B, Fog F, Interpolation P, bool IsInside>
 void DrawBlock(const TileView& tile, const DrawState& state, const PixelRect& box, const Attributes& a,
                const LargeTriangle& large, int left, int top)
 {
@@ -219,11 +219,11 @@ void DrawBlock(const TileView& tile, const DrawState& state, const PixelRect& bo
                 second = Least(Greatest(second, zero), one);
                 third = Least(Greatest(third, zero), one - second);
             }
-            DrawPixels<S, B, Fog, P>(tile, state, a, x, y, mask, depth, second, third);
+            DrawPixels<S, B, F, P>(tile, state, a, x, y, mask, depth, second, third);
         }
 }
 
-template<Surface S, Blending B, bool Fog, Interpolation P>
+template<Surface S, Blending B, Fog F, Interpolation P>
 void DrawLarge(const TileView& tile, const DrawState& state, const PixelRect& box, const Attributes& a,
                const LargeTriangle& large)
 {
@@ -247,11 +247,11 @@ void DrawLarge(const TileView& tile, const DrawState& state, const PixelRect& bo
             const bool isInBox = x >= box.left && x + Last < box.right && y >= box.top && y + Last < box.bottom;
             if (lowest < 0 || !isInBox)
             {
-                DrawBlock<S, B, Fog, P, false>(tile, state, box, a, large, x, y);
+                DrawBlock<S, B, F, P, false>(tile, state, box, a, large, x, y);
                 continue;
             }
             // Beside a texture's cost the edge tests do not matter: one loop for both is enough.
-            DrawBlock<S, B, Fog, P, S == Surface::Plain>(tile, state, box, a, large, x, y);
+            DrawBlock<S, B, F, P, S == Surface::Plain>(tile, state, box, a, large, x, y);
             if constexpr (B == Blending::Opaque || B == Blending::Blended)
                 farthest = std::min(farthest, large.depth.FarthestIn(x, y));
         }
@@ -276,7 +276,7 @@ LANES_INLINE bool SetEdge(Edge& edge, double& atTile, const ScreenPosition& from
     return start > -Limit;
 }
 
-template<Surface S, Blending B, bool Fog, Interpolation P>
+template<Surface S, Blending B, Fog F, Interpolation P>
 void SetUpAndDrawLarge(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane, Attributes& a)
 {
     const ScreenPosition& c0 = *t.corner[0][lane];
@@ -304,14 +304,14 @@ void SetUpAndDrawLarge(const TileView& tile, const DrawState& state, const Trian
                          a.secondPerY * a.depth.toSecond + a.thirdPerY * a.depth.toThird};
     large.depth.nearest = std::min(c0.depth, std::min(c1.depth, c2.depth));
     large.depth.farthest = std::max(c0.depth, std::max(c1.depth, c2.depth));
-    DrawLarge<S, B, Fog, P>(tile, state, {t.left[lane], t.top[lane], t.right[lane], t.bottom[lane]}, a, large);
+    DrawLarge<S, B, F, P>(tile, state, {t.left[lane], t.top[lane], t.right[lane], t.bottom[lane]}, a, large);
 }
 
-template<Surface S, Blending B, bool Fog, Interpolation P>
+template<Surface S, Blending B, Fog F, Interpolation P>
 LANES_INLINE void DrawOne(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane, Attributes& a)
 {
     if (t.isSmall[lane] == 0)
-        return SetUpAndDrawLarge<S, B, Fog, P>(tile, state, t, lane, a);
+        return SetUpAndDrawLarge<S, B, F, P>(tile, state, t, lane, a);
     if constexpr (S != Surface::Plain)
     {
         a.secondPerX = static_cast<float>(t.perX[1][lane]) * t.step[lane];
@@ -319,7 +319,7 @@ LANES_INLINE void DrawOne(const TileView& tile, const DrawState& state, const Tr
         a.thirdPerX = static_cast<float>(t.perX[2][lane]) * t.step[lane];
         a.thirdPerY = static_cast<float>(t.perY[2][lane]) * t.step[lane];
     }
-    DrawSmall<S, B, Fog, P>(tile, state, t, lane, a);
+    DrawSmall<S, B, F, P>(tile, state, t, lane, a);
 }
 
 /// What follows from the corners. Where a triangle is not small the 32 bits of its edges overflow, and nobody uses
@@ -365,29 +365,29 @@ void SetUpLanes(TriangleLanes& t, const TileView& tile, const PixelRect& limits)
 }
 
 /// Chooses the cheapest interpolation that is right.
-template<Surface S, Blending B, bool Fog>
+template<Surface S, Blending B, Fog F>
 LANES_INLINE void ShadeOne(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane,
                            Attributes& a)
 {
     if constexpr (S != Surface::Plain)
-        return DrawOne<S, B, Fog, Interpolation::Perspective>(tile, state, t, lane, a);
+        return DrawOne<S, B, F, Interpolation::Perspective>(tile, state, t, lane, a);
     constexpr float FullRange = 255.0F;
     const float w0 = t.corner[0][lane]->inverseW;
     const float w1 = t.corner[1][lane]->inverseW;
     const float w2 = t.corner[2][lane]->inverseW;
-    if (state.isFlat && !Fog)
-        DrawOne<S, B, Fog, Interpolation::Constant>(tile, state, t, lane, a);
+    if (state.isFlat && F == Fog::None)
+        DrawOne<S, B, F, Interpolation::Constant>(tile, state, t, lane, a);
     else if (IsNearlyFlat(w0, w1, w2, FullRange))
-        DrawOne<S, B, Fog, Interpolation::Linear>(tile, state, t, lane, a);
-    else if (const float range = Fog ? FullRange : a.color.Range(); range == 0)
-        DrawOne<S, B, Fog, Interpolation::Constant>(tile, state, t, lane, a);
+        DrawOne<S, B, F, Interpolation::Linear>(tile, state, t, lane, a);
+    else if (const float range = F != Fog::None ? FullRange : a.color.Range(); range == 0)
+        DrawOne<S, B, F, Interpolation::Constant>(tile, state, t, lane, a);
     else if (IsNearlyFlat(w0, w1, w2, range))
-        DrawOne<S, B, Fog, Interpolation::Linear>(tile, state, t, lane, a);
+        DrawOne<S, B, F, Interpolation::Linear>(tile, state, t, lane, a);
     else
-        DrawOne<S, B, Fog, Interpolation::Perspective>(tile, state, t, lane, a);
+        DrawOne<S, B, F, Interpolation::Perspective>(tile, state, t, lane, a);
 }
 
-template<Surface S, Blending B, bool Fog>
+template<Surface S, Blending B, Fog F>
 void DrawTriangles(const TileView& tile, const Batch& batch, const Bins& bins, const DrawState& state,
                    const std::uint16_t* references, std::size_t count)
 {
@@ -417,10 +417,10 @@ void DrawTriangles(const TileView& tile, const Batch& batch, const Bins& bins, c
             if (t.left[lane] >= t.right[lane] || t.top[lane] >= t.bottom[lane])
                 continue;
             Attributes a;
-            SetAttributes<S, B, Fog>(a, batch, bins, state,
-                                     bins.records[references[first + static_cast<std::size_t>(lane)]],
-                                     *t.corner[0][lane], *t.corner[1][lane], *t.corner[2][lane]);
-            ShadeOne<S, B, Fog>(tile, state, t, lane, a);
+            SetAttributes<S, B, F>(a, batch, bins, state,
+                                   bins.records[references[first + static_cast<std::size_t>(lane)]], *t.corner[0][lane],
+                                   *t.corner[1][lane], *t.corner[2][lane]);
+            ShadeOne<S, B, F>(tile, state, t, lane, a);
         }
     }
 }
