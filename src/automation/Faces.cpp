@@ -1,6 +1,7 @@
 #include "automation/Faces.h"
 
 #include "automation/SceneTables.h"
+#include "platform/drivers/StandardDrivers.h"
 
 #include <unordered_map>
 
@@ -91,7 +92,7 @@ std::vector<ClassDescription> SceneClasses()
 
 std::shared_ptr<Dispatchable> NewSceneFactory()
 {
-    auto factory = std::make_shared<RetainedMode>(nullptr);
+    auto factory = std::make_shared<RetainedMode>(StandardDrivers());
     factory->Initialise();
     return FaceOf(factory);
 }

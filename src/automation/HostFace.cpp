@@ -58,6 +58,13 @@ Viewport& HostFace::RequiredControl()
     return viewport_->Control();
 }
 
+std::shared_ptr<Dispatchable> HostFace::SceneFactory()
+{
+    if (!sceneFactory_)
+        sceneFactory_ = NewSceneFactory();
+    return sceneFactory_;
+}
+
 void HostFace::Load(const Bag& bag)
 {
     if (!bag)

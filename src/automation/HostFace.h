@@ -32,6 +32,9 @@ public:
     std::shared_ptr<ViewportFace> CreateAtDesignTime(const Bag& bag);
     std::shared_ptr<ViewportFace> CreateInitialised();
 
+    /// What makes the objects of a scene: the same one each time.
+    std::shared_ptr<Dispatchable> SceneFactory();
+
     // Error 91 without a control.
     void Load(const Bag& bag);
     Bag Save();
@@ -42,6 +45,7 @@ private:
 
     std::shared_ptr<headless::HeadlessHost> form_;
     std::shared_ptr<ViewportFace> viewport_;
+    std::shared_ptr<Dispatchable> sceneFactory_;
 };
 
 /// A control on a form of its own, loaded with every setting at its default.

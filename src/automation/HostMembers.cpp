@@ -80,8 +80,7 @@ Rows LifeRows()
             "CreateBag", "", [](HostFace&) { return std::make_shared<headless::MemoryPropertyBag>(); },
             "an empty property bag"),
         Method("Terminate", "", OnForm(&HeadlessHost::Close), "ends the control"),
-        Property(
-            "RetainedMode", [](HostFace&) { return NewSceneFactory(); }, "what creates frames, meshes and lights"),
+        Property("RetainedMode", &HostFace::SceneFactory, "what creates frames, meshes and lights"),
         Property("UserMode", OnForm(&HeadlessHost::UserMode), OnForm(&HeadlessHost::SetUserMode),
                  "True in a running program, False in a form designer"),
         Method(
