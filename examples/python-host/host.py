@@ -38,6 +38,7 @@ def main(library_path, picture_path):
     moves = []
     viewport.on("CameraMoved", lambda *place: moves.append(place[:3]))
     viewport.Scene = scene
+    viewport.Enabled = True
     viewport.FieldOfView = 0.7
     viewport.SetCameraPosition(0, 1, -5)
     left = viewport.AddCameraMovement(0.5, 0.25, 1, 1)
