@@ -35,6 +35,7 @@ lumora_option(LUMORA_IMPORT "Model files through Assimp" "${assimp_FOUND}")
 lumora_option(LUMORA_APPS "The command line program" "${CLI11_FOUND}")
 lumora_option(LUMORA_TESTS "Tests" "${GTest_FOUND}")
 lumora_option(LUMORA_BENCH "Benchmarks against Mesa's software OpenGL" "${EPOXY_FOUND}")
+option(LUMORA_FUZZ "Fuzzers, with clang" OFF)
 set(LUMORA_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
 
 # Every target of this project is compiled with these.
