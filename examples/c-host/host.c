@@ -11,7 +11,10 @@
 #include <stdlib.h>
 #include <string.h>
 
-enum { MaximumArguments = 9 };
+enum
+{
+    MaximumArguments = 9
+};
 
 static void Give_up(const char* what, const LumoraError* error)
 {
@@ -164,7 +167,10 @@ static LumoraResult On_event(void* context, int32_t id, LumoraValue* arguments, 
 
 static void Run(LumoraDispatch* host, const char* picture)
 {
-    enum { PointLight = 2 };
+    enum
+    {
+        PointLight = 2
+    };
     Call(host, "ResizeWindow", "ii", 320, 240);
     LumoraDispatch* viewport = Call(host, "CreateLive", "o", NULL).value.object;
     LumoraDispatch* factory = Get(host, "RetainedMode", "").value.object;

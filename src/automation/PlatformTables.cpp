@@ -1,6 +1,5 @@
 // Pictures, surfaces and property bags: a row for each member.
 #include "automation/SceneTables.h"
-
 #include "platform/directdraw/Bitmap.h"
 
 namespace lumora::automation
@@ -47,7 +46,9 @@ const MemberTable<Picture>& TableOf<Picture>()
                 "PixelHeight", [](const Picture& picture) { return std::int32_t{BitmapOf(picture).Height()}; },
                 "pixels"),
             Method(
-                "PixelAt", "X, Y", [](Picture& picture, std::int32_t x, std::int32_t y) -> std::uint32_t { return PixelOf(picture, x, y); },
+                "PixelAt", "X, Y",
+                [](Picture& picture, std::int32_t x, std::int32_t y) -> std::uint32_t
+                { return PixelOf(picture, x, y); },
                 "0xAARRGGBB"),
             Method(
                 "SetPixel", "X, Y, Color",
@@ -101,7 +102,8 @@ const MemberTable<headless::MemoryPropertyBag>& TableOf<headless::MemoryProperty
                 "Count", [](const Bag& bag) { return static_cast<std::int32_t>(bag.Entries().size()); },
                 "how many entries there are"),
             Method(
-                "NameAt", "Index", [](Bag& bag, std::int32_t index) -> std::string { return EntryOf(bag, index).first; },
+                "NameAt", "Index",
+                [](Bag& bag, std::int32_t index) -> std::string { return EntryOf(bag, index).first; },
                 "an entry's name, in the order of writing"),
             Method(
                 "ValueAt", "Index", [](Bag& bag, std::int32_t index) -> Variant { return EntryOf(bag, index).second; },

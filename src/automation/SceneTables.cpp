@@ -121,7 +121,9 @@ std::vector<MemberRow<Frame>> FramePlaceRows()
         Method(
             "SetOrientation", "Reference, DirX, DirY, DirZ, UpX, UpY, UpZ",
             [](Frame& frame, const FrameReference& reference, float dirX, float dirY, float dirZ, float upX, float upY,
-               float upZ) { frame.SetOrientation(reference, {dirX, dirY, dirZ}, {upX, upY, upZ}); },
+               float upZ) {
+                frame.SetOrientation(reference, {dirX, dirY, dirZ}, {upX, upY, upZ});
+            },
             "turns the z axis along a direction and y as near to up as it goes"),
         Method("GetOrientation", "Reference, DirX, DirY, DirZ, UpX, UpY, UpZ", &GetFrameOrientation,
                "the z and the y axis as unit vectors of the reference frame"),
@@ -137,8 +139,9 @@ std::vector<MemberRow<Frame>> FramePlaceRows()
             "moves the frame; combine 0 replaces, 1 is before, 2 after its transform"),
         Method(
             "AddRotation", "Combine, X, Y, Z, Angle",
-            [](Frame& frame, std::int32_t combine, float x, float y, float z, float angle)
-            { frame.AddRotation(CombineFrom(combine), {x, y, z}, angle); },
+            [](Frame& frame, std::int32_t combine, float x, float y, float z, float angle) {
+                frame.AddRotation(CombineFrom(combine), {x, y, z}, angle);
+            },
             "turns the frame about an axis, radians"),
         Method(
             "AddScale", "Combine, X, Y, Z",
@@ -198,9 +201,10 @@ std::vector<MemberRow<MeshBuilder>> MeshRows()
     return {
         Method("CreateFace", "", &MeshBuilder::CreateFace, "a new face without corners in this mesh"),
         Method("AddFace", "Face", &MeshBuilder::AddFace, "moves a face that stands on its own into this mesh"),
-        Method("AddFaces", "Vertices, Normals, FaceList", &AddFaces,
-               "adds polygons; texts of numbers separated by blanks: x y z of each vertex and normal, and the packed face "
-               "list. Answers the first new face"),
+        Method(
+            "AddFaces", "Vertices, Normals, FaceList", &AddFaces,
+            "adds polygons; texts of numbers separated by blanks: x y z of each vertex and normal, and the packed face "
+            "list. Answers the first new face"),
         Method("AddMeshBuilder", "Other", &MeshBuilder::AddMeshBuilder, "adds a copy of another mesh's faces"),
         Method("ReserveSpace", "Vertices, Normals, Faces", &MeshBuilder::ReserveSpace, "room for so many more"),
         Method("Empty", "", &MeshBuilder::Empty, "removes everything"),
@@ -219,7 +223,8 @@ std::vector<MemberRow<MeshBuilder>> MeshRows()
             "SetTextureCoordinates", "Vertex, U, V",
             [](MeshBuilder& mesh, std::int32_t vertex, float u, float v) { mesh.SetTextureCoordinates(vertex, u, v); },
             "of one vertex; v 0 is the top of the image"),
-        Method("GenerateNormals", "CreaseAngle", &MeshBuilder::GenerateNormals, "makes normals from the faces, radians"),
+        Method("GenerateNormals", "CreaseAngle", &MeshBuilder::GenerateNormals,
+               "makes normals from the faces, radians"),
         Property("Quality", &MeshBuilder::GetQuality, &MeshBuilder::SetQuality, "the most a device draws of this mesh"),
     };
 }
@@ -258,21 +263,21 @@ template<>
 const MemberTable<Light>& TableOf<Light>()
 {
     static const MemberTable<Light> table{
-        "Light", WithNames<Light>({
-                     Property("Kind", &Light::Kind, "0 ambient, 1 directional, 2 point, 3 spot"),
-                     Method("SetColor", "Red, Green, Blue", &Light::SetColor, "components, may exceed 1"),
-                     Method(
-                         "GetColor", "Red, Green, Blue",
-                         [](Light& light, float& red, float& green, float& blue)
-                         { Split(light.GetColor(), red, green, blue); },
-                         "components"),
-                     Property("Range", &Light::Range, &Light::SetRange, "how far it reaches, scene units"),
-                     Method("SetAttenuation", "Constant, Linear, Quadratic", &Light::SetAttenuation,
-                            "divisors of its light at a distance"),
-                     Method("SetCone", "Umbra, Penumbra", &Light::SetCone, "full angles of a spot, radians"),
-                     Property("Umbra", &Light::Umbra, "angle of the bright cone, radians"),
-                     Property("Penumbra", &Light::Penumbra, "angle of the whole cone, radians"),
-                 })};
+        "Light",
+        WithNames<Light>({
+            Property("Kind", &Light::Kind, "0 ambient, 1 directional, 2 point, 3 spot"),
+            Method("SetColor", "Red, Green, Blue", &Light::SetColor, "components, may exceed 1"),
+            Method(
+                "GetColor", "Red, Green, Blue",
+                [](Light& light, float& red, float& green, float& blue) { Split(light.GetColor(), red, green, blue); },
+                "components"),
+            Property("Range", &Light::Range, &Light::SetRange, "how far it reaches, scene units"),
+            Method("SetAttenuation", "Constant, Linear, Quadratic", &Light::SetAttenuation,
+                   "divisors of its light at a distance"),
+            Method("SetCone", "Umbra, Penumbra", &Light::SetCone, "full angles of a spot, radians"),
+            Property("Umbra", &Light::Umbra, "angle of the bright cone, radians"),
+            Property("Penumbra", &Light::Penumbra, "angle of the whole cone, radians"),
+        })};
     return table;
 }
 
@@ -293,14 +298,13 @@ template<>
 const MemberTable<Texture>& TableOf<Texture>()
 {
     static const MemberTable<Texture> table{
-        "Texture", WithNames<Texture>({
-                       Property(
-                           "Width", [](const Texture& texture) { return std::int32_t{texture.Image()->width}; },
-                           "pixels"),
-                       Property(
-                           "Height", [](const Texture& texture) { return std::int32_t{texture.Image()->height}; },
-                           "pixels"),
-                   })};
+        "Texture",
+        WithNames<Texture>({
+            Property(
+                "Width", [](const Texture& texture) { return std::int32_t{texture.Image()->width}; }, "pixels"),
+            Property(
+                "Height", [](const Texture& texture) { return std::int32_t{texture.Image()->height}; }, "pixels"),
+        })};
     return table;
 }
 

@@ -31,7 +31,7 @@ struct Classes
 {
 };
 
-using EveryClass = Classes<Frame, MeshBuilder, Face, Light, Material, Texture, RetainedMode, Picture, Surface, DirectDraw,
-                           headless::MemoryPropertyBag, Object>;
+using EveryClass = Classes<Frame, MeshBuilder, Face, Light, Material, Texture, RetainedMode, Picture, Surface,
+                           DirectDraw, headless::MemoryPropertyBag, Object>;
 
 } // namespace lumora::automation

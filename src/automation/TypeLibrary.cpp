@@ -82,8 +82,8 @@ void WriteMembers(JsonWriter& json, const char* key, std::span<const MemberInfo>
 void WriteClass(JsonWriter& json, const ClassDescription& description)
 {
     const auto creatable = std::ranges::find_if(
-        CreatableClasses(), [&](const CreatableClass& row) { return row.programName.ends_with(description.name) &&
-                                                             row.describe().name == description.name; });
+        CreatableClasses(), [&](const CreatableClass& row)
+        { return row.programName.ends_with(description.name) && row.describe().name == description.name; });
     json.BeginObject();
     json.Key("name").String(description.name);
     if (creatable != CreatableClasses().end())

@@ -116,8 +116,9 @@ MemberRow<Viewport> PropertyMember(const PropertyRow& row)
 {
     const bool object = row.type == PropertyType::Object;
     MemberRow<Viewport> member;
-    member.info = {std::string{row.name}, row.dispatchId,      invoke::Get,     {}, TypeOf(row), TypeNameOf(row),
-                   std::string{row.help}, object ? Variant{} : row.defaultValue};
+    member.info = {
+        std::string{row.name}, row.dispatchId,  invoke::Get,           {},
+        TypeOf(row),           TypeNameOf(row), std::string{row.help}, object ? Variant{} : row.defaultValue};
     member.get = MakeAction<Viewport>([&row](Viewport& viewport) { return row.read(viewport); },
                                       std::type_identity<std::tuple<>>{});
     if (row.write == nullptr)
@@ -143,8 +144,14 @@ template<typename... Arguments>
 MemberInfo EventRow(std::int32_t id, const char* name, const char* arguments, Event<Arguments...> Viewport::*,
                     const char* help)
 {
-    return {name, id, 0, DescribeArguments(arguments, std::type_identity<std::tuple<Arguments...>>{}),
-            ValueType::Nothing, "Nothing", help, {}};
+    return {name,
+            id,
+            0,
+            DescribeArguments(arguments, std::type_identity<std::tuple<Arguments...>>{}),
+            ValueType::Nothing,
+            "Nothing",
+            help,
+            {}};
 }
 
 // Every event once: its id, what it is called, and its arguments' names.
@@ -173,7 +180,8 @@ const std::vector<MemberInfo>& EventTable()
     static const std::vector<MemberInfo> table = []
     {
         std::vector<MemberInfo> rows;
-#define LUMORA_EVENT_ROW(id, name, arguments, help) rows.push_back(EventRow(id, #name, arguments, &Viewport::name, help))
+#define LUMORA_EVENT_ROW(id, name, arguments, help)                                                                    \
+    rows.push_back(EventRow(id, #name, arguments, &Viewport::name, help))
         LUMORA_EVENTS(LUMORA_EVENT_ROW)
 #undef LUMORA_EVENT_ROW
         return rows;

@@ -198,8 +198,8 @@ TEST(EntryPoints, a_sink_is_let_go_of_once)
     counts.viewport = Create(ViewportClass);
     ASSERT_EQ(counts.viewport->functions->Advise(counts.viewport, &sink, &counts.connection, nullptr), LUMORA_OK);
     for (int i = 0; i < 2; ++i)
-        EXPECT_EQ(Use(counts.viewport, "AddCameraMovement", LUMORA_METHOD, {Number(0), Number(0), Number(1), Number(1)}),
-                  0);
+        EXPECT_EQ(
+            Use(counts.viewport, "AddCameraMovement", LUMORA_METHOD, {Number(0), Number(0), Number(1), Number(1)}), 0);
     EXPECT_EQ(counts.events, 1);
     EXPECT_EQ(counts.released, 1);
     EXPECT_EQ(counts.viewport->functions->Unadvise(counts.viewport, counts.connection), LUMORA_NO_CONNECTION);

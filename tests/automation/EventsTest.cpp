@@ -80,8 +80,10 @@ TEST(Events, a_handler_may_call_back)
 TEST(Events, a_failing_handler_fails_the_call_that_raised_the_event)
 {
     const Session session;
-    session.viewport->Connect(
-        std::make_shared<Listener>([](std::int32_t, auto) { throw RuntimeError{1234, "Host", "no more of this"}; }));
+    session.viewport->Connect(std::make_shared<Listener>(
+        [](std::int32_t, auto) {
+            throw RuntimeError{1234, "Host", "no more of this"};
+        }));
     const auto failure = ErrorOf([&] { session.viewport->CallWith("AddCameraMovement", {0, 0, 1, 1}); });
     ASSERT_TRUE(failure);
     EXPECT_EQ(failure->Number(), 1234);

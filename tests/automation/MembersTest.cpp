@@ -1,6 +1,5 @@
 // Members by name and number: what can be reached, what is refused and how, what is written back.
 #include "Session.h"
-
 #include "automation/Classes.h"
 #include "properties/PropertyTable.h"
 
@@ -84,14 +83,16 @@ TEST(Members, refusals_have_numbers_that_say_what_is_wrong)
         {"a number beyond 32 bits", [&] { viewport.Put("CoolMode", 3e9); }, error::Overflow},
         {"not a number for a whole one", [&] { viewport.Put("CoolMode", nan); }, error::Overflow},
         {"nothing for a child", [&] { scene.CallWith("AddChild", {Variant{}}); }, error::RMBadObject},
-        {"a cycle of frames", [&] { scene.CallWith("AddChild", {ObjectReference{session.scene}}); },
-         error::RMBadValue},
+        {"a cycle of frames", [&] { scene.CallWith("AddChild", {ObjectReference{session.scene}}); }, error::RMBadValue},
         {"a child there is not", [&] { scene.CallWith("Child", {7}); }, error::SubscriptOutOfRange},
-        {"a combination there is not", [&] { scene.CallWith("AddScale", {9, 1, 1, 1}); }, error::RMBadValue},
+        {"a combination there is not",
+         [&] {
+             scene.CallWith("AddScale", {9, 1, 1, 1});
+         },
+         error::RMBadValue},
         {"a sink for what raises no events", [&] { scene.Connect(nullptr); }, error::NoEvents},
         {"members of nothing", [&] { AsDispatchable(viewport.Get("SceneOverlay")); }, error::ObjectNotSet},
-        {"a second control on a form", [&] { session.host->CallWith("CreateLive", {Variant{}}); },
-         error::InvalidCall},
+        {"a second control on a form", [&] { session.host->CallWith("CreateLive", {Variant{}}); }, error::InvalidCall},
     };
     for (const auto& row : rows)
     {
@@ -110,10 +111,13 @@ TEST(Members, values_are_converted_as_the_member_wants_them)
         const char* property;
         Variant given;
         Variant read;
-    } rows[] = {
-        {"FieldOfView", std::string{"0.25"}, 0.25F}, {"FieldOfView", 2, 2.0F}, {"CoolMode", 2.5, 2},
-        {"CoolMode", 3.5, 4},                        {"CoolMode", true, -1},   {"RenderOverlay", 7, true},
-        {"BackgroundTexture", 12, std::string{"12"}}};
+    } rows[] = {{"FieldOfView", std::string{"0.25"}, 0.25F},
+                {"FieldOfView", 2, 2.0F},
+                {"CoolMode", 2.5, 2},
+                {"CoolMode", 3.5, 4},
+                {"CoolMode", true, -1},
+                {"RenderOverlay", 7, true},
+                {"BackgroundTexture", 12, std::string{"12"}}};
     for (const auto& row : rows)
     {
         session.viewport->Put(row.property, row.given);
@@ -141,11 +145,10 @@ TEST(Members, what_an_obstacle_leaves_of_a_movement_is_written_back)
     mesh->CallWith("AddFaces", {std::string{"-5 -5 1 -5 5 1 5 5 1 5 -5 1"}, std::string{}, std::string{"4 0 1 2 3 0"}});
     mesh->Put("AppData", 1);
     session.scene->CallWith("AddVisual", {ObjectReference{mesh}});
-    for (const auto& [name, value] :
-         {std::pair{"CollisionDetection", 1.0F},
-          {"CollisionSamples", 5.0F},
-          {"CollisionDistance", 0.1F},
-          {"FrontClippingPlane", 0.01F}})
+    for (const auto& [name, value] : {std::pair{"CollisionDetection", 1.0F},
+                                      {"CollisionSamples", 5.0F},
+                                      {"CollisionDistance", 0.1F},
+                                      {"FrontClippingPlane", 0.01F}})
         session.viewport->Put(name, value);
     int collisions = 0;
     ObjectReference obstacle;

@@ -20,7 +20,11 @@ public:
         host->CallWith("ResizeWindow", {40, 30});
         const auto viewport = AsDispatchable(host->CallWith("CreateLive", {Variant{}}));
         const auto factory = AsDispatchable(host->Get("RetainedMode"));
-        objects_ = {host, viewport, viewport, factory, AsDispatchable(factory->CallWith("CreateFrame", {Variant{}})),
+        objects_ = {host,
+                    viewport,
+                    viewport,
+                    factory,
+                    AsDispatchable(factory->CallWith("CreateFrame", {Variant{}})),
                     AsDispatchable(factory->Call("CreateMeshBuilder"))};
         fixed_ = objects_.size();
     }
@@ -74,10 +78,19 @@ private:
         using Long = std::numeric_limits<std::int32_t>;
         using Single = std::numeric_limits<float>;
         static const std::int32_t wholes[] = {0, 1, 2, 3, 4, -1, 7, 17, 40, 65, Long::max(), Long::min()};
-        static const double reals[] = {0.5,           -0.25, 1e-30,  2.5, Single::max(), Single::infinity(),
-                                       Single::quiet_NaN(), 1e300, 3e9, 0.1, -40};
-        static const char* const texts[] = {"", "1", "-0.5", "x", "/no/such/folder/x.png", "0 0 0 1 0 0 0 1 0",
-                                            "3 0 1 2 0", "IID_IDirect3DRGBDevice", "Frame.SetPosition", "1e999", "\xFF"};
+        static const double reals[] = {0.5,   -0.25, 1e-30, 2.5, Single::max(), Single::infinity(), Single::quiet_NaN(),
+                                       1e300, 3e9,   0.1,   -40};
+        static const char* const texts[] = {"",
+                                            "1",
+                                            "-0.5",
+                                            "x",
+                                            "/no/such/folder/x.png",
+                                            "0 0 0 1 0 0 0 1 0",
+                                            "3 0 1 2 0",
+                                            "IID_IDirect3DRGBDevice",
+                                            "Frame.SetPosition",
+                                            "1e999",
+                                            "\xFF"};
         switch (Below(8))
         {
         case 0:

@@ -1,6 +1,7 @@
 // The registry file and JSON: what is written reads back, and a damaged file stays as it is.
-#include "platform/automation/Json.h"
 #include "platform/automation/Registry.h"
+
+#include "platform/automation/Json.h"
 #include "platform/automation/RuntimeError.h"
 
 #include <fstream>
@@ -36,8 +37,9 @@ protected:
 
 TEST_F(RegistryFile, gives_back_every_text_it_was_given)
 {
-    const std::string texts[] = {"plain", "", "a\\b", "\"quoted\"", "two\nlines", "back\\nslash", "[key]", "ä \xF0\x9F\x98\x80",
-                                 "end", "\\", "\"=\""};
+    const std::string texts[] = {
+        "plain", "",   "a\\b", "\"quoted\"", "two\nlines", "back\\nslash", "[key]", "ä \xF0\x9F\x98\x80",
+        "end",   "\\", "\"=\""};
     Registry registry;
     for (const std::string& key : texts)
         for (const std::string& name : texts)
@@ -108,7 +110,8 @@ TEST(Json, escapes_what_a_text_must_not_hold)
 {
     JsonWriter json;
     json.BeginArray().String("a\"b\\c\n\t\x01").String("\xC3\xA4\xFF").Number(0.1F).Number(1e300 * 10).EndArray();
-    EXPECT_EQ(json.Text(), "[\n  \"a\\\"b\\\\c\\n\\u0009\\u0001\",\n  \"\xC3\xA4\xEF\xBF\xBD\",\n  0.1,\n  1e+301\n]\n");
+    EXPECT_EQ(json.Text(),
+              "[\n  \"a\\\"b\\\\c\\n\\u0009\\u0001\",\n  \"\xC3\xA4\xEF\xBF\xBD\",\n  0.1,\n  1e+301\n]\n");
 }
 
 } // namespace lumora::test

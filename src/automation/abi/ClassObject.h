@@ -2,7 +2,6 @@
 #pragma once
 
 #include "LumoraViewport.h"
-
 #include "automation/Classes.h"
 
 namespace lumora::automation

@@ -98,8 +98,12 @@ LumoraResult DescribeMember(std::span<const MemberInfo> members, std::int32_t in
     if (index < 0 || static_cast<std::size_t>(index) >= members.size())
         return LUMORA_FALSE;
     const MemberInfo& member = members[static_cast<std::size_t>(index)];
-    *described = {member.name.c_str(), member.typeName.c_str(),           member.help.c_str(),
-                  member.id,           static_cast<int32_t>(member.type), member.kinds,
+    *described = {member.name.c_str(),
+                  member.typeName.c_str(),
+                  member.help.c_str(),
+                  member.id,
+                  static_cast<int32_t>(member.type),
+                  member.kinds,
                   static_cast<int32_t>(member.arguments.size())};
     return LUMORA_OK;
 }
@@ -269,7 +273,8 @@ LumoraResult Advise(LumoraDispatch* self, const LumoraSink* sink, uint32_t* conn
 LumoraResult Unadvise(LumoraDispatch* self, uint32_t connection)
 {
     const CallReference call{self};
-    return Guarded(nullptr, [&]() -> LumoraResult
+    return Guarded(nullptr,
+                   [&]() -> LumoraResult
                    { return call.Face().Disconnect(connection) ? LUMORA_OK : LUMORA_NO_CONNECTION; });
 }
 
@@ -297,8 +302,8 @@ void ClearValueOf(LumoraDispatch*, LumoraValue* value)
 }
 
 constexpr LumoraDispatchFunctions Functions = {
-    QueryInterface, AddRef,      Release, ClassNameOfObject, GetMember, GetMemberArgument, GetEvent,  GetEventArgument,
-    GetIdOfName,    Invoke,      Advise,  Unadvise,          MakeTextOf, MakeTextFromUtf8, FreeTextOf, ClearValueOf};
+    QueryInterface, AddRef, Release, ClassNameOfObject, GetMember,  GetMemberArgument, GetEvent,   GetEventArgument,
+    GetIdOfName,    Invoke, Advise,  Unadvise,          MakeTextOf, MakeTextFromUtf8,  FreeTextOf, ClearValueOf};
 
 } // namespace
 

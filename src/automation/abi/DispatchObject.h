@@ -2,7 +2,6 @@
 #pragma once
 
 #include "LumoraViewport.h"
-
 #include "platform/automation/Dispatch.h"
 
 namespace lumora::automation

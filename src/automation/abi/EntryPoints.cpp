@@ -1,6 +1,5 @@
 // The four functions that the library exports, and what it writes down about itself.
 #include "LumoraViewport.h"
-
 #include "automation/Classes.h"
 #include "automation/TypeLibrary.h"
 #include "automation/abi/ClassObject.h"
@@ -67,54 +66,55 @@ LumoraResult Registering(Step&& step)
 extern "C"
 {
 
-LumoraResult DllGetClassObject(const LumoraId* classId, const LumoraId* interfaceId, void** object)
-{
-    if (object == nullptr || classId == nullptr || interfaceId == nullptr)
-        return LUMORA_POINTER;
-    *object = nullptr;
-    return Guarded(nullptr,
-                   [&]
-                   {
-                       ClassId id{};
-                       std::ranges::copy(classId->bytes, id.begin());
-                       const CreatableClass* creatable = FindClass(id);
-                       return creatable == nullptr ? LUMORA_NO_CLASS : MakeClassObject(*creatable, *interfaceId, object);
-                   });
-}
+    LumoraResult DllGetClassObject(const LumoraId* classId, const LumoraId* interfaceId, void** object)
+    {
+        if (object == nullptr || classId == nullptr || interfaceId == nullptr)
+            return LUMORA_POINTER;
+        *object = nullptr;
+        return Guarded(nullptr,
+                       [&]
+                       {
+                           ClassId id{};
+                           std::ranges::copy(classId->bytes, id.begin());
+                           const CreatableClass* creatable = FindClass(id);
+                           return creatable == nullptr ? LUMORA_NO_CLASS
+                                                       : MakeClassObject(*creatable, *interfaceId, object);
+                       });
+    }
 
-LumoraResult DllCanUnloadNow(void)
-{
-    return LiveObjects() + LiveClassObjects() == 0 ? LUMORA_OK : LUMORA_FALSE;
-}
+    LumoraResult DllCanUnloadNow(void)
+    {
+        return LiveObjects() + LiveClassObjects() == 0 ? LUMORA_OK : LUMORA_FALSE;
+    }
 
-LumoraResult DllRegisterServer(void)
-{
-    return Registering(
-        []
-        {
-            const std::filesystem::path file = Registry::DefaultPath();
-            Registry registry = Registry::Read(file);
-            RemoveClasses(registry);
-            AddClasses(registry, OwnPath(), TypeLibraryPath(file).string());
-            ReplaceFile(TypeLibraryPath(file), TypeLibraryDocument());
-            registry.Write(file);
-            return LUMORA_OK;
-        });
-}
+    LumoraResult DllRegisterServer(void)
+    {
+        return Registering(
+            []
+            {
+                const std::filesystem::path file = Registry::DefaultPath();
+                Registry registry = Registry::Read(file);
+                RemoveClasses(registry);
+                AddClasses(registry, OwnPath(), TypeLibraryPath(file).string());
+                ReplaceFile(TypeLibraryPath(file), TypeLibraryDocument());
+                registry.Write(file);
+                return LUMORA_OK;
+            });
+    }
 
-LumoraResult DllUnregisterServer(void)
-{
-    return Registering(
-        []
-        {
-            const std::filesystem::path file = Registry::DefaultPath();
-            Registry registry = Registry::Read(file);
-            RemoveClasses(registry);
-            registry.Write(file);
-            std::error_code ignored;
-            std::filesystem::remove(TypeLibraryPath(file), ignored);
-            return LUMORA_OK;
-        });
-}
+    LumoraResult DllUnregisterServer(void)
+    {
+        return Registering(
+            []
+            {
+                const std::filesystem::path file = Registry::DefaultPath();
+                Registry registry = Registry::Read(file);
+                RemoveClasses(registry);
+                registry.Write(file);
+                std::error_code ignored;
+                std::filesystem::remove(TypeLibraryPath(file), ignored);
+                return LUMORA_OK;
+            });
+    }
 
 } // extern "C"

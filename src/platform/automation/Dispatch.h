@@ -17,11 +17,11 @@ namespace lumora
 
 namespace error
 {
-inline constexpr std::int32_t OutOfStringSpace = 14;               ///< a text longer than anything here needs
-inline constexpr std::int32_t ReadOnlyProperty = 383;              ///< a write to a property without a writer
-inline constexpr std::int32_t WrongArgumentCount = 450;            ///< more or fewer arguments than the member takes
-inline constexpr std::int32_t NoEvents = 459;                      ///< a sink for an object that raises no events
-inline constexpr std::int32_t DispatchIdNotFound = -2147352573;    ///< 0x80020003, no member of this id and kind
+inline constexpr std::int32_t OutOfStringSpace = 14;            ///< a text longer than anything here needs
+inline constexpr std::int32_t ReadOnlyProperty = 383;           ///< a write to a property without a writer
+inline constexpr std::int32_t WrongArgumentCount = 450;         ///< more or fewer arguments than the member takes
+inline constexpr std::int32_t NoEvents = 459;                   ///< a sink for an object that raises no events
+inline constexpr std::int32_t DispatchIdNotFound = -2147352573; ///< 0x80020003, no member of this id and kind
 } // namespace error
 
 /// What is done with a member. Bits: a caller that cannot tell a method from a property asks for both.
@@ -54,7 +54,7 @@ struct ArgumentInfo
 {
     std::string name;
     ValueType type = ValueType::Nothing;
-    std::string typeName; ///< an enumeration's or a class's name, or the type's
+    std::string typeName;     ///< an enumeration's or a class's name, or the type's
     bool byReference = false; ///< the member writes a result back into it
 };
 

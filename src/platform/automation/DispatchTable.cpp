@@ -40,8 +40,7 @@ std::uint32_t ChooseKind(const std::string& className, const MemberInfo& member,
 
 void RaiseNoSuchId(const std::string& className, std::int32_t id)
 {
-    throw RuntimeError{error::DispatchIdNotFound, className,
-                       className + " has no member number " + std::to_string(id)};
+    throw RuntimeError{error::DispatchIdNotFound, className, className + " has no member number " + std::to_string(id)};
 }
 
 } // namespace lumora::automation

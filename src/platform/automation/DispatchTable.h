@@ -197,7 +197,7 @@ Action<Target> MakeAction(Function function, std::type_identity<std::tuple<Param
     {
         if (given.size() != sizeof...(Parameters))
             RaiseArgumentCount(sizeof...(Parameters), given.size());
-        return [&]<std::size_t... index>(std::index_sequence<index...>) -> Variant
+        return [&]<std::size_t... index>(std::index_sequence<index...>)->Variant
         {
             std::tuple<std::remove_cvref_t<Parameters>...> values{
                 Crossing<std::remove_cvref_t<Parameters>>::In(given[index])...};
@@ -220,12 +220,13 @@ Action<Target> MakeAction(Function function, std::type_identity<std::tuple<Param
             }
             else
             {
-                Variant result =
-                    Crossing<std::remove_cvref_t<Result>>::Out(std::invoke(function, target, std::get<index>(values)...));
+                Variant result = Crossing<std::remove_cvref_t<Result>>::Out(
+                    std::invoke(function, target, std::get<index>(values)...));
                 writeBack();
                 return result;
             }
-        }(std::index_sequence_for<Parameters...>{});
+        }
+        (std::index_sequence_for<Parameters...>{});
     };
 }
 
@@ -263,7 +264,13 @@ MemberRow<Target> Method(const char* name, const char* arguments, Function funct
     using Parts = Bound<Function>;
     constexpr std::type_identity<typename Parts::Arguments> list;
     using Result = typename Parts::Result;
-    return {{name, id, invoke::Method, DescribeArguments(arguments, list), KindOf<Result>(), TypeNameOf<Result>(), help,
+    return {{name,
+             id,
+             invoke::Method,
+             DescribeArguments(arguments, list),
+             KindOf<Result>(),
+             TypeNameOf<Result>(),
+             help,
              {}},
             {},
             {},
@@ -284,8 +291,8 @@ MemberRow<Target> Property(const char* name, Reader reader, const char* help)
 }
 
 template<typename Reader, typename Writer, typename Target = typename Bound<Reader>::Target>
-    requires(!std::is_convertible_v<Writer, const char*>)
-MemberRow<Target> Property(const char* name, Reader reader, Writer writer, const char* help)
+requires(!std::is_convertible_v<Writer, const char*>) MemberRow<Target> Property(const char* name, Reader reader,
+                                                                                 Writer writer, const char* help)
 {
     MemberRow<Target> row = Property(name, std::move(reader), help);
     constexpr std::type_identity<typename Bound<Writer>::Arguments> list;

@@ -39,7 +39,7 @@ private:
 
     std::string text_;
     int depth_ = 0;
-    bool first_ = true;     // in the innermost bracket
+    bool first_ = true; // in the innermost bracket
     bool afterKey_ = false;
 };
 

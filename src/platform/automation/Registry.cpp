@@ -201,8 +201,8 @@ void Registry::RemoveKey(std::string_view key)
 {
     const auto isBelow = [=](std::string_view candidate)
     {
-        const bool longEnough = candidate.size() == key.size() ||
-                                (candidate.size() > key.size() && candidate[key.size()] == '\\');
+        const bool longEnough =
+            candidate.size() == key.size() || (candidate.size() > key.size() && candidate[key.size()] == '\\');
         return longEnough && std::ranges::equal(candidate.substr(0, key.size()), key, {}, Lower, Lower);
     };
     std::erase_if(keys_, [&](const auto& entry) { return isBelow(entry.first); });

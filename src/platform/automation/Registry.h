@@ -49,8 +49,8 @@ private:
     std::map<std::string, Values, NameLess> keys_;
 };
 
-/// Puts `content` in the place of the file in one step, and creates its folder at need. PathFileAccess when that cannot be
-/// done; the file is then as it was.
+/// Puts `content` in the place of the file in one step, and creates its folder at need. PathFileAccess when that cannot
+/// be done; the file is then as it was.
 void ReplaceFile(const std::filesystem::path& file, std::string_view content);
 
 /// Looks a value up. False, and an empty `value`, when the key or the value is missing, the file is missing or damaged,
