@@ -1,0 +1,13 @@
+// The type library: one document that says what every class offers, made from the tables that do the work.
+#pragma once
+
+#include <string>
+
+namespace lumora::automation
+{
+
+/// A JSON document: classes with members (name, id, kinds, type, default, arguments, help) and events, and the public
+/// enumerations with their values.
+std::string TypeLibraryDocument();
+
+} // namespace lumora::automation

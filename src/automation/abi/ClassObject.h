@@ -1,0 +1,16 @@
+// Class objects: what the library's entry point hands out to create objects with.
+#pragma once
+
+#include "LumoraViewport.h"
+#include "automation/Classes.h"
+
+namespace lumora::automation
+{
+
+/// A class object with one reference, as the interface that is asked for; LUMORA_NO_INTERFACE for another one.
+LumoraResult MakeClassObject(const CreatableClass& creatable, const LumoraId& interfaceId, void** object);
+
+/// Class objects and locks that keep the library loaded.
+std::size_t LiveClassObjects();
+
+} // namespace lumora::automation

@@ -1,0 +1,353 @@
+// The shared library from outside: what it exports, counts and survives. Nothing of it is linked into this test.
+#include "LumoraViewport.h"
+
+#include <array>
+#include <cstring>
+#include <dlfcn.h>
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <sstream>
+#include <unistd.h>
+#include <vector>
+#if __has_include(<nlohmann/json.hpp>)
+#include <nlohmann/json.hpp>
+#define LUMORA_READS_JSON 1
+#endif
+
+namespace lumora::test
+{
+
+namespace
+{
+
+template<typename Function>
+Function* Entry(const char* name)
+{
+    static void* const library = dlopen(LUMORA_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+    return library == nullptr ? nullptr : reinterpret_cast<Function*>(dlsym(library, name));
+}
+
+LumoraResult CanUnload()
+{
+    return Entry<LumoraResult()>("DllCanUnloadNow")();
+}
+
+LumoraClassObject* ClassObjectFor(const LumoraId& id)
+{
+    constexpr LumoraId Interface = LUMORA_INTERFACE_CLASS_OBJECT;
+    void* object = nullptr;
+    Entry<LumoraResult(const LumoraId*, const LumoraId*, void**)>("DllGetClassObject")(&id, &Interface, &object);
+    return static_cast<LumoraClassObject*>(object);
+}
+
+LumoraDispatch* Create(const LumoraId& id)
+{
+    constexpr LumoraId Interface = LUMORA_INTERFACE_DISPATCH;
+    LumoraClassObject* creator = ClassObjectFor(id);
+    void* object = nullptr;
+    creator->functions->CreateInstance(creator, nullptr, &Interface, &object);
+    creator->functions->Release(creator);
+    return static_cast<LumoraDispatch*>(object);
+}
+
+LumoraValue Number(std::int32_t number)
+{
+    LumoraValue value{};
+    value.type = LumoraLong;
+    value.value.number = number;
+    return value;
+}
+
+// Calls a member by name; answers the error's number, 0 for success.
+std::int32_t Use(LumoraDispatch* object, const char* name, std::uint32_t kinds, std::vector<LumoraValue> arguments,
+                 LumoraValue* result = nullptr)
+{
+    std::int32_t id = 0;
+    LumoraError error{};
+    if (object->functions->GetIdOfName(object, name, &id, &error) >= 0)
+        object->functions->Invoke(object, id, kinds, arguments.data(), static_cast<std::int32_t>(arguments.size()),
+                                  result, &error);
+    object->functions->FreeText(object, error.source);
+    object->functions->FreeText(object, error.description);
+    return error.number;
+}
+
+LumoraDispatch* ObjectFrom(LumoraDispatch* object, const char* name, std::uint32_t kinds,
+                           std::vector<LumoraValue> arguments = {})
+{
+    LumoraValue result{};
+    EXPECT_EQ(Use(object, name, kinds, std::move(arguments), &result), 0) << name;
+    return result.value.object;
+}
+
+std::string Read(const std::filesystem::path& file)
+{
+    std::ostringstream text;
+    text << std::ifstream{file}.rdbuf();
+    return text.str();
+}
+
+constexpr LumoraId Host = LUMORA_CLASS_HOST;
+constexpr LumoraId ViewportClass = LUMORA_CLASS_VIEWPORT;
+
+} // namespace
+
+TEST(EntryPoints, four_functions_are_exported_and_nothing_else)
+{
+    std::FILE* list = popen("nm -D --defined-only --format=posix " LUMORA_LIBRARY " | cut -d' ' -f1 | sort", "r");
+    ASSERT_NE(list, nullptr);
+    std::vector<std::string> names;
+    std::array<char, 256> line{};
+    while (std::fgets(line.data(), line.size(), list) != nullptr)
+        names.emplace_back(line.data(), std::strcspn(line.data(), "\n"));
+    ASSERT_EQ(pclose(list), 0);
+    EXPECT_THAT(names, testing::ElementsAre("DllCanUnloadNow", "DllGetClassObject", "DllRegisterServer",
+                                            "DllUnregisterServer"));
+}
+
+TEST(EntryPoints, unknown_classes_interfaces_and_null_pointers_are_refused)
+{
+    const auto get = Entry<LumoraResult(const LumoraId*, const LumoraId*, void**)>("DllGetClassObject");
+    constexpr LumoraId Factory = LUMORA_INTERFACE_CLASS_FACTORY;
+    constexpr LumoraId Unknown = LUMORA_ID(0x77);
+    void* object = &object;
+    EXPECT_EQ(get(&Unknown, &Factory, &object), LUMORA_NO_CLASS);
+    EXPECT_EQ(object, nullptr);
+    EXPECT_EQ(get(&Host, &Unknown, &object), LUMORA_NO_INTERFACE);
+    EXPECT_EQ(get(nullptr, &Factory, &object), LUMORA_POINTER);
+    EXPECT_EQ(get(&Host, nullptr, &object), LUMORA_POINTER);
+    EXPECT_EQ(get(&Host, &Factory, nullptr), LUMORA_POINTER);
+    LumoraClassObject* creator = ClassObjectFor(Host);
+    EXPECT_EQ(creator->functions->CreateInstance(creator, creator, &Factory, &object), LUMORA_NO_AGGREGATION);
+    EXPECT_EQ(creator->functions->CreateInstance(creator, nullptr, &Unknown, &object), LUMORA_NO_INTERFACE);
+    creator->functions->Release(creator);
+    EXPECT_EQ(CanUnload(), LUMORA_OK);
+}
+
+TEST(EntryPoints, every_class_can_be_created_and_the_empty_one_has_no_members)
+{
+    constexpr LumoraId Ids[] = {LUMORA_CLASS_VIEWPORT, LUMORA_CLASS_PNC, LUMORA_CLASS_HOST, LUMORA_CLASS_RETAINED_MODE};
+    std::vector<std::string> names;
+    for (const LumoraId& id : Ids)
+    {
+        LumoraDispatch* object = Create(id);
+        ASSERT_NE(object, nullptr);
+        names.emplace_back(object->functions->GetClassName(object));
+        LumoraMember member;
+        EXPECT_EQ(object->functions->GetMember(object, 0, &member),
+                  names.back() == "clsTDLViewportPNC" ? LUMORA_FALSE : LUMORA_OK);
+        object->functions->Release(object);
+    }
+    EXPECT_THAT(names, testing::ElementsAre("Viewport", "clsTDLViewportPNC", "Host", "RetainedMode"));
+    EXPECT_EQ(CanUnload(), LUMORA_OK);
+}
+
+TEST(EntryPoints, the_library_stays_while_anything_is_held)
+{
+    EXPECT_EQ(CanUnload(), LUMORA_OK);
+    LumoraClassObject* creator = ClassObjectFor(Host);
+    EXPECT_EQ(CanUnload(), LUMORA_FALSE);
+    creator->functions->LockServer(creator, 1);
+    creator->functions->Release(creator);
+    EXPECT_EQ(CanUnload(), LUMORA_FALSE);
+    creator = ClassObjectFor(Host);
+    creator->functions->LockServer(creator, 0);
+    creator->functions->Release(creator);
+    EXPECT_EQ(CanUnload(), LUMORA_OK);
+}
+
+TEST(EntryPoints, objects_may_be_released_in_any_order)
+{
+    std::array<int, 4> order{0, 1, 2, 3};
+    do
+    {
+        LumoraDispatch* host = Create(Host);
+        LumoraDispatch* viewport = ObjectFrom(host, "CreateLive", LUMORA_METHOD, {LumoraValue{}});
+        LumoraDispatch* scene = ObjectFrom(viewport, "Scene", LUMORA_GET);
+        LumoraDispatch* again = ObjectFrom(host, "Viewport", LUMORA_GET);
+        EXPECT_EQ(viewport, again);
+        LumoraDispatch* const held[] = {host, viewport, scene, again};
+        for (const int which : order)
+        {
+            EXPECT_EQ(CanUnload(), LUMORA_FALSE);
+            held[which]->functions->Release(held[which]);
+        }
+        EXPECT_EQ(CanUnload(), LUMORA_OK);
+    } while (std::ranges::next_permutation(order).found);
+}
+
+TEST(EntryPoints, a_sink_is_let_go_of_once)
+{
+    struct Counts
+    {
+        LumoraDispatch* viewport = nullptr;
+        std::uint32_t connection = 0;
+        int events = 0;
+        int released = 0;
+    } counts;
+    const LumoraSink sink = {&counts,
+                             [](void* context, int32_t, LumoraValue*, int32_t, LumoraError*)
+                             {
+                                 auto& told = *static_cast<Counts*>(context);
+                                 if (++told.events == 1)
+                                     told.viewport->functions->Unadvise(told.viewport, told.connection);
+                                 return LUMORA_OK;
+                             },
+                             [](void* context) { ++static_cast<Counts*>(context)->released; }};
+    counts.viewport = Create(ViewportClass);
+    ASSERT_EQ(counts.viewport->functions->Advise(counts.viewport, &sink, &counts.connection, nullptr), LUMORA_OK);
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(
+            Use(counts.viewport, "AddCameraMovement", LUMORA_METHOD, {Number(0), Number(0), Number(1), Number(1)}), 0);
+    EXPECT_EQ(counts.events, 1);
+    EXPECT_EQ(counts.released, 1);
+    EXPECT_EQ(counts.viewport->functions->Unadvise(counts.viewport, counts.connection), LUMORA_NO_CONNECTION);
+    counts.viewport->functions->Advise(counts.viewport, &sink, &counts.connection, nullptr);
+    counts.viewport->functions->Release(counts.viewport);
+    EXPECT_EQ(counts.released, 2);
+}
+
+TEST(EntryPoints, a_sink_may_replace_texts_and_fail)
+{
+    static LumoraDispatch* viewport = nullptr;
+    viewport = Create(ViewportClass);
+    const LumoraSink sink = {nullptr,
+                             [](void*, int32_t, LumoraValue* arguments, int32_t count, LumoraError* error)
+                             {
+                                 if (count > 0)
+                                 {
+                                     viewport->functions->ClearValue(viewport, &arguments[0]);
+                                     arguments[0].type = LumoraString;
+                                     arguments[0].value.text = viewport->functions->MakeTextFromUtf8(viewport, "1.5");
+                                 }
+                                 error->number = 77;
+                                 error->description = viewport->functions->MakeTextFromUtf8(viewport, "stop");
+                                 return count == 0 ? LUMORA_POINTER : LUMORA_OK; // only the second kind fails
+                             },
+                             nullptr};
+    std::uint32_t connection = 0;
+    viewport->functions->Advise(viewport, &sink, &connection, nullptr);
+    EXPECT_EQ(Use(viewport, "AddCameraMovement", LUMORA_METHOD, {Number(0), Number(0), Number(1), Number(1)}), 0);
+    LumoraValue enabled = Number(1);
+    Use(viewport, "Enabled", LUMORA_PUT, {enabled});
+    EXPECT_EQ(Use(viewport, "RenderScene", LUMORA_METHOD, {}), 77);
+    viewport->functions->Release(viewport);
+    EXPECT_EQ(CanUnload(), LUMORA_OK);
+}
+
+TEST(EntryPoints, foreign_values_are_refused_without_being_looked_into)
+{
+    LumoraDispatch* viewport = Create(ViewportClass);
+    LumoraDispatch stranger{nullptr};
+    LumoraValue object{};
+    object.type = LumoraObject;
+    object.value.object = &stranger;
+    EXPECT_EQ(Use(viewport, "Scene", LUMORA_PUT_REFERENCE, {object}), 13);
+    for (const std::int32_t type : {1, 6, 7, 10, 12, 13, 0x4003, -1})
+    {
+        LumoraValue odd{};
+        odd.type = type;
+        EXPECT_EQ(Use(viewport, "FieldOfView", LUMORA_PUT, {odd}), 13) << type;
+    }
+    LumoraValue text{};
+    text.type = LumoraString; // a null text is the empty one
+    EXPECT_EQ(Use(viewport, "BackgroundTexture", LUMORA_PUT, {text}), 0);
+    struct
+    {
+        std::uint32_t length = 100U << 20;
+        std::uint16_t unit = 0;
+    } huge;
+    text.value.text = &huge.unit;
+    EXPECT_EQ(Use(viewport, "BackgroundTexture", LUMORA_PUT, {text}), 14);
+    EXPECT_EQ(viewport->functions->MakeText(viewport, &huge.unit, 50U << 20), nullptr);
+    EXPECT_EQ(viewport->functions->Invoke(viewport, 0, 1, nullptr, 3, nullptr, nullptr), LUMORA_POINTER);
+    EXPECT_EQ(viewport->functions->Invoke(viewport, 0, 1, nullptr, -3, nullptr, nullptr), LUMORA_POINTER);
+    viewport->functions->Release(viewport);
+}
+
+TEST(EntryPoints, texts_cross_in_every_script)
+{
+    LumoraDispatch* viewport = Create(ViewportClass);
+    const std::u16string given = u"h\u00e4 \u6f22 \U0001F600";
+    LumoraValue text{};
+    text.type = LumoraString;
+    text.value.text = viewport->functions->MakeText(viewport, reinterpret_cast<const std::uint16_t*>(given.data()),
+                                                    static_cast<std::uint32_t>(given.size()));
+    EXPECT_EQ(Use(viewport, "BackgroundTexture", LUMORA_PUT, {text}), 0);
+    LumoraValue read{};
+    EXPECT_EQ(Use(viewport, "BackgroundTexture", LUMORA_GET, {}, &read), 0);
+    ASSERT_EQ(read.type, LumoraString);
+    EXPECT_EQ(std::u16string_view(reinterpret_cast<const char16_t*>(read.value.text)), given);
+    viewport->functions->ClearValue(viewport, &text);
+    viewport->functions->ClearValue(viewport, &read);
+    viewport->functions->Release(viewport);
+}
+
+class Registration : public testing::Test
+{
+protected:
+    Registration() { setenv("XDG_DATA_HOME", folder_.c_str(), 1); }
+    ~Registration() override { std::filesystem::remove_all(folder_); }
+
+    std::filesystem::path folder_ =
+        std::filesystem::temp_directory_path() / ("lumora-registration-" + std::to_string(::getpid()));
+    std::filesystem::path file_ = folder_ / "lumora" / "registry";
+    std::filesystem::path library_ = folder_ / "lumora" / "LumoraViewport.json";
+    LumoraResult (*register_)() = Entry<LumoraResult()>("DllRegisterServer");
+    LumoraResult (*unregister_)() = Entry<LumoraResult()>("DllUnregisterServer");
+};
+
+TEST_F(Registration, writes_classes_and_type_library_and_takes_them_away)
+{
+    ASSERT_EQ(register_(), LUMORA_OK);
+    const std::string written = Read(file_);
+    for (const char* name : {"LumoraViewport.Viewport", "LumoraViewport.clsTDLViewportPNC", "InprocServer"})
+        EXPECT_THAT(written, testing::HasSubstr(name));
+    EXPECT_TRUE(std::filesystem::exists(library_));
+    ASSERT_EQ(register_(), LUMORA_OK);
+    EXPECT_EQ(Read(file_), written);
+    ASSERT_EQ(unregister_(), LUMORA_OK);
+    EXPECT_THAT(Read(file_), testing::Not(testing::HasSubstr("Viewport")));
+    EXPECT_FALSE(std::filesystem::exists(library_));
+}
+
+TEST_F(Registration, leaves_a_damaged_registry_as_it_is)
+{
+    std::filesystem::create_directories(file_.parent_path());
+    std::ofstream{file_} << "lumora-registry 1\n[\"somebody else's\"]\n\"half";
+    const std::string before = Read(file_);
+    EXPECT_EQ(register_(), LUMORA_REGISTRATION);
+    EXPECT_EQ(unregister_(), LUMORA_REGISTRATION);
+    EXPECT_EQ(Read(file_), before);
+}
+
+#ifdef LUMORA_READS_JSON
+TEST_F(Registration, the_type_library_is_json_that_tells_every_member)
+{
+    ASSERT_EQ(register_(), LUMORA_OK);
+    const auto document = nlohmann::json::parse(Read(library_));
+    const auto& viewport = document["classes"][0];
+    EXPECT_EQ(viewport["name"], "Viewport");
+    EXPECT_EQ(viewport["events"].size(), 15U);
+    std::size_t properties = 0;
+    for (const auto& member : viewport["members"])
+    {
+        properties += member["kinds"][0] == "get" ? 1 : 0;
+        if (member["name"] == "KeyVelocityRotate")
+        {
+            EXPECT_EQ(member["type"], "Single");
+            EXPECT_EQ(member["default"].get<float>(), 1.571F);
+        }
+        for (const auto& [name, type] : {std::pair{"RenderMode", "tdlRenderMode"}, {"Scene", "Frame"}})
+        {
+            const bool asExpected = member["name"] != name || member["type"] == type;
+            EXPECT_TRUE(asExpected) << name;
+        }
+    }
+    EXPECT_EQ(properties, 97U);
+    EXPECT_GE(document["enumerations"].size(), 12U);
+}
+#endif
+
+} // namespace lumora::test

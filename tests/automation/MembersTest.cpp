@@ -1,0 +1,247 @@
+// Members by name and number: what can be reached, what is refused and how, what is written back.
+#include "Session.h"
+#include "automation/Classes.h"
+#include "properties/PropertyTable.h"
+
+#include <gmock/gmock.h>
+#include <limits>
+#include <set>
+
+namespace lumora::test
+{
+
+TEST(Members, every_property_has_the_number_of_its_place)
+{
+    Session session;
+    const char* const firstToLast[] = {"Direct3DDevice", "hwnd"};
+    EXPECT_EQ(session.viewport->IdOf(firstToLast[0]), 0x68030000 + 96);
+    EXPECT_EQ(session.viewport->IdOf(firstToLast[1]), 0x68030000);
+    EXPECT_EQ(session.viewport->IdOf("FieldOfView"), FindProperty("FieldOfView")->dispatchId);
+}
+
+TEST(Members, names_are_found_whatever_their_case)
+{
+    Session session;
+    for (const char* name : {"RENDERSCENE", "renderscene", "RenderScene"})
+        EXPECT_EQ(session.viewport->IdOf(name), session.viewport->IdOf("RenderScene")) << name;
+    EXPECT_EQ(NumberOf([&] { session.viewport->IdOf("RenderScenes"); }), error::MemberNotFound);
+    EXPECT_EQ(NumberOf([&] { session.viewport->IdOf(""); }), error::MemberNotFound);
+}
+
+TEST(Members, names_and_numbers_are_unique_in_every_class)
+{
+    auto classes = automation::SceneClasses();
+    for (const automation::CreatableClass& creatable : automation::CreatableClasses())
+        classes.push_back(creatable.describe());
+    for (const auto& description : classes)
+    {
+        std::set<std::int32_t> ids;
+        for (const MemberInfo& member : description.members)
+        {
+            EXPECT_TRUE(ids.insert(member.id).second) << description.name << "." << member.name;
+            const auto same = [&](const MemberInfo& other) { return EqualNames(other.name, member.name); };
+            EXPECT_EQ(std::ranges::count_if(description.members, same), 1) << description.name << "." << member.name;
+            EXPECT_FALSE(member.help.empty()) << description.name << "." << member.name;
+        }
+    }
+}
+
+TEST(Members, refusals_have_numbers_that_say_what_is_wrong)
+{
+    const Session session;
+    Dispatchable& viewport = *session.viewport;
+    Dispatchable& scene = *session.scene;
+    const auto id = [&](const char* name) { return viewport.IdOf(name); };
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    std::vector<Variant> one{1.0F};
+    const struct
+    {
+        const char* what;
+        std::function<void()> step;
+        std::int32_t number;
+    } rows[] = {
+        {"an unknown name", [&] { viewport.Get("Nothing"); }, error::MemberNotFound},
+        {"an unknown id", [&] { viewport.Invoke(12345, invoke::Get, {}); }, error::DispatchIdNotFound},
+        {"a method read like a property", [&] { viewport.Get("RenderScene"); }, error::DispatchIdNotFound},
+        {"a property called like a method", [&] { viewport.Call("FieldOfView"); }, error::DispatchIdNotFound},
+        {"a number written by reference", [&] { viewport.Invoke(id("FieldOfView"), invoke::PutReference, one); },
+         error::DispatchIdNotFound},
+        {"no kind at all", [&] { viewport.Invoke(id("RenderScene"), 0, {}); }, error::DispatchIdNotFound},
+        {"a read-only property", [&] { viewport.Put("ViewportState", 0); }, error::ReadOnlyProperty},
+        {"too few arguments", [&] { viewport.Call("AddCameraZoom"); }, error::WrongArgumentCount},
+        {"too many arguments", [&] { viewport.CallWith("RenderScene", {1}); }, error::WrongArgumentCount},
+        {"an argument for a reader", [&] { viewport.Invoke(id("FieldOfView"), invoke::Get, one); },
+         error::WrongArgumentCount},
+        {"a write without a value", [&] { viewport.Invoke(id("FieldOfView"), invoke::Put, {}); },
+         error::WrongArgumentCount},
+        {"a word for a number", [&] { viewport.Put("FieldOfView", std::string{"wide"}); }, error::TypeMismatch},
+        {"a number for an object", [&] { viewport.Put("Scene", 3); }, error::TypeMismatch},
+        {"another kind of object", [&] { viewport.Put("Scene", ObjectReference{session.factory}); },
+         error::TypeMismatch},
+        {"an object for a number", [&] { viewport.Put("FieldOfView", ObjectReference{session.scene}); },
+         error::TypeMismatch},
+        {"a number beyond 32 bits", [&] { viewport.Put("CoolMode", 3e9); }, error::Overflow},
+        {"not a number for a whole one", [&] { viewport.Put("CoolMode", nan); }, error::Overflow},
+        {"nothing for a child", [&] { scene.CallWith("AddChild", {Variant{}}); }, error::RMBadObject},
+        {"a cycle of frames", [&] { scene.CallWith("AddChild", {ObjectReference{session.scene}}); }, error::RMBadValue},
+        {"a child there is not", [&] { scene.CallWith("Child", {7}); }, error::SubscriptOutOfRange},
+        {"a combination there is not",
+         [&] {
+             scene.CallWith("AddScale", {9, 1, 1, 1});
+         },
+         error::RMBadValue},
+        {"a sink for what raises no events", [&] { scene.Connect(nullptr); }, error::NoEvents},
+        {"members of nothing", [&] { AsDispatchable(viewport.Get("SceneOverlay")); }, error::ObjectNotSet},
+        {"a second control on a form", [&] { session.host->CallWith("CreateLive", {Variant{}}); }, error::InvalidCall},
+    };
+    for (const auto& row : rows)
+    {
+        const auto failure = ErrorOf(row.step);
+        ASSERT_TRUE(failure) << row.what;
+        EXPECT_EQ(failure->Number(), row.number) << row.what;
+        EXPECT_FALSE(failure->Description().empty()) << row.what;
+    }
+}
+
+TEST(Members, values_are_converted_as_the_member_wants_them)
+{
+    const Session session;
+    const struct
+    {
+        const char* property;
+        Variant given;
+        Variant read;
+    } rows[] = {{"FieldOfView", std::string{"0.25"}, 0.25F},
+                {"FieldOfView", 2, 2.0F},
+                {"CoolMode", 2.5, 2},
+                {"CoolMode", 3.5, 4},
+                {"CoolMode", true, -1},
+                {"RenderOverlay", 7, true},
+                {"BackgroundTexture", 12, std::string{"12"}}};
+    for (const auto& row : rows)
+    {
+        session.viewport->Put(row.property, row.given);
+        EXPECT_EQ(session.viewport->Get(row.property), row.read) << row.property;
+    }
+}
+
+TEST(Members, results_come_back_in_the_arguments)
+{
+    const Session session;
+    session.viewport->CallWith("SetCameraPosition", {1, 2, 3});
+    std::vector<Variant> place(3);
+    session.viewport->Call("GetCameraPosition", place);
+    EXPECT_THAT(place, testing::ElementsAre(Variant{1.0F}, Variant{2.0F}, Variant{3.0F}));
+
+    std::vector<Variant> given{std::string{"4"}, 5, 6.0};
+    session.viewport->Call("SetCameraPosition", given);
+    EXPECT_THAT(given, testing::ElementsAre(Variant{std::string{"4"}}, Variant{5}, Variant{6.0}));
+}
+
+TEST(Members, what_an_obstacle_leaves_of_a_movement_is_written_back)
+{
+    const Session session;
+    const auto mesh = AsDispatchable(session.factory->Call("CreateMeshBuilder"));
+    mesh->CallWith("AddFaces", {std::string{"-5 -5 1 -5 5 1 5 5 1 5 -5 1"}, std::string{}, std::string{"4 0 1 2 3 0"}});
+    mesh->Put("AppData", 1);
+    session.scene->CallWith("AddVisual", {ObjectReference{mesh}});
+    for (const auto& [name, value] : {std::pair{"CollisionDetection", 1.0F},
+                                      {"CollisionSamples", 5.0F},
+                                      {"CollisionDistance", 0.1F},
+                                      {"FrontClippingPlane", 0.01F}})
+        session.viewport->Put(name, value);
+    int collisions = 0;
+    ObjectReference obstacle;
+    session.viewport->Connect(std::make_shared<Listener>(
+        [&](std::int32_t id, std::span<Variant> arguments)
+        {
+            if (id == session.viewport->Events()[11].id && ++collisions == 1)
+                obstacle = std::get<ObjectReference>(arguments[1]);
+        }));
+    std::vector<Variant> movement{0, 0, 5, 1};
+    session.viewport->Call("AddCameraMovement", movement);
+    EXPECT_NEAR(std::get<float>(movement[2]), 1 - 0.01 - 0.1, 1e-3); // counted from the front plane
+    EXPECT_EQ(collisions, 1);
+    EXPECT_EQ(obstacle, mesh);
+}
+
+TEST(Members, a_refused_call_writes_nothing_back)
+{
+    const Session session;
+    std::vector<Variant> place{7, 8, std::string{"north"}};
+    EXPECT_EQ(NumberOf([&] { session.viewport->Call("GetCameraPosition", place); }), error::TypeMismatch);
+    EXPECT_THAT(place, testing::ElementsAre(Variant{7}, Variant{8}, Variant{std::string{"north"}}));
+}
+
+TEST(Members, a_halted_control_answers_with_its_own_error)
+{
+    const Session session;
+    session.host->Call("Terminate");
+    const auto failure = ErrorOf([&] { session.viewport->CallWith("AddCameraZoom", {0.1F}); });
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->Number(), error::Halted);
+    EXPECT_EQ(failure->Source(), "vptVantixViewport");
+    EXPECT_EQ(session.viewport->Get("ViewportState"), Variant{0});
+}
+
+TEST(Identity, an_object_has_one_face)
+{
+    const Session session;
+    EXPECT_EQ(session.viewport->Get("Scene"), Variant{ObjectReference{session.scene}});
+    EXPECT_EQ(session.host->Get("Viewport"), Variant{ObjectReference{session.viewport}});
+    EXPECT_EQ(session.host->Get("RetainedMode"), Variant{ObjectReference{session.factory}});
+    const auto camera = AsDispatchable(session.viewport->Get("Camera"));
+    EXPECT_EQ(camera->Get("Parent"), Variant{ObjectReference{session.scene}});
+    EXPECT_NE(camera, session.scene);
+}
+
+TEST(Identity, a_face_keeps_its_object_and_lets_go_of_it)
+{
+    std::weak_ptr<Frame> watched;
+    {
+        const Session session;
+        auto frame = Frame::Make();
+        watched = frame;
+        const auto face = automation::FaceOf(frame);
+        frame.reset();
+        EXPECT_FALSE(watched.expired());
+        face->Put("Name", std::string{"kept"});
+        EXPECT_EQ(automation::FaceOf(watched.lock())->Get("Name"), Variant{std::string{"kept"}});
+    }
+    EXPECT_TRUE(watched.expired());
+}
+
+TEST(Host, plays_the_person_and_shows_what_a_person_sees)
+{
+    const Session session;
+    session.scene->CallWith("SetSceneBackgroundRGB", {1, 0, 0});
+    session.viewport->Put("Enabled", true);
+    session.host->Call("PaintNow");
+    EXPECT_EQ(session.host->CallWith("PixelAt", {5, 5}), Variant{0xFF0000});
+
+    std::vector<std::int32_t> told;
+    session.viewport->Connect(std::make_shared<Listener>([&](std::int32_t id, auto) { told.push_back(id); }));
+    const auto middle = [&](const char* edge, const char* size)
+    { return VariantToLong(session.host->Get(edge)) + VariantToLong(session.host->Get(size)) / 2; };
+    session.host->CallWith("MoveMouseTo", {middle("WindowLeft", "WindowWidth"), middle("WindowTop", "WindowHeight")});
+    session.host->CallWith("PressButton", {2});
+    session.host->CallWith("ReleaseButton", {2});
+    session.host->Call("Click");
+    session.host->CallWith("PressKey", {65});
+    session.host->CallWith("ReleaseKey", {65});
+    EXPECT_THAT(told, testing::ElementsAre(6, 4, 5, 2, 7, 8, 9));
+}
+
+TEST(Host, settings_survive_a_save_and_a_load)
+{
+    const Session first;
+    first.viewport->Put("FieldOfView", 0.75F);
+    first.viewport->Put("KeyZoomIn", 65);
+    const Variant bag = first.host->Call("Save");
+    const auto second = std::make_shared<HostFace>();
+    const auto loaded = AsDispatchable(second->CallWith("CreateAtDesignTime", {bag}));
+    EXPECT_EQ(loaded->Get("FieldOfView"), Variant{0.75F});
+    EXPECT_EQ(loaded->Get("KeyZoomIn"), Variant{65});
+}
+
+} // namespace lumora::test

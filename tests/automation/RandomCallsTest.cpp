@@ -1,0 +1,40 @@
+#include "RandomCalls.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <random>
+#include <unistd.h>
+
+namespace lumora::test
+{
+
+TEST(RandomCalls, end_in_an_answer_or_an_error_with_a_number)
+{
+    const auto folder = std::filesystem::temp_directory_path() / ("lumora-random-" + std::to_string(::getpid()));
+    std::filesystem::create_directories(folder);
+    std::filesystem::current_path(folder); // numbers make file names too
+    int accepted = 0;
+    for (unsigned session = 0; session < 12; ++session)
+    {
+        std::mt19937 random{session};
+        RandomCalls calls{[&] { return static_cast<std::uint32_t>(random()); }};
+        for (int i = 0; i < 500; ++i)
+            accepted += calls.One() ? 1 : 0;
+    }
+    EXPECT_GT(accepted, 600); // the calls reach something
+    std::filesystem::current_path("/");
+    std::filesystem::remove_all(folder);
+}
+
+TEST(RandomCalls, texts_of_a_hundred_megabytes_are_handled)
+{
+    automation::HostFace host;
+    const std::string huge(100U << 20, '7');
+    const auto viewport = AsDispatchable(host.CallWith("CreateLive", {Variant{}}));
+    EXPECT_THROW(viewport->Put("FieldOfView", huge), RuntimeError);
+    EXPECT_THROW(viewport->Call(huge), RuntimeError);
+    viewport->Put("BackgroundTexture", huge);
+    EXPECT_EQ(std::get<std::string>(viewport->Get("BackgroundTexture")).size(), huge.size());
+}
+
+} // namespace lumora::test
