@@ -4,6 +4,7 @@
 #include "viewport/Names.h"
 #include "viewport/Viewport.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace lumora
@@ -93,12 +94,14 @@ float Viewport::ProbeGrid(std::int32_t Samples, std::shared_ptr<Frame>& Frame,
                           std::shared_ptr<MeshBuilder>& MeshBuilder)
 {
     const ClientRect client = ClientPixels();
+    // Rays go through whole pixels: more of them than there are pixels would only repeat each other.
+    const std::int32_t samples = std::min(Samples, std::max(client.Width, client.Height) + 1);
     // A single sample looks through the centre.
     const auto along = [&](std::int32_t start, std::int32_t size, std::int32_t index)
-    { return ToLong(start + size * (Samples == 1 ? 0.5 : static_cast<double>(index) / (Samples - 1))); };
+    { return ToLong(start + size * (samples == 1 ? 0.5 : static_cast<double>(index) / (samples - 1))); };
     float nearest = NothingThere;
-    for (std::int32_t column = 0; column < Samples; ++column)
-        for (std::int32_t row = 0; row < Samples; ++row)
+    for (std::int32_t column = 0; column < samples; ++column)
+        for (std::int32_t row = 0; row < samples; ++row)
         {
             std::shared_ptr<lumora::Frame> frame;
             std::shared_ptr<lumora::MeshBuilder> mesh;

@@ -29,7 +29,8 @@ namespace lumora
 /// Errors are RuntimeError. Methods and most writers raise them with source "Viewport" and the number of whatever
 /// failed. A failure in a handler that the container calls halts the control for good: everything it draws with is
 /// released, ViewportState reads tdlHalted, and each method raises the halt error (number error::Halted, source
-/// "vptVantixViewport"). Every method does so first and then changes nothing.
+/// "vptVantixViewport"). Every method does so first and then changes nothing; the two render methods do so unless
+/// Enabled is False.
 class Viewport
 {
 public:

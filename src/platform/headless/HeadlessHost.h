@@ -78,6 +78,7 @@ public:
     const std::shared_ptr<VirtualWindow>& SharedControlArea() const { return window_; }
 
     void Attach(std::shared_ptr<ControlEvents> control) { control_ = std::move(control); }
+    bool IsAttached(const ControlEvents* control) const { return control_.get() == control; }
     void SetUserMode(bool live) { userMode_ = live; }
     void SetDrivers(std::shared_ptr<const DriverList> drivers);
     void SetPositionUnit(PositionUnit unit) { positionUnit_ = unit; }

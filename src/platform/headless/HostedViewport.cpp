@@ -43,12 +43,17 @@ private:
 HostedViewport::HostedViewport(std::shared_ptr<HeadlessHost> host)
     : host_(std::move(host)), control_(std::make_shared<Viewport>(host_))
 {
-    host_->Attach(std::make_shared<Adapter>(control_));
+    adapter_ = std::make_shared<Adapter>(control_);
+    host_->Attach(adapter_);
 }
 
+// A host that carries another control by now keeps it.
 HostedViewport::~HostedViewport()
 {
-    host_->Close();
+    if (host_->IsAttached(adapter_.get()))
+        host_->Close();
+    else
+        adapter_->Terminate();
 }
 
 std::unique_ptr<HostedViewport> HostedViewport::Live(std::shared_ptr<HeadlessHost> host, PropertyBag& bag)

@@ -38,6 +38,7 @@ public:
 private:
     std::shared_ptr<HeadlessHost> host_;
     std::shared_ptr<Viewport> control_;
+    std::shared_ptr<ControlEvents> adapter_;
 };
 
 } // namespace lumora::headless
