@@ -230,6 +230,14 @@ struct Listener
              });
     }
 
+    /// Takes what an ended worker left in its pipes: a pipe full of it at most, whoever may still be writing.
+    void TakeRest()
+    {
+        constexpr int ReadsOfAFullPipe = 64;
+        for (int i = 0; i < ReadsOfAFullPipe && complaints.IsOpen(); ++i)
+            Listen(0);
+    }
+
 private:
     template<typename Taker>
     static void Take(Descriptor& from, Taker taker)
@@ -345,6 +353,7 @@ WorkerResult RunWorker(const WorkerJob& job)
     const int status = child.Reap();
     if (end != WorkerEnd::Finished)
         return {end, "", {}};
+    listener.TakeRest();
     WorkerResult answer = WIFSIGNALED(status) ? ResultOfSignal(WTERMSIG(status))
                                               : ResultOfExit(WEXITSTATUS(status), LastLine(listener.complaint));
     if (answer.end == WorkerEnd::Finished)
