@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <array>
 #include <gmock/gmock.h>
+#include <iterator>
+#include <sstream>
 
 using namespace lumora;
 using namespace lumora::test;
@@ -15,106 +17,38 @@ using ::testing::ElementsAreArray;
 namespace
 {
 
+std::vector<std::string> Words(const std::string& text)
+{
+    std::istringstream stream{text};
+    return {std::istream_iterator<std::string>{stream}, {}};
+}
+
 // The contract, spelt out: containers written for it see their entries asked for in this order.
-const std::vector<std::string> DeviceKeys = {"Direct3DDevice", "AntiAlias", "ExposeDDSurface"};
-const std::vector<std::string> LimitKeys = {
-    "SceneOriginX",      "SceneOriginY",        "SceneOriginZ",    "CollisionDetection", "CollisionSamples",
-    "CollisionDistance", "PositionConstraints", "KeyVelocityMove", "KeyVelocityRotate",  "KeyVelocityZoom",
-    "CameraMinX",        "CameraMinY",          "CameraMinZ",      "CameraMaxX",         "CameraMaxY",
-    "CameraMaxZ",        "CameraMaxDistance",   "KeyMoveForward",  "KeyMoveBack",        "KeyMoveLeft",
-    "KeyMoveRight",      "KeyMoveUp",           "KeyMoveDown",     "KeyRotateXCCW",      "KeyRotateXCW",
-    "KeyRotateYCCW",     "KeyRotateYCW",        "KeyRotateZCCW",   "KeyRotateZCW",       "KeyEncircleXCCW",
-    "KeyEncircleXCW",    "KeyEncircleYCCW",     "KeyEncircleYCW",  "KeyEncircleZCCW",    "KeyEncircleZCW",
-    "KeyZoomIn",         "KeyZoomOut"};
-const std::vector<std::string> WriterKeys = {"Accumulate",
-                                             "CoolMode",
-                                             "RenderOverlay",
-                                             "CenterNavigation",
-                                             "MouseNavigationMode",
-                                             "MouseNavigationMethod",
-                                             "KeyNavigationMethod",
-                                             "NavControlPrimary",
-                                             "NavControlGlide",
-                                             "NavControlAdvance",
-                                             "NavControlPrimaryMode",
-                                             "NavControlGlideMode",
-                                             "NavControlAdvanceMode",
-                                             "NavMouseSensitivity",
-                                             "NavMouseX",
-                                             "NavMouseY",
-                                             "NavMouseShiftX",
-                                             "NavMouseShiftY",
-                                             "NavMouseCtrlX",
-                                             "NavMouseCtrlY",
-                                             "NavMouseShiftCtrlX",
-                                             "NavMouseShiftCtrlY",
-                                             "ProjectionType",
-                                             "ShadeMode",
-                                             "FillMode",
-                                             "LightMode",
-                                             "RenderMode",
-                                             "TextureQuality",
-                                             "WaitForVSYNC",
-                                             "ConstrainX",
-                                             "ConstrainY",
-                                             "ConstrainZ",
-                                             "BackgroundTexture",
-                                             "BackgroundTextureStretch",
-                                             "BackClippingPlane",
-                                             "FrontClippingPlane",
-                                             "FieldOfView",
-                                             "BackColor",
-                                             "BorderStyle",
-                                             "MouseIcon",
-                                             "MousePointer",
-                                             "Enabled",
-                                             "CullMethod"};
-const std::vector<std::string> SaveHead = {"MouseNavigationMode",
-                                           "MouseNavigationMethod",
-                                           "KeyNavigationMethod",
-                                           "NavControlPrimary",
-                                           "NavControlGlide",
-                                           "NavControlAdvance",
-                                           "NavControlPrimaryMode",
-                                           "NavControlGlideMode",
-                                           "NavControlAdvanceMode",
-                                           "NavMouseSensitivity",
-                                           "AntiAlias",
-                                           "NavMouseX",
-                                           "NavMouseY",
-                                           "NavMouseShiftX",
-                                           "NavMouseShiftY",
-                                           "NavMouseCtrlX",
-                                           "NavMouseCtrlY",
-                                           "NavMouseShiftCtrlX",
-                                           "NavMouseShiftCtrlY",
-                                           "ProjectionType",
-                                           "ShadeMode",
-                                           "FillMode",
-                                           "LightMode",
-                                           "RenderMode",
-                                           "ExposeDDSurface",
-                                           "Accumulate",
-                                           "CoolMode",
-                                           "RenderOverlay",
-                                           "CenterNavigation",
-                                           "TextureQuality",
-                                           "WaitForVSYNC",
-                                           "ConstrainX",
-                                           "ConstrainY",
-                                           "ConstrainZ",
-                                           "BackgroundTexture",
-                                           "BackgroundTextureStretch",
-                                           "BackClippingPlane",
-                                           "FrontClippingPlane",
-                                           "FieldOfView",
-                                           "BackColor",
-                                           "BorderStyle",
-                                           "MouseIcon",
-                                           "MousePointer",
-                                           "Enabled",
-                                           "Direct3DDevice",
-                                           "CullMethod"};
+const std::vector<std::string> DeviceKeys = Words("Direct3DDevice AntiAlias ExposeDDSurface");
+const std::vector<std::string> LimitKeys =
+    Words("SceneOriginX SceneOriginY SceneOriginZ CollisionDetection CollisionSamples CollisionDistance "
+          "PositionConstraints KeyVelocityMove KeyVelocityRotate KeyVelocityZoom CameraMinX CameraMinY "
+          "CameraMinZ CameraMaxX CameraMaxY CameraMaxZ CameraMaxDistance KeyMoveForward KeyMoveBack "
+          "KeyMoveLeft KeyMoveRight KeyMoveUp KeyMoveDown KeyRotateXCCW KeyRotateXCW KeyRotateYCCW "
+          "KeyRotateYCW KeyRotateZCCW KeyRotateZCW KeyEncircleXCCW KeyEncircleXCW KeyEncircleYCCW "
+          "KeyEncircleYCW KeyEncircleZCCW KeyEncircleZCW KeyZoomIn KeyZoomOut");
+const std::vector<std::string> WriterKeys =
+    Words("Accumulate CoolMode RenderOverlay CenterNavigation MouseNavigationMode MouseNavigationMethod "
+          "KeyNavigationMethod NavControlPrimary NavControlGlide NavControlAdvance NavControlPrimaryMode "
+          "NavControlGlideMode NavControlAdvanceMode NavMouseSensitivity NavMouseX NavMouseY NavMouseShiftX "
+          "NavMouseShiftY NavMouseCtrlX NavMouseCtrlY NavMouseShiftCtrlX NavMouseShiftCtrlY ProjectionType "
+          "ShadeMode FillMode LightMode RenderMode TextureQuality WaitForVSYNC ConstrainX ConstrainY "
+          "ConstrainZ BackgroundTexture BackgroundTextureStretch BackClippingPlane FrontClippingPlane "
+          "FieldOfView BackColor BorderStyle MouseIcon MousePointer Enabled CullMethod");
+const std::vector<std::string> SaveHead =
+    Words("MouseNavigationMode MouseNavigationMethod KeyNavigationMethod NavControlPrimary NavControlGlide "
+          "NavControlAdvance NavControlPrimaryMode NavControlGlideMode NavControlAdvanceMode "
+          "NavMouseSensitivity AntiAlias NavMouseX NavMouseY NavMouseShiftX NavMouseShiftY NavMouseCtrlX "
+          "NavMouseCtrlY NavMouseShiftCtrlX NavMouseShiftCtrlY ProjectionType ShadeMode FillMode LightMode "
+          "RenderMode ExposeDDSurface Accumulate CoolMode RenderOverlay CenterNavigation TextureQuality "
+          "WaitForVSYNC ConstrainX ConstrainY ConstrainZ BackgroundTexture BackgroundTextureStretch "
+          "BackClippingPlane FrontClippingPlane FieldOfView BackColor BorderStyle MouseIcon MousePointer "
+          "Enabled Direct3DDevice CullMethod");
 
 std::vector<std::string> Joined(std::vector<std::string> first, const std::vector<std::string>& second)
 {
