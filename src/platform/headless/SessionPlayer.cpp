@@ -3,6 +3,8 @@
 #include "camera/Velocities.h"
 #include "platform/automation/RuntimeError.h"
 
+#include <algorithm>
+
 namespace lumora::headless
 {
 
@@ -10,12 +12,6 @@ namespace
 {
 
 constexpr std::uint32_t StepTime = SessionScript::StepTime;
-
-// The part of a movement that is done after `passed` of `total` milliseconds.
-int PartOf(int distance, std::uint32_t passed, std::uint32_t total)
-{
-    return static_cast<int>(static_cast<std::int64_t>(distance) * passed / total);
-}
 
 } // namespace
 
@@ -78,18 +74,14 @@ void SessionPlayer::Do(const MoveByAction& action)
 {
     if (action.milliseconds == 0)
         return host_.MoveMouseBy(action.x, action.y);
-    int x = 0;
-    int y = 0;
-    for (std::uint32_t passed = 0; passed < action.milliseconds;)
+    // No step is shorter than the time that the control takes between moves, so that none is lost.
+    const std::uint32_t steps = std::max(1U, action.milliseconds / StepTime);
+    for (std::uint32_t step = 0; step < steps; ++step)
     {
-        const std::uint32_t step = std::min(StepTime, action.milliseconds - passed);
-        passed += step;
-        host_.AdvanceTime(step);
-        const int nextX = PartOf(action.x, passed, action.milliseconds);
-        const int nextY = PartOf(action.y, passed, action.milliseconds);
-        host_.MoveMouseBy(nextX - x, nextY - y);
-        x = nextX;
-        y = nextY;
+        const auto share = [&](std::int64_t whole)
+        { return static_cast<int>(whole * (step + 1) / steps - whole * step / steps); };
+        host_.AdvanceTime(static_cast<std::uint32_t>(share(action.milliseconds)));
+        host_.MoveMouseBy(share(action.x), share(action.y));
     }
 }
 
