@@ -90,4 +90,40 @@ TEST(NavControls, the_knob_is_where_the_camera_model_says_in_every_window_and_po
             }
 }
 
+TEST(NavControls, in_the_other_projections_plates_and_strip_keep_their_corner_in_every_view)
+{
+    constexpr std::int32_t SizeAll = 5;
+    constexpr std::int32_t UpArrow = 10;
+    for (const auto& [width, height] : {std::pair{400, 600}, {800, 600}, {1500, 500}})
+        for (const auto view : {tdlFrontView, tdlRearView, tdlTopView, tdlBottomView, tdlRightView, tdlLeftView})
+        {
+            SCOPED_TRACE(::testing::Message() << width << 'x' << height << " view " << view);
+            NavWindow window{width, height};
+            window.control->SetProjectionType(D3DRMPROJECT_ORTHOGRAPHIC);
+            window.control->SetBackClippingPlane(3000);
+            window.control->SetFieldOfView(4);
+            window.control->InitializeCameraPositionAndOrientation(view);
+            window.control->SetNavControlPrimary(true); // built anew for this view
+
+            // An arm is a tenth of 300 * 2.5 field units of a window that shows two fields: 37.5 pixels. Views from the
+            // negative sides see it run to the left.
+            const bool mirrored = view == tdlRearView || view == tdlLeftView || view == tdlBottomView;
+            const double knobX = mirrored ? 60 : 6;
+            const double along = mirrored ? -375 : 375;
+            const auto expectControls = [&]
+            {
+                window.control->RenderScene();
+                const double y = height - 4 - 0.05 * 375;
+                EXPECT_EQ(window.PointerOver(knobX + 0.05 * along, y), SizeAll);
+                EXPECT_EQ(window.PointerOver(knobX + 0.13 * along, y), UpArrow);
+                EXPECT_EQ(window.PointerOver(knobX + 0.05 * along, y - 30), 0);
+                EXPECT_NE(window.control.PixelAt(static_cast<int>(knobX + 0.05 * along), static_cast<int>(y)),
+                          window.control.PixelAt(width - 5, 5));
+            };
+            expectControls();
+            window.control->AddCameraMovement({33, -12, 5}, tdlAdvance);
+            expectControls();
+        }
+}
+
 } // namespace lumora::test
