@@ -19,7 +19,7 @@ namespace
 constexpr std::int32_t FirstMethodId = 0x60030000;
 
 // The methods. A method's id never changes; new ones are added with the ids kept for them: -552 for ShowAboutBox,
-// FirstMethodId + 19 for Pick, + 20 for PickFixScrewyD3DBug, + 21 for DisplayPreRenderedImage.
+// FirstMethodId + 19 for Pick, + 20 for PickFixScrewyD3DBug.
 std::vector<MemberRow<Viewport>> MethodRows()
 {
     using Single = float&;
@@ -74,6 +74,8 @@ std::vector<MemberRow<Viewport>> MethodRows()
                &Viewport::ViewportTransform, "a world point on the screen", id(17)),
         Method("ViewportInverseTransform", "ScreenW, ScreenX, ScreenY, ScreenZ, WorldX, WorldY, WorldZ",
                &Viewport::ViewportInverseTransform, "a screen point in the world", id(18)),
+        Method("DisplayPreRenderedImage", "picPicture", &Viewport::DisplayPreRenderedImage,
+               "shows a picture in place of the scene, while the surface is exposed", id(21)),
     };
 }
 

@@ -65,6 +65,7 @@ void Viewport::RebuildPending()
     if (!IsRunMode() || !drawing_.DeviceRebuildPending)
         return;
     const Trap trap{Source};
+    trap([&] { RequireFreeSurfaces(); });
     drawing_.DeviceRebuildPending = false;
     trap([&] { BuildNavControls(); });
     ClientRect client;

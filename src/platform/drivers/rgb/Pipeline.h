@@ -1,11 +1,11 @@
 // What was recorded, and the stages that draw it.
 #pragma once
 
+#include "platform/drivers/Crew.h"
 #include "platform/drivers/rgb/Frame.h"
 #include "platform/drivers/rgb/MeshFacts.h"
 #include "platform/drivers/rgb/Planner.h"
 #include "platform/drivers/rgb/Textures.h"
-#include "platform/drivers/rgb/Threads.h"
 #include "platform/drivers/rgb/Tiles.h"
 
 #include <atomic>

@@ -4,23 +4,13 @@
 #pragma once
 
 #include "platform/drivers/Driver.h"
+#include "platform/drivers/SimdLevel.h"
 
 #include <memory>
 #include <vector>
 
 namespace lumora
 {
-
-/// Which vector instructions a driver uses.
-enum class SimdLevel
-{
-    Best,  ///< the best that the processor has
-    Plain, ///< none beyond what the compiler uses on its own
-    Sse4,
-    Avx2,
-    Avx512,
-    Neon,
-};
 
 struct RgbOptions
 {

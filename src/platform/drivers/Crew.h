@@ -1,4 +1,4 @@
-// The threads that draw: the calling one and its helpers.
+// Threads that share one piece of work: the calling one and its helpers.
 #pragma once
 
 #include <atomic>
@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-namespace lumora::rgb
+namespace lumora
 {
 
 /// Shares work units out. The calling thread works too, and never waits for a helper that has not begun: one that wakes
@@ -66,4 +66,4 @@ private:
     std::condition_variable wakes_;
 };
 
-} // namespace lumora::rgb
+} // namespace lumora

@@ -1,4 +1,4 @@
-#include "platform/drivers/rgb/Threads.h"
+#include "platform/drivers/Crew.h"
 
 #include <chrono>
 
@@ -6,7 +6,7 @@
 #include <immintrin.h>
 #endif
 
-namespace lumora::rgb
+namespace lumora
 {
 
 namespace
@@ -117,4 +117,4 @@ std::uint64_t Crew::AwaitJob(std::uint64_t seen)
     return announced_.load();
 }
 
-} // namespace lumora::rgb
+} // namespace lumora
