@@ -84,12 +84,14 @@ void Viewport::RecreateDirectX(const std::string& DeviceName, const ClientRect& 
 void Viewport::CreateSecondarySurfaces()
 {
     const Trap trap{Source};
+    drawing_.SurfacesPending = false;
     // A window device keeps the DirectDraw objects of the one before.
     drawing_.BackgroundSurface = nullptr;
     drawing_.AntiAliasTarget = nullptr;
     if (properties_.ExposeDDSurface && drawing_.BackgroundPicture)
         trap([&] { DrawBackgroundTexture(); });
-    if (properties_.AntiAlias != tdlNone)
+    // A handler of CameraMoved may have changed AntiAlias since the exposed surface was made.
+    if ((drawing_.RenderSurface ? drawing_.SamplingFactor : properties_.AntiAlias) != tdlNone)
         trap([&] { CreateAntiAliasSurface(); });
 }
 
@@ -129,6 +131,7 @@ void Viewport::CreateDevice(const std::string& DeviceName, const ClientRect& cli
     DeviceRecord record;
     trap([&] { record = QueryDeviceDriver(DeviceName); });
     TakeDriver(record);
+    drawing_.SurfacesPending = true;
     if (properties_.ExposeDDSurface)
         CreateExposedDevice(record, client);
     else

@@ -48,6 +48,7 @@ struct DrawingObjects
     std::int32_t SamplingFactor = 1;         ///< AntiAlias as it was when RenderSurface was made
 
     bool DeviceRebuildPending = false; ///< the next live picture rebuilds device and surfaces
+    bool SurfacesPending = false;      ///< the device was made, what stands beside its surface was not yet
     bool PendingFlatPass = false;      ///< a pick fell back to the viewport's; consumed by the next exposed picture
     bool ExposeChangePending = false;  ///< PendingExposeDDSurface waits for RecreateDirectX
     bool PendingExposeDDSurface = false;
