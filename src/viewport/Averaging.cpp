@@ -1,16 +1,13 @@
 #include "viewport/Averaging.h"
 
 #include <algorithm>
-#include <thread>
+#include <utility>
 
 namespace lumora
 {
 
 namespace
 {
-
-/// More threads than this wait for memory, not for each other.
-constexpr int MostThreads = 4;
 
 /// Below this many pixels read, waking another thread costs more than it saves.
 constexpr std::int64_t SmallPixelCount = 1 << 17;
@@ -59,12 +56,6 @@ inline void AverageRowPlain(const std::uint32_t* source, std::ptrdiff_t pitch, i
     }
 }
 
-int ThreadCount(int asked)
-{
-    const int cores = static_cast<int>(std::thread::hardware_concurrency());
-    return std::clamp(asked > 0 ? asked : cores, 1, MostThreads);
-}
-
 averaging::Kernels KernelsFor([[maybe_unused]] SimdLevel level)
 {
 #ifdef LUMORA_HAS_HIGHWAY
@@ -89,7 +80,10 @@ averaging::Kernels averaging::PlainKernels()
             { AverageRowPlain(source, pitch, 4, count, target); }};
 }
 
-BlockAverager::BlockAverager(int threads, SimdLevel simd) : crew_(ThreadCount(threads)), kernels_(KernelsFor(simd)) {}
+BlockAverager::BlockAverager(std::shared_ptr<Crew> crew, SimdLevel simd)
+    : crew_(std::move(crew)), kernels_(KernelsFor(simd))
+{
+}
 
 void BlockAverager::Average(const PixelView& source, int factor, const PixelView& target)
 {
@@ -116,7 +110,7 @@ void BlockAverager::Average(const PixelView& source, int factor, const PixelView
             averageRow(y);
     };
     const int units = (height + unitRows - 1) / unitRows;
-    crew_.Run(static_cast<std::size_t>(units), pixelsOfRow * height < SmallPixelCount, averageRows);
+    crew_->Run(static_cast<std::size_t>(units), pixelsOfRow * height < SmallPixelCount, averageRows);
 }
 
 } // namespace lumora

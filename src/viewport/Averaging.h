@@ -9,14 +9,13 @@
 namespace lumora
 {
 
-/// Averages pictures, with helper threads that start with the first large one and sleep between pictures. Allocates
-/// nothing once they have started.
+/// Averages pictures with the help of a crew: by default the one that has just drawn them. Allocates nothing once the
+/// crew has begun.
 class BlockAverager
 {
 public:
-    /// `threads` that work, the calling one among them; 0: as many as memory can feed. Where the machine or the build
-    /// lacks the level, the best one is taken.
-    explicit BlockAverager(int threads = 0, SimdLevel simd = SimdLevel::Best);
+    /// Where the machine or the build lacks the level, the best one is taken.
+    explicit BlockAverager(std::shared_ptr<Crew> crew = Crew::Of(0), SimdLevel simd = SimdLevel::Best);
 
     /// Averages each complete block of `factor` by `factor` pixels of `source` into one pixel of `target`: per channel
     /// the sum divided by the number of samples, to nearest with halves to even; the fourth byte is 0. Pixels of
@@ -24,7 +23,7 @@ public:
     void Average(const PixelView& source, int factor, const PixelView& target);
 
 private:
-    Crew crew_;
+    std::shared_ptr<Crew> crew_;
     averaging::Kernels kernels_;
 };
 

@@ -79,7 +79,7 @@ TEST(Averaging, follows_the_definition_for_every_size_on_every_path)
         for (const int threads : {1, 3})
         {
             SCOPED_TRACE(testing::Message() << "level " << static_cast<int>(level) << ", threads " << threads);
-            BlockAverager averager{threads, level};
+            BlockAverager averager{Crew::Of(threads), level};
             for (const int factor : {1, 2, 3, 4, 16})
                 for (const int width : {1, 2, 3, 4, 5, 6, 7, 8, 30, 65, 66, 67, 132, 255})
                     for (const int height : {1, 4, 5, 6, 7})
@@ -107,7 +107,7 @@ TEST(Averaging, rounds_every_sum_to_the_nearest_and_halves_to_even)
                         0xAB000000 | share << 16 | (255 - share) << 8 | share;
                 }
             Pixels target{blocks, 1, blocks};
-            BlockAverager{1, level}.Average(source.view, factor, target.view);
+            BlockAverager{Crew::Of(1), level}.Average(source.view, factor, target.view);
             for (int k = 0; k < blocks; ++k)
             {
                 const auto up = static_cast<std::uint32_t>(std::nearbyint(static_cast<double>(k) / samples));

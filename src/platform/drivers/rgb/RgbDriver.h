@@ -14,8 +14,8 @@ namespace lumora
 
 struct RgbOptions
 {
-    int threads = 0;                  ///< that draw, the calling one among them; 0: one for each core
-    bool monochrome = false;          ///< light colors are replaced by their luminance
+    int threads = 0;         ///< that draw, the calling one among them; 0: one for each core, shared by drivers
+    bool monochrome = false; ///< light colors are replaced by their luminance
     SimdLevel simd = SimdLevel::Best; ///< where the machine or the build lacks the level, Best is taken
 };
 
