@@ -115,6 +115,15 @@ struct DoubleBox
     }
 };
 
+/// How far outside a mesh's box a hit on the mesh can seem to be.
+inline double PickMargin(const DoubleBox& box)
+{
+    const Double3 size = box.maximum - box.minimum;
+    return 1e-9 * (size.x + size.y + size.z + std::max(std::abs(box.minimum.x), std::abs(box.maximum.x)) +
+                   std::max(std::abs(box.minimum.y), std::abs(box.maximum.y)) +
+                   std::max(std::abs(box.minimum.z), std::abs(box.maximum.z)));
+}
+
 inline void Narrow(Interval& interval, double origin, double direction, double minimum, double maximum)
 {
     if (direction == 0)
