@@ -200,6 +200,13 @@ void DeclareOptions(CLI::App& app, Request& request, Written& written)
     app.add_option("--cool-mode", request.coolMode, "1: flat with edges over it; other: edges under a flat picture")
         ->type_name("N");
     app.add_flag("--expose", request.expose, "Draw into a surface that hosts can reach");
+    app.add_option("--background", request.background,
+                   "A picture behind the scene, from the top left; implies --expose")
+        ->type_name("FILE");
+    app.add_flag("--stretch", request.stretch, "Stretch the background over the whole picture");
+    app.add_flag("--accumulate", request.accumulate, "Draw each frame over the one before; implies --expose");
+    app.add_option("--prerendered", request.prerendered, "Show a picture in place of the scene; implies --expose")
+        ->type_name("FILE");
     app.add_option("--set", written.settings, "Give a property of the control a value; may be repeated")
         ->type_name("Name=value")
         ->allow_extra_args(false);
@@ -247,7 +254,10 @@ void Understand(const Written& written, Request& request)
     const std::int32_t antiAlias = request.antiAlias.value_or(tdlNone);
     if (antiAlias != tdlNone && antiAlias != tdl2X && antiAlias != tdl4X)
         throw UsageError{"--antialias is 1, 2 or 4, not " + std::to_string(antiAlias) + "."};
-    request.expose = request.expose || antiAlias != tdlNone;
+    if (request.stretch && request.background.empty())
+        throw UsageError{"--stretch needs a --background to stretch."};
+    request.expose = request.expose || antiAlias != tdlNone || request.accumulate || !request.background.empty() ||
+                     !request.prerendered.empty();
     if (request.frames < 1 || request.frames > Request::MaximumFrames)
         throw UsageError{"--frames is a number from 1 to 100000, not " + std::to_string(request.frames) + "."};
     if (request.camera && request.view)
