@@ -31,9 +31,11 @@ public:
     /// The Direct3D drivers that the control chooses from.
     virtual std::shared_ptr<const DriverList> Drivers() = 0;
 
-    /// Positions in the container's coordinate units to pixels.
+    /// Positions in the container's coordinate units to pixels, and back.
     virtual double PositionToPixelsX(double position) = 0;
     virtual double PositionToPixelsY(double position) = 0;
+    virtual double PixelsToPositionX(double pixels) = 0;
+    virtual double PixelsToPositionY(double pixels) = 0;
 
     /// A sentence for whoever maintains the program; nothing is raised.
     virtual void Log(std::string_view message) = 0;

@@ -91,6 +91,18 @@ double HeadlessHost::PositionToPixelsY(double position)
     return positionUnit_ == PositionUnit::Pixels ? position : position / screen_->UnitsPerPixelY();
 }
 
+double HeadlessHost::PixelsToPositionX(double pixels)
+{
+    faults::Point("Container.PixelsToPositionX");
+    return positionUnit_ == PositionUnit::Pixels ? pixels : pixels * screen_->UnitsPerPixelX();
+}
+
+double HeadlessHost::PixelsToPositionY(double pixels)
+{
+    faults::Point("Container.PixelsToPositionY");
+    return positionUnit_ == PositionUnit::Pixels ? pixels : pixels * screen_->UnitsPerPixelY();
+}
+
 void HeadlessHost::Log(std::string_view message)
 {
     logged_.emplace_back(message);

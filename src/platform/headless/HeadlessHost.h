@@ -68,6 +68,8 @@ public:
     std::shared_ptr<const DriverList> Drivers() override;
     double PositionToPixelsX(double position) override;
     double PositionToPixelsY(double position) override;
+    double PixelsToPositionX(double pixels) override;
+    double PixelsToPositionY(double pixels) override;
     void Log(std::string_view message) override;
 
     // The machine, for whoever runs it.
