@@ -82,6 +82,17 @@ void PrintEnumerations()
         std::cout << "    Q_ENUM(" << enumeration.name << ")\n";
 }
 
+// Q_ENUM defines these as friends of the widget, where nobody looks for them who has an enumeration of another class:
+// declared again, values of properties know their names.
+void PrintEnumerationLookup()
+{
+    std::cout << "\n#ifndef Q_MOC_RUN\n";
+    for (const Enumeration& enumeration : Enumerations)
+        std::cout << "constexpr const QMetaObject* qt_getEnumMetaObject(" << enumeration.name << ") noexcept;\n"
+                  << "constexpr const char* qt_getEnumName(" << enumeration.name << ") noexcept;\n";
+    std::cout << "#endif\n";
+}
+
 } // namespace
 
 int main()
@@ -131,7 +142,7 @@ protected:
     /// Sends the signal that the property of this name changed.
     void TellChanged(std::string_view name);
 };
-
-} // namespace lumora
 )";
+    PrintEnumerationLookup();
+    std::cout << "\n} // namespace lumora\n";
 }

@@ -73,13 +73,25 @@ public:
     double PositionToPixelsX(double position) override
     {
         faults::Point("Container.PositionToPixelsX");
-        return widget_ ? position * widget_->devicePixelRatioF() : position;
+        return position * Ratio();
     }
 
     double PositionToPixelsY(double position) override
     {
         faults::Point("Container.PositionToPixelsY");
-        return widget_ ? position * widget_->devicePixelRatioF() : position;
+        return position * Ratio();
+    }
+
+    double PixelsToPositionX(double pixels) override
+    {
+        faults::Point("Container.PixelsToPositionX");
+        return pixels / Ratio();
+    }
+
+    double PixelsToPositionY(double pixels) override
+    {
+        faults::Point("Container.PixelsToPositionY");
+        return pixels / Ratio();
     }
 
     void Log(std::string_view message) override
@@ -88,6 +100,8 @@ public:
     }
 
 private:
+    double Ratio() const { return widget_ ? widget_->devicePixelRatioF() : 1; }
+
     QPointer<ViewportWidget> widget_;
     std::shared_ptr<QtWindow> window_;
     std::shared_ptr<QtScreen> screen_;

@@ -80,6 +80,9 @@ void ViewportWidget::Press(QMouseEvent& event, bool secondOfTwo)
     lastPlace_ = screen_->Follow(screen_->ToPixels(event.globalPosition()));
     const std::int16_t shift = ShiftArgument(event.modifiers());
     const bool heard = CallAtMouse([&](Viewport& control, float x, float y) { control.OnMouseDown(button, shift, x, y); });
+    // The handler hid the widget, or showed a message: what it took hold of will not be released by a person.
+    if (heard && (buttonsHeld_ & button) == 0 && !screen_->IsCursorVisible())
+        Release(button, event.modifiers());
     // A press that took hold of something is no click.
     if (heard && secondOfTwo && button == LeftButton && screen_->IsCursorVisible())
         Call([](Viewport& control) { control.OnDblClick(); });
