@@ -18,9 +18,9 @@ namespace
 {
 
 constexpr std::int32_t FirstMethodId = 0x60030000;
+constexpr std::int32_t AboutBoxId = -552;
 
-// The methods. A method's id never changes; new ones are added with the ids kept for them: -552 for ShowAboutBox,
-// FirstMethodId + 21 for DisplayPreRenderedImage.
+// The methods. A method's id never changes; FirstMethodId + 21 is kept for DisplayPreRenderedImage.
 std::vector<MemberRow<Viewport>> MethodRows()
 {
     using Single = float&;
@@ -87,6 +87,7 @@ std::vector<MemberRow<Viewport>> MethodRows()
             "what lies under a point of the control", id(19)),
         Method("PickFixScrewyD3DBug", PickArguments, &Viewport::PickFixScrewyD3DBug,
                "as Pick, at the nearest pixel and by the ray alone", id(20)),
+        Method("ShowAboutBox", "", &Viewport::ShowAboutBox, "shows the about box", AboutBoxId),
     };
 }
 

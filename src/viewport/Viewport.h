@@ -167,6 +167,10 @@ public:
                              std::shared_ptr<MeshBuilder>& PickedMeshbuilder, std::int32_t& PickedFaceID,
                              float& PickedWorldX, float& PickedWorldY, float& PickedWorldZ);
 
+    /// Shows the about box, which names the control and its version, and returns when it is closed. Works in every
+    /// state; raises nothing.
+    void ShowAboutBox();
+
     // Events. Arguments are by reference; a handler's changes reach later handlers and the control.
 
     /// Position, direction and up of the camera, after it was placed and constrained. The arguments are the stored
@@ -360,6 +364,7 @@ private:
 
     // widgets/BuildNavControls.cpp
     void BuildNavControls();
+    float NavControlSize() const;
 
     // widgets/DragNavControl.cpp
     void NavigateWithNavControl(float& DeltaX, float& DeltaY);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/container/ControlWindow.h"
+#include "platform/container/Dialogs.h"
 #include "platform/container/PropertyBag.h"
 #include "platform/container/Screen.h"
 #include "platform/drivers/DriverList.h"
@@ -27,6 +28,7 @@ public:
     /// The control's window; lives as long as the control.
     virtual std::shared_ptr<ControlWindow> Window() = 0;
     virtual std::shared_ptr<Screen> TheScreen() = 0;
+    virtual std::shared_ptr<Dialogs> TheDialogs() = 0;
 
     /// The Direct3D drivers that the control chooses from.
     virtual std::shared_ptr<const DriverList> Drivers() = 0;

@@ -74,6 +74,11 @@ std::shared_ptr<Screen> HeadlessHost::TheScreen()
     return screen_;
 }
 
+std::shared_ptr<Dialogs> HeadlessHost::TheDialogs()
+{
+    return dialogs_;
+}
+
 std::shared_ptr<const DriverList> HeadlessHost::Drivers()
 {
     return drivers_;

@@ -3,6 +3,7 @@
 
 #include "platform/container/Container.h"
 #include "platform/headless/ControlEvents.h"
+#include "platform/headless/VirtualDialogs.h"
 #include "platform/headless/VirtualScreen.h"
 #include "platform/headless/VirtualWindow.h"
 
@@ -65,6 +66,7 @@ public:
     void PropertyChanged(std::string_view name) override;
     std::shared_ptr<ControlWindow> Window() override;
     std::shared_ptr<Screen> TheScreen() override;
+    std::shared_ptr<Dialogs> TheDialogs() override;
     std::shared_ptr<const DriverList> Drivers() override;
     double PositionToPixelsX(double position) override;
     double PositionToPixelsY(double position) override;
@@ -76,6 +78,7 @@ public:
 
     VirtualScreen& Display() { return *screen_; }
     VirtualWindow& ControlArea() { return *window_; }
+    VirtualDialogs& DialogsShown() { return *dialogs_; }
     const std::shared_ptr<VirtualScreen>& SharedDisplay() const { return screen_; }
     const std::shared_ptr<VirtualWindow>& SharedControlArea() const { return window_; }
 
@@ -154,6 +157,7 @@ private:
     std::shared_ptr<const DriverList> drivers_;
     std::shared_ptr<VirtualScreen> screen_;
     std::shared_ptr<VirtualWindow> window_;
+    std::shared_ptr<VirtualDialogs> dialogs_ = std::make_shared<VirtualDialogs>();
     std::shared_ptr<ControlEvents> control_;
     bool userMode_ = true;
     PositionUnit positionUnit_ = PositionUnit::Pixels;
