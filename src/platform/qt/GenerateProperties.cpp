@@ -75,8 +75,8 @@ void PrintEnumerations()
         std::cout << "    enum " << enumeration.name << " { " << enumeration.enumerators << "};\n";
     std::cout << "#else\n";
     for (const Enumeration& enumeration : Enumerations)
-        std::cout << "    using " << enumeration.name << " = lumora::" << enumeration.name << ";\n    using enum lumora::"
-                  << enumeration.name << ";\n";
+        std::cout << "    using " << enumeration.name << " = lumora::" << enumeration.name
+                  << ";\n    using enum lumora::" << enumeration.name << ";\n";
     std::cout << "#endif\n";
     for (const Enumeration& enumeration : Enumerations)
         std::cout << "    Q_ENUM(" << enumeration.name << ")\n";
@@ -122,7 +122,8 @@ class ViewportProperties : public QWidget
     PrintEnumerations();
     std::cout << '\n';
     for (const Property& property : Properties)
-        std::cout << "    " << QtType(property.type) << ' ' << property.name << "() const; ///< " << property.help << '\n';
+        std::cout << "    " << QtType(property.type) << ' ' << property.name << "() const; ///< " << property.help
+                  << '\n';
     std::cout << "\npublic Q_SLOTS:\n";
     for (const Property& property : Properties)
         if (property.writable)

@@ -26,18 +26,37 @@ constexpr WindowHandle LastHandle = 32000;
 // Scroll bar, desktop, active and inactive caption, menu, window, window frame, menu text, window text, caption text,
 // active and inactive border, application workspace, highlight and its text, button face, shadow, grey text, button
 // text, inactive caption text, button highlight, dark shadow, light, tool tip text and tool tip.
-constexpr std::array SystemColors{
-    QPalette::Button,      QPalette::Dark,       QPalette::Highlight,       QPalette::Mid,        QPalette::Window,
-    QPalette::Base,        QPalette::WindowText, QPalette::WindowText,      QPalette::Text,       QPalette::HighlightedText,
-    QPalette::Window,      QPalette::Window,     QPalette::Mid,             QPalette::Highlight,  QPalette::HighlightedText,
-    QPalette::Button,      QPalette::Mid,        QPalette::PlaceholderText, QPalette::ButtonText, QPalette::Midlight,
-    QPalette::Light,       QPalette::Shadow,     QPalette::Light,           QPalette::ToolTipText, QPalette::ToolTipBase};
+constexpr std::array SystemColors{QPalette::Button,
+                                  QPalette::Dark,
+                                  QPalette::Highlight,
+                                  QPalette::Mid,
+                                  QPalette::Window,
+                                  QPalette::Base,
+                                  QPalette::WindowText,
+                                  QPalette::WindowText,
+                                  QPalette::Text,
+                                  QPalette::HighlightedText,
+                                  QPalette::Window,
+                                  QPalette::Window,
+                                  QPalette::Mid,
+                                  QPalette::Highlight,
+                                  QPalette::HighlightedText,
+                                  QPalette::Button,
+                                  QPalette::Mid,
+                                  QPalette::PlaceholderText,
+                                  QPalette::ButtonText,
+                                  QPalette::Midlight,
+                                  QPalette::Light,
+                                  QPalette::Shadow,
+                                  QPalette::Light,
+                                  QPalette::ToolTipText,
+                                  QPalette::ToolTipBase};
 
 // Mouse pointers 0 .. 15.
-constexpr std::array Shapes{
-    Qt::ArrowCursor,     Qt::ArrowCursor,   Qt::CrossCursor,     Qt::IBeamCursor,     Qt::ArrowCursor,   Qt::SizeAllCursor,
-    Qt::SizeBDiagCursor, Qt::SizeVerCursor, Qt::SizeFDiagCursor, Qt::SizeHorCursor,   Qt::UpArrowCursor, Qt::WaitCursor,
-    Qt::ForbiddenCursor, Qt::BusyCursor,    Qt::WhatsThisCursor, Qt::SizeAllCursor};
+constexpr std::array Shapes{Qt::ArrowCursor,     Qt::ArrowCursor,   Qt::CrossCursor,     Qt::IBeamCursor,
+                            Qt::ArrowCursor,     Qt::SizeAllCursor, Qt::SizeBDiagCursor, Qt::SizeVerCursor,
+                            Qt::SizeFDiagCursor, Qt::SizeHorCursor, Qt::UpArrowCursor,   Qt::WaitCursor,
+                            Qt::ForbiddenCursor, Qt::BusyCursor,    Qt::WhatsThisCursor, Qt::SizeAllCursor};
 
 bool IsColor(std::int32_t color)
 {
@@ -272,10 +291,9 @@ void QtWindow::DrawBorder(QPainter& painter) const
     if (borderStyle_ != FixedSingle || !widget_)
         return;
     const QRect frame = widget_->rect();
-    for (const QRect& side : {QRect{frame.left(), frame.top(), frame.width(), 1},
-                              QRect{frame.left(), frame.bottom(), frame.width(), 1},
-                              QRect{frame.left(), frame.top(), 1, frame.height()},
-                              QRect{frame.right(), frame.top(), 1, frame.height()}})
+    for (const QRect& side :
+         {QRect{frame.left(), frame.top(), frame.width(), 1}, QRect{frame.left(), frame.bottom(), frame.width(), 1},
+          QRect{frame.left(), frame.top(), 1, frame.height()}, QRect{frame.right(), frame.top(), 1, frame.height()}})
         painter.fillRect(side, Qt::black);
 }
 

@@ -5,6 +5,7 @@
 #include "platform/automation/Trap.h"
 #include "platform/drivers/StandardDrivers.h"
 #include "platform/headless/MemoryPropertyBag.h"
+#include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtScreen.h"
 #include "platform/qt/QtWindow.h"
 #include "properties/PropertyTable.h"
@@ -25,10 +26,12 @@ namespace
 Q_LOGGING_CATEGORY(Log, "lumora.viewport", QtWarningMsg)
 
 // Their readers follow the control, whose writers and handlers say nothing of it.
-constexpr std::array<std::string_view, 12> QuietNames{
-    "Direct3DDevice",   "Direct3DDeviceGUID", "Direct3DDeviceName", "Direct3DDeviceDescription",
-    "HighlightPointer", "Scene",              "SceneOverlay",       "ViewportState",
-    "DirectDraw",       "DirectDrawSurface",  "AntiAliasSurface",   "Camera"};
+constexpr std::array<std::string_view, 12> QuietNames{"Direct3DDevice",     "Direct3DDeviceGUID",
+                                                      "Direct3DDeviceName", "Direct3DDeviceDescription",
+                                                      "HighlightPointer",   "Scene",
+                                                      "SceneOverlay",       "ViewportState",
+                                                      "DirectDraw",         "DirectDrawSurface",
+                                                      "AntiAliasSurface",   "Camera"};
 
 constexpr const char* Halted = "This viewport has stopped after an error: create it again to go on.";
 
@@ -38,8 +41,8 @@ class ViewportWidget::HostContainer : public Container
 {
 public:
     explicit HostContainer(ViewportWidget& widget, std::shared_ptr<const DriverList> drivers)
-        : widget_(&widget), window_(widget.window_), screen_(widget.screen_), drivers_(std::move(drivers)),
-          userMode_(!widget.IsDesignTime())
+        : widget_(&widget), window_(widget.window_), screen_(widget.screen_),
+          dialogs_(std::make_shared<QtDialogs>(widget)), drivers_(std::move(drivers)), userMode_(!widget.IsDesignTime())
     {
     }
 
@@ -68,6 +71,7 @@ public:
 
     std::shared_ptr<ControlWindow> Window() override { return window_; }
     std::shared_ptr<Screen> TheScreen() override { return screen_; }
+    std::shared_ptr<Dialogs> TheDialogs() override { return dialogs_; }
     std::shared_ptr<const DriverList> Drivers() override { return drivers_; }
 
     double PositionToPixelsX(double position) override
@@ -105,6 +109,7 @@ private:
     QPointer<ViewportWidget> widget_;
     std::shared_ptr<QtWindow> window_;
     std::shared_ptr<QtScreen> screen_;
+    std::shared_ptr<QtDialogs> dialogs_;
     std::shared_ptr<const DriverList> drivers_;
     bool userMode_;
 };
@@ -317,7 +322,9 @@ void ViewportWidget::DrawPlaceholder(QPainter& painter) const
     const QColor back = window_->BackQColor();
     const bool isDark = qGray(back.rgb()) < 128;
     painter.setPen(isDark ? Qt::white : Qt::black);
-    const QString text = IsHalted() ? QString{Halted} : objectName().isEmpty() ? QStringLiteral("Viewport") : objectName();
+    const QString text = IsHalted()               ? QString{Halted}
+                         : objectName().isEmpty() ? QStringLiteral("Viewport")
+                                                  : objectName();
     painter.drawText(rect().adjusted(8, 8, -8, -8), Qt::AlignCenter | Qt::TextWordWrap, text);
 }
 

@@ -79,7 +79,8 @@ void ViewportWidget::Press(QMouseEvent& event, bool secondOfTwo)
         secondOfTwo_ = secondOfTwo;
     lastPlace_ = screen_->Follow(screen_->ToPixels(event.globalPosition()));
     const std::int16_t shift = ShiftArgument(event.modifiers());
-    const bool heard = CallAtMouse([&](Viewport& control, float x, float y) { control.OnMouseDown(button, shift, x, y); });
+    const bool heard =
+        CallAtMouse([&](Viewport& control, float x, float y) { control.OnMouseDown(button, shift, x, y); });
     // The handler hid the widget, or showed a message: what it took hold of will not be released by a person.
     if (heard && (buttonsHeld_ & button) == 0 && !screen_->IsCursorVisible())
         Release(button, event.modifiers());
@@ -253,13 +254,9 @@ void ViewportWidget::keyReleaseEvent(QKeyEvent* event)
     event->ignore();
     if (event->isAutoRepeat())
         return;
-    const auto held = std::ranges::find_if(keysHeld_,
-                                           [&](const HeldKey& key)
-                                           {
-                                               return event->nativeScanCode() != 0
-                                                          ? key.scanCode == event->nativeScanCode()
-                                                          : key.key == event->key();
-                                           });
+    const auto held = std::ranges::find_if(
+        keysHeld_, [&](const HeldKey& key)
+        { return event->nativeScanCode() != 0 ? key.scanCode == event->nativeScanCode() : key.key == event->key(); });
     if (held == keysHeld_.end())
         return;
     event->accept();

@@ -36,7 +36,9 @@ protected:
 
     void Note(void (ViewportWidget::*signal)())
     {
-        heard_ += signal == &ViewportWidget::Click ? "click " : signal == &ViewportWidget::DblClick ? "dblclick " : "end ";
+        heard_ += signal == &ViewportWidget::Click      ? "click "
+                  : signal == &ViewportWidget::DblClick ? "dblclick "
+                                                        : "end ";
     }
 
     QPoint OnDesktop(int x, int y) const { return widget_->mapToGlobal(QPoint{x, y}); }
@@ -136,7 +138,11 @@ TEST_F(QtInputScaled, a_drag_ends_with_whatever_takes_the_widget_away)
         [&] { widget_->hide(); },
         [&] { form_.close(); },
         [&] { widget_->setEnabled(false); },
-        [&] { QEvent left{QEvent::WindowDeactivate}; QApplication::sendEvent(widget_, &left); },
+        [&]
+        {
+            QEvent left{QEvent::WindowDeactivate};
+            QApplication::sendEvent(widget_, &left);
+        },
     };
     for (const auto& reason : reasons)
     {
@@ -190,11 +196,17 @@ TEST_F(QtInputScaled, keys_have_the_codes_of_their_place)
 {
     std::vector<int> down;
     QObject::connect(widget_, &ViewportWidget::KeyDown, [&](int code, int) { down.push_back(code); });
-    const std::tuple<Qt::Key, Qt::KeyboardModifiers, int> keys[] = {
-        {Qt::Key_A, {}, 65},          {Qt::Key_A, Qt::ShiftModifier, 65},      {Qt::Key_1, {}, 49},
-        {Qt::Key_Exclam, Qt::ShiftModifier, 49}, {Qt::Key_F12, {}, 123},       {Qt::Key_Left, {}, 37},
-        {Qt::Key_5, Qt::KeypadModifier, 101},    {Qt::Key_Enter, Qt::KeypadModifier, 13}, {Qt::Key_Plus, {}, 187},
-        {Qt::Key_Shift, {}, 16},      {Qt::Key_Delete, {}, 46}};
+    const std::tuple<Qt::Key, Qt::KeyboardModifiers, int> keys[] = {{Qt::Key_A, {}, 65},
+                                                                    {Qt::Key_A, Qt::ShiftModifier, 65},
+                                                                    {Qt::Key_1, {}, 49},
+                                                                    {Qt::Key_Exclam, Qt::ShiftModifier, 49},
+                                                                    {Qt::Key_F12, {}, 123},
+                                                                    {Qt::Key_Left, {}, 37},
+                                                                    {Qt::Key_5, Qt::KeypadModifier, 101},
+                                                                    {Qt::Key_Enter, Qt::KeypadModifier, 13},
+                                                                    {Qt::Key_Plus, {}, 187},
+                                                                    {Qt::Key_Shift, {}, 16},
+                                                                    {Qt::Key_Delete, {}, 46}};
     for (const auto& [key, modifiers, code] : keys)
     {
         down.clear();

@@ -1,7 +1,7 @@
 // The widget as a program and its forms see it: properties, signals, pictures, and failures that stay inside.
 #include "properties/PropertyTable.h"
-#include "qt/QtSession.h"
 #include "properties/PropertyValues.h"
+#include "qt/QtSession.h"
 
 #include <QMetaProperty>
 #include <QVBoxLayout>
@@ -63,7 +63,8 @@ TEST(QtWidget, values_written_by_the_meta_object_reach_the_control_and_are_told)
             continue;
         SCOPED_TRACE(row.name);
         const std::string name{row.name};
-        const QMetaProperty property = widget->metaObject()->property(widget->metaObject()->indexOfProperty(name.c_str()));
+        const QMetaProperty property =
+            widget->metaObject()->property(widget->metaObject()->indexOfProperty(name.c_str()));
         const QSignalSpy told{widget.get(), property.notifySignal()};
         const Variant value = AnotherValue(row);
         QVariant qt;
