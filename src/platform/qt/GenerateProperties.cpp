@@ -138,7 +138,7 @@ protected:
 
     /// Runs `access` on the control; answers whether it did not fail.
     virtual bool Reach(const Access& access) const = 0;
-    virtual void Write(const Access& access) = 0;
+    virtual void Write(const char* property, const Access& access) = 0;
 
     /// Sends the signal that the property of this name changed.
     void TellChanged(std::string_view name);

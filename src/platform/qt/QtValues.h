@@ -1,6 +1,7 @@
 // How values of the control cross to Qt and back.
 #pragma once
 
+#include "platform/automation/RuntimeError.h"
 #include "platform/container/Picture.h"
 
 #include <QImage>
@@ -9,6 +10,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <type_traits>
 
 namespace lumora
 {
@@ -29,7 +31,14 @@ struct QtValue
 {
     using Other = Type;
     static Other Out(Type value) { return value; }
-    static Type In(Other value) { return value; }
+    static Type In(Other value)
+    {
+        // What form loaders make of names that they do not know.
+        if constexpr (std::is_enum_v<Type>)
+            if (static_cast<std::int32_t>(value) == -1)
+                throw RuntimeError{error::InvalidPropertyValue, "Viewport", "no value of its enumeration"};
+        return value;
+    }
 };
 
 template<>

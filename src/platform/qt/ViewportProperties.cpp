@@ -13,7 +13,7 @@ namespace lumora
 #define LUMORA_SETTER_Plain(name, type)                                                                                \
     void ViewportProperties::set##name(QtValue<type>::Other value)                                                     \
     {                                                                                                                  \
-        Write([&](Viewport& viewport) { viewport.Set##name(QtValue<type>::In(value)); });                              \
+        Write(#name, [&](Viewport& viewport) { viewport.Set##name(QtValue<type>::In(value)); });                       \
     }
 #define LUMORA_SETTER_Trapped(name, type) LUMORA_SETTER_Plain(name, type)
 #define LUMORA_SETTER_Ignored(name, type) LUMORA_SETTER_Plain(name, type)

@@ -222,10 +222,22 @@ bool ViewportWidget::Reach(const Access& access) const
     return Guard(access);
 }
 
-void ViewportWidget::Write(const Access& access)
+void ViewportWidget::Write(const char* property, const Access& access)
 {
     const std::uint64_t before = window_->PresentCount();
-    if (Call(access) && window_->PresentCount() == before)
+    const Access named = [&](Viewport& control)
+    {
+        try
+        {
+            access(control);
+        }
+        catch (const RuntimeError& failure)
+        {
+            throw RuntimeError{failure.Number(), failure.Source(),
+                               std::string{property} + " was not set: " + failure.Description()};
+        }
+    };
+    if (Call(named) && window_->PresentCount() == before)
         update();
 }
 
@@ -344,7 +356,7 @@ void ViewportWidget::TellUnknownProperty(const QByteArray& name) const
 {
     const std::string_view text{name.constData(), static_cast<std::size_t>(name.size())};
     const std::string_view nearest = NearestProperty(text).name;
-    const bool isMeant = !text.empty() && ((text[0] >= 'A' && text[0] <= 'Z') || EqualIgnoringCase(text, nearest));
+    const bool isMeant = !IsDesignTime() && !text.empty() && ((text[0] >= 'A' && text[0] <= 'Z') || EqualIgnoringCase(text, nearest));
     if (isMeant && !FindProperty(text) && property(name.constData()).isValid())
         Report(error::MemberNotFound, "Viewport",
                "A viewport has no property " + std::string{text} + "; the nearest is " + std::string{nearest});

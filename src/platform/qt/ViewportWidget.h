@@ -129,7 +129,7 @@ private:
     };
 
     bool Reach(const Access& access) const override;
-    void Write(const Access& access) override;
+    void Write(const char* property, const Access& access) override;
 
     /// Hands the control to `access`; keeps from Qt what it throws, and reports it. False when it failed.
     bool Guard(const Access& access) const;

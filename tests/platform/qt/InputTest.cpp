@@ -1,6 +1,6 @@
 // A person at mouse and keyboard of the widget, without a window system: what the control hears, and what becomes of
 // the cursor.
-#include "qt/QtSession.h"
+#include "platform/qt/QtSession.h"
 
 #include <QCursor>
 #include <QScreen>

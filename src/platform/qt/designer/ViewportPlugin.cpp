@@ -1,15 +1,44 @@
 #include "platform/qt/designer/ViewportPlugin.h"
 
+#include "platform/qt/FormMistakes.h"
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/ViewportWidget.h"
 #include "platform/qt/designer/PropertyGroups.h"
 
+#include <QDebug>
+#include <QFile>
+#include <QTimer>
+#include <QtDesigner/QDesignerFormEditorInterface>
+#include <QtDesigner/QDesignerFormWindowInterface>
+#include <QtDesigner/QDesignerFormWindowManagerInterface>
+
 namespace lumora
 {
 
+namespace
+{
+
+// The designer shows warnings that begin like this to the person.
+void TellMistakes(const QString& path)
+{
+    QFile file{path};
+    if (path.isEmpty() || !file.open(QFile::ReadOnly))
+        return;
+    for (const QString& mistake : FormMistakes(file))
+        qWarning().noquote() << QStringLiteral("Designer: %1").arg(mistake);
+}
+
+} // namespace
+
 void ViewportPlugin::initialize(QDesignerFormEditorInterface* designer)
 {
+    if (designer_)
+        return;
     designer_ = designer;
+    // A form has its file only after it was added.
+    connect(designer->formWindowManager(), &QDesignerFormWindowManagerInterface::formWindowAdded, this,
+            [this](QDesignerFormWindowInterface* form)
+            { QTimer::singleShot(0, form, [form] { TellMistakes(form->fileName()); }); });
 }
 
 QIcon ViewportPlugin::icon() const
