@@ -5,6 +5,7 @@
 #include "lumora-render/Progress.h"
 #include "platform/drivers/StandardDrivers.h"
 #include "platform/headless/MemoryPropertyBag.h"
+#include "platform/headless/SessionPlayer.h"
 #include "viewport/Viewport.h"
 
 #include <algorithm>
@@ -19,15 +20,40 @@ namespace lumora::render
 namespace
 {
 
-std::unique_ptr<headless::HostedViewport> HostFor(const Request& request, const std::vector<Setting>& stored)
+// Exactly the picture for pictures alone; in a session, a desk on which a mouse has room around the window.
+struct Desk
+{
+    int width;
+    int height;
+    PixelRect client;
+};
+
+Desk DeskFor(const Request& request, const headless::ResizeAction& largest)
+{
+    if (request.play.empty())
+        return {request.width, request.height, {0, 0, request.width, request.height}};
+    constexpr int Width = 1920;
+    constexpr int Height = 1080;
+    constexpr int Room = 40;
+    const auto side = [](int usual, int ofWindow)
+    { return std::min(std::max(usual, ofWindow + 2 * Room), headless::VirtualScreen::MaximumSide); };
+    const int width = side(Width, std::max(request.width, largest.width));
+    const int height = side(Height, std::max(request.height, largest.height));
+    const int left = std::min(Room, width - request.width);
+    const int top = std::min(Room, height - request.height);
+    return {width, height, {left, top, left + request.width, top + request.height}};
+}
+
+std::unique_ptr<headless::HostedViewport> HostFor(const Request& request, const std::vector<Setting>& stored,
+                                                  const headless::ResizeAction& largest)
 {
     headless::MemoryPropertyBag bag = ChosenSettings(request, stored);
     // Pictures are drawn whatever a file says, and nobody sees the screen they are drawn on.
     bag.Set("Enabled", true);
     bag.Set("WaitForVSYNC", false);
-    const PixelRect client{0, 0, request.width, request.height};
-    auto screen = std::make_shared<headless::VirtualScreen>(request.width, request.height);
-    auto host = std::make_shared<headless::HeadlessHost>(StandardDrivers(), std::move(screen), client);
+    const Desk desk = DeskFor(request, largest);
+    auto screen = std::make_shared<headless::VirtualScreen>(desk.width, desk.height);
+    auto host = std::make_shared<headless::HeadlessHost>(StandardDrivers(), std::move(screen), desk.client);
     return headless::HostedViewport::Live(std::move(host), bag);
 }
 
@@ -64,8 +90,8 @@ double MedianOf(std::vector<double> values)
 
 } // namespace
 
-Session::Session(const Request& request, const std::vector<Setting>& stored)
-    : request_(request), stored_(stored), hosted_(HostFor(request, stored))
+Session::Session(const Request& request, const std::vector<Setting>& stored, const headless::ResizeAction& largest)
+    : request_(request), stored_(stored), hosted_(HostFor(request, stored, largest))
 {
     hosted_->Host().ShowControl();
     const Viewport& control = hosted_->Control();
@@ -186,9 +212,27 @@ void Session::Run(const Stage& stage)
         if (request_.turntable && frame > 0)
             StandAt(Turned(start, centre, 2 * std::numbers::pi * frame / request_.frames));
         frameMilliseconds_.push_back(DrawFrame());
-        if (everyFrame || frame + 1 == request_.frames)
+        const bool kept = everyFrame || frame + 1 == request_.frames;
+        if (kept && !request_.output.empty())
             WritePicture(NameOfFrame(request_.output, frame), Picture());
         progress.Report((frame + 1.0) / request_.frames);
+    }
+}
+
+void Session::Play(const headless::SessionScript& script)
+{
+    ShotNames names{request_.output, script.UnnamedShots()};
+    bool took = false;
+    headless::SessionPlayer player{*hosted_, [&](const std::string& name)
+                                   {
+                                       took = true;
+                                       WritePicture(names.Next(name), Picture());
+                                   }};
+    player.Play(script);
+    if (!took && !request_.output.empty())
+    {
+        DrawFrame();
+        WritePicture(NameOfFrame(request_.output, 0), Picture());
     }
 }
 

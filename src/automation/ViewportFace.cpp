@@ -20,7 +20,7 @@ namespace
 constexpr std::int32_t FirstMethodId = 0x60030000;
 constexpr std::int32_t AboutBoxId = -552;
 
-// The methods. A method's id never changes; FirstMethodId + 21 is kept for DisplayPreRenderedImage.
+// The methods. A method's id never changes.
 std::vector<MemberRow<Viewport>> MethodRows()
 {
     using Single = float&;
@@ -87,6 +87,8 @@ std::vector<MemberRow<Viewport>> MethodRows()
             "what lies under a point of the control", id(19)),
         Method("PickFixScrewyD3DBug", PickArguments, &Viewport::PickFixScrewyD3DBug,
                "as Pick, at the nearest pixel and by the ray alone", id(20)),
+        Method("DisplayPreRenderedImage", "picPicture", &Viewport::DisplayPreRenderedImage,
+               "shows a picture in place of the scene, while the surface is exposed", id(21)),
         Method("ShowAboutBox", "", &Viewport::ShowAboutBox, "shows the about box", AboutBoxId),
     };
 }

@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <optional>
 #include <set>
 
@@ -43,6 +44,18 @@ bool Near(Vector a, Vector b)
     const auto near = [](float p, float q)
     { return static_cast<float>(std::abs(double{p} - double{q})) <= NormalTolerance; };
     return near(a.x, b.x) && near(a.y, b.y) && near(a.z, b.z);
+}
+
+// Whether IsPointInPolygon could be true: the same sum of angles, quicker, and allowing for what Singles and the
+// snapping of arc cosines make of three angles.
+bool MaySeeAllAround(const Triple& triple, Double3 point)
+{
+    constexpr double Least = 2 * std::numbers::pi - 0.1 - 0.02;
+    const Double3 a = UnitOf(triple[0] - point);
+    const Double3 b = UnitOf(triple[1] - point);
+    const Double3 c = UnitOf(triple[2] - point);
+    const auto angle = [](Double3 from, Double3 to) { return std::acos(std::clamp(Dot(from, to), -1.0, 1.0)); };
+    return angle(a, b) + angle(b, c) + angle(c, a) >= Least;
 }
 
 class CapClipper
@@ -167,6 +180,9 @@ private:
         const auto isInside = [&](std::int32_t other)
         {
             if (other == before || other == i || other == after)
+                return false;
+            ++work_;
+            if (!MaySeeAllAround(triple, Point(other)))
                 return false;
             work_ += WorkOfExactTest;
             return ResultOf(OnError, [&] { return IsPointInPolygon(root_, triple, Point(other), Corners::Excluded); });

@@ -77,6 +77,11 @@ public:
     /// The same, with an extra flat pass after a pick that had to fall back to the viewport's.
     void RenderSceneCorrectTranslucency();
 
+    /// Shows a picture in place of the scene, from its top-left corner, unscaled; what it does not cover is black. With
+    /// Accumulate the next picture is drawn over it. Needs ExposeDDSurface: without it, with nothing, or after a halt
+    /// nothing is shown. Raises no event and no error.
+    void DisplayPreRenderedImage(const std::shared_ptr<Picture>& picPicture);
+
     // Camera. Everything that moves it applies PositionConstraints and, unless said otherwise, raises CameraMoved.
 
     /// Places the camera; raises no event.
@@ -267,6 +272,8 @@ private:
     void CompleteDevice(const ClientRect& client);
     void CreateSecondarySurfaces();
     void CreateAntiAliasSurface();
+    SurfaceDescription ClientSurface() const;
+    void RequireFreeSurfaces() const;
     void ApplyDeviceSettings();
     void ReleaseDirectDraw();
     void ReleaseDeviceAndViewport();
@@ -276,6 +283,7 @@ private:
     std::int32_t BorderPixels() const;
 
     // viewport/Background.cpp
+    std::shared_ptr<Surface> SurfaceShowing(const std::shared_ptr<Picture>& picture, bool stretched);
     void DrawBackgroundTexture();
 
     // viewport/FrameStep.cpp
@@ -290,7 +298,8 @@ private:
     // viewport/Presentation.cpp
     PixelRect PresentationRect() const;
     void PresentExposed(const PixelRect& destination);
-    void AverageIntoTarget();
+    void ShowSurface(const std::shared_ptr<Surface>& picture, const PixelRect& destination);
+    void AverageIntoTarget(int factor);
 
     // camera/CameraMotion.cpp
     void UpdateCameraState(bool Raise);

@@ -113,9 +113,9 @@ TEST(CommandLine, explains_itself_on_standard_output)
 {
     const Outcome help = Render({"--help"});
     EXPECT_EQ(help.status, 0);
-    for (const char* option :
-         {"--output", "--size", "--view", "--projection", "--camera", "--device", "--antialias", "--cool-mode",
-          "--expose", "--set", "--settings", "--save-settings", "--frames", "--turntable", "--stats", "--version"})
+    for (const char* option : {"--output", "--size", "--view", "--projection", "--camera", "--device", "--antialias",
+                               "--cool-mode", "--expose", "--set", "--settings", "--save-settings", "--frames",
+                               "--turntable", "--play", "--events", "--pick", "--stats", "--version"})
         EXPECT_THAT(help.output, HasSubstr(option));
     EXPECT_EQ(help.complaint, "");
 

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -141,6 +142,15 @@ public:
     void ReleaseKey(std::int16_t code);
     std::int16_t ModifiersHeld() const;
 
+    // A person who takes time.
+
+    /// The clock goes on. The key that was pressed last repeats while it is held, first after the delay (500 ms unless
+    /// changed), then at the interval (33 ms); a release of another key changes nothing about that.
+    void AdvanceTime(std::uint32_t milliseconds);
+
+    /// In milliseconds, from the next press on. InvalidCall unless both are above 0.
+    void SetKeyRepeat(std::uint32_t delay, std::uint32_t interval);
+
 private:
     enum class Capture
     {
@@ -167,6 +177,10 @@ private:
     std::int16_t buttonsHeld_ = 0;
     Capture capture_ = Capture::None;
     std::vector<std::int16_t> keysHeld_;
+    std::optional<std::int16_t> repeatingKey_;
+    std::uint32_t repeatDelay_ = 500;
+    std::uint32_t repeatInterval_ = 33;
+    std::uint32_t untilRepeat_ = 0; // milliseconds, while a key repeats
 };
 
 } // namespace lumora::headless

@@ -3,6 +3,7 @@
 
 #include "platform/automation/Faults.h"
 #include "platform/scenegraph/Checks.h"
+#include "platform/scenegraph/rays/SceneIndex.h"
 
 #include <algorithm>
 
@@ -15,11 +16,13 @@ namespace
 constexpr const char* Source = "Frame";
 
 template<typename T>
-void AddOnce(std::vector<std::shared_ptr<T>>& list, const std::shared_ptr<T>& object, const char* what)
+bool AddOnce(std::vector<std::shared_ptr<T>>& list, const std::shared_ptr<T>& object, const char* what)
 {
     RequireObject(Source, object, what);
-    if (std::ranges::find(list, object) == list.end())
+    const bool isNew = std::ranges::find(list, object) == list.end();
+    if (isNew)
         list.push_back(object);
+    return isNew;
 }
 
 template<typename T>
@@ -34,6 +37,8 @@ void Remove(std::vector<std::shared_ptr<T>>& list, const std::shared_ptr<T>& obj
 
 } // namespace
 
+Frame::Frame() = default;
+
 std::shared_ptr<Frame> Frame::Make(const std::shared_ptr<Frame>& parent)
 {
     std::shared_ptr<Frame> frame{new Frame};
@@ -46,6 +51,7 @@ std::shared_ptr<Frame> Frame::Make(const std::shared_ptr<Frame>& parent)
 // still holds become roots.
 Frame::~Frame()
 {
+    ownIndex_.reset();
     std::vector<std::shared_ptr<Frame>> leaving = std::move(children_);
     for (const auto& child : leaving)
         child->parent_ = nullptr;
@@ -93,6 +99,11 @@ void Frame::AddChild(const std::shared_ptr<Frame>& child)
 void Frame::Attach(const std::shared_ptr<Frame>& child)
 {
     const std::shared_ptr<Frame> kept = child; // the caller's reference may be the old parent's own
+    BeforeChange();
+    kept->BeforeChange();
+    kept->ownIndex_.reset(); // a root's; it is none any more
+    if (kept->index_ != nullptr)
+        kept->index_->LosesFrames(*kept);
     children_.push_back(kept);
     if (Frame* old = kept->parent_; old != nullptr)
     {
@@ -103,13 +114,18 @@ void Frame::Attach(const std::shared_ptr<Frame>& child)
     }
     kept->parent_ = this;
     kept->InvalidateWorld();
+    if (index_ != nullptr)
+        index_->HasGained(*kept);
 }
 
 void Frame::DeleteChild(const std::shared_ptr<Frame>& child)
 {
     faults::Point("Frame.DeleteChild");
     const std::shared_ptr<Frame> kept = child;
+    BeforeChange();
     Remove(children_, kept, "The child");
+    if (index_ != nullptr)
+        index_->LosesFrames(*kept);
     kept->parent_ = nullptr;
     kept->InvalidateWorld();
 }
@@ -117,13 +133,19 @@ void Frame::DeleteChild(const std::shared_ptr<Frame>& child)
 void Frame::AddVisual(const std::shared_ptr<Visual>& visual)
 {
     faults::Point("Frame.AddVisual");
-    AddOnce(visuals_, visual, "The visual");
+    BeforeChange();
+    if (AddOnce(visuals_, visual, "The visual") && index_ != nullptr)
+        index_->HasGained(*this, visual);
 }
 
 void Frame::DeleteVisual(const std::shared_ptr<Visual>& visual)
 {
     faults::Point("Frame.DeleteVisual");
-    Remove(visuals_, visual, "The visual");
+    const std::shared_ptr<Visual> kept = visual;
+    BeforeChange();
+    Remove(visuals_, kept, "The visual");
+    if (index_ != nullptr)
+        index_->Loses(*this, kept);
 }
 
 void Frame::AddLight(const std::shared_ptr<Light>& light)
@@ -138,11 +160,21 @@ void Frame::DeleteLight(const std::shared_ptr<Light>& light)
     Remove(lights_, light, "The light");
 }
 
+// Before the scene changes in any way that picks would notice.
+void Frame::BeforeChange()
+{
+    if (index_ != nullptr)
+        index_->BeforeChange();
+}
+
+// Frames whose world transform is known to be out of date are so in the index, too.
 void Frame::InvalidateWorld()
 {
     if (!worldIsCurrent_)
         return;
     worldIsCurrent_ = false;
+    if (index_ != nullptr)
+        index_->HasMoved(*this);
     if (children_.empty())
         return;
     std::vector<Frame*> waiting{this};
@@ -155,6 +187,8 @@ void Frame::InvalidateWorld()
             if (!child->worldIsCurrent_)
                 continue;
             child->worldIsCurrent_ = false;
+            if (child->index_ != nullptr)
+                child->index_->HasMoved(*child);
             waiting.push_back(child.get());
         }
     }

@@ -13,6 +13,11 @@
 namespace lumora
 {
 
+namespace rays
+{
+class SceneIndex;
+} // namespace rays
+
 /// Where a frame looks, as unit vectors in a reference frame's coordinates.
 struct Orientation
 {
@@ -66,6 +71,9 @@ public:
     ~Frame() override;
 
     // Hierarchy.
+
+    /// The parent, without a share in it.
+    Frame* Above() const { return parent_; }
 
     std::shared_ptr<Frame> Parent() const { return parent_ != nullptr ? parent_->shared_from_this() : nullptr; }
     std::shared_ptr<Frame> Root();
@@ -149,11 +157,16 @@ public:
     /// The box around all visuals at and below this frame, in `reference`'s coordinates.
     Box Bounds(const std::shared_ptr<Frame>& reference);
 
+    /// What picks search, of this frame's root; made at need. For use within this library.
+    rays::SceneIndex& Index();
+
 private:
-    Frame() = default;
+    friend class rays::SceneIndex;
+    Frame();
     Frame& RootFrame();
     SceneSettings& RootSettings();
     void Attach(const std::shared_ptr<Frame>& child);
+    void BeforeChange();
     void SetLocal(const Matrix4& local);
     void SetAxes(Frame* space, Double3 direction, Double3 up);
     void Combine(CombineType combine, const Matrix4& matrix);
@@ -171,6 +184,11 @@ private:
     Matrix4 world_ = Matrix4::Identity();
     bool worldIsCurrent_ = true;              // false for everything below a frame for which it is false
     std::unique_ptr<SceneSettings> settings_; // only roots have used ones
+
+    // Picking.
+    std::unique_ptr<rays::SceneIndex> ownIndex_; // of a root that was picked in
+    rays::SceneIndex* index_ = nullptr;          // the one this frame is in
+    std::uint32_t firstEntry_ = 0xFFFFFFFF;      // of this frame in the index
 };
 
 } // namespace lumora

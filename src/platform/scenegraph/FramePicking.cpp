@@ -1,4 +1,4 @@
-// Frames: rays and boxes. The ray is taken into each frame's own coordinates, so a frame that moves costs nothing.
+// Frames: rays and boxes. Rays are taken into each frame's own coordinates; meshes never move.
 #include "platform/scenegraph/FramePicking.h"
 
 #include "platform/automation/Faults.h"
@@ -7,8 +7,7 @@
 #include "platform/scenegraph/Rotation.h"
 
 #include <algorithm>
-#include <limits>
-#include <optional>
+#include <bit>
 
 namespace lumora
 {
@@ -18,165 +17,208 @@ namespace
 
 constexpr const char* Source = "Frame";
 
-// Rays that meet a side shared by two triangles must not slip between them.
-constexpr double EdgeSlack = 1e-9;
-
-constexpr double Missed = std::numeric_limits<double>::infinity();
-
-struct Interval
+// The frames from `top` down to `holder`.
+std::vector<std::shared_ptr<Frame>> PathTo(const Frame& top, Frame& holder)
 {
-    double first = 0;
-    double last = std::numeric_limits<double>::infinity();
-    bool IsEmpty() const { return !(first <= last); }
-};
-
-void Narrow(Interval& interval, double origin, double direction, double minimum, double maximum)
-{
-    if (direction == 0)
-    {
-        if (origin < minimum || origin > maximum)
-            interval.last = -1;
-        return;
-    }
-    const double a = (minimum - origin) / direction;
-    const double b = (maximum - origin) / direction;
-    interval.first = std::max(interval.first, std::min(a, b));
-    interval.last = std::min(interval.last, std::max(a, b));
+    std::size_t length = 1;
+    for (const Frame* frame = &holder; frame != &top; frame = frame->Above())
+        ++length;
+    std::vector<std::shared_ptr<Frame>> path(length);
+    for (Frame* frame = &holder; length-- > 0; frame = frame->Above())
+        path[length] = frame->shared_from_this();
+    return path;
 }
-
-// Where the ray is in the box, from its origin on; nothing when it misses.
-std::optional<Interval> Meets(const Box& box, const WorldRay& ray, double margin)
-{
-    if (box.IsEmpty())
-        return std::nullopt;
-    Interval interval;
-    Narrow(interval, ray.origin.x, ray.direction.x, box.minimum.x - margin, box.maximum.x + margin);
-    Narrow(interval, ray.origin.y, ray.direction.y, box.minimum.y - margin, box.maximum.y + margin);
-    Narrow(interval, ray.origin.z, ray.direction.z, box.minimum.z - margin, box.maximum.z + margin);
-    return interval.IsEmpty() ? std::nullopt : std::optional{interval};
-}
-
-double MarginOf(const Box& box)
-{
-    const Vector size = box.maximum - box.minimum;
-    const Vector far{std::max(std::abs(box.minimum.x), std::abs(box.maximum.x)),
-                     std::max(std::abs(box.minimum.y), std::abs(box.maximum.y)),
-                     std::max(std::abs(box.minimum.z), std::abs(box.maximum.z))};
-    return 1e-9 * (double{size.x} + size.y + size.z + far.x + far.y + far.z);
-}
-
-// Möller and Trumbore: both sides of the triangle count; parallel rays and triangles without area are missed. The
-// distance, or Missed.
-double MeetsTriangle(const WorldRay& ray, Double3 a, Double3 b, Double3 c)
-{
-    const Double3 ab = b - a;
-    const Double3 ac = c - a;
-    const Double3 p = Cross(ray.direction, ac);
-    const double determinant = Dot(ab, p);
-    if (determinant == 0 || !std::isfinite(determinant))
-        return Missed;
-    const double inverse = 1.0 / determinant;
-    const Double3 from = ray.origin - a;
-    const double u = Dot(from, p) * inverse;
-    if (!(u >= -EdgeSlack && u <= 1 + EdgeSlack))
-        return Missed;
-    const Double3 q = Cross(from, ab);
-    const double v = Dot(ray.direction, q) * inverse;
-    if (!(v >= -EdgeSlack && u + v <= 1 + EdgeSlack))
-        return Missed;
-    const double t = Dot(ac, q) * inverse;
-    return t >= 0 && std::isfinite(t) ? t : Missed;
-}
-
-struct FaceHit
-{
-    std::uint32_t face;
-    double distance;
-};
-
-// One hit for each face, the nearest of its triangles (which follow each other).
-void FindFaces(const DrawMesh& mesh, const WorldRay& ray, std::vector<FaceHit>& hits)
-{
-    const auto at = [&](std::uint32_t vertex) { return Double3{mesh.x[vertex], mesh.y[vertex], mesh.z[vertex]}; };
-    for (std::uint32_t triangle = 0; triangle < mesh.TriangleCount(); ++triangle)
-    {
-        const std::uint32_t* corner = &mesh.indices[3 * std::size_t{triangle}];
-        const double distance = MeetsTriangle(ray, at(corner[0]), at(corner[1]), at(corner[2]));
-        if (distance == Missed)
-            continue;
-        const std::uint32_t face = mesh.triangleFace[triangle];
-        if (!hits.empty() && hits.back().face == face)
-            hits.back().distance = std::min(hits.back().distance, distance);
-        else
-            hits.push_back({face, distance});
-    }
-}
-
-class HitCollector
-{
-public:
-    HitCollector(const WorldRay& ray, RayPickFlags flags) : ray_(ray), flags_(flags) {}
-
-    void Visit(Frame& frame)
-    {
-        if (frame.Visuals().empty())
-            return;
-        const Matrix4& world = frame.WorldTransform();
-        const auto inverse = IsFinite(world) ? Inverse(world) : std::nullopt;
-        if (!inverse)
-            return;
-        const WorldRay local{TransformPoint(ray_.origin, *inverse), TransformDirection(ray_.direction, *inverse)};
-        for (const auto& visual : frame.Visuals())
-            if (auto* mesh = dynamic_cast<MeshBuilder*>(visual.get()); mesh != nullptr)
-                VisitMesh(frame, visual, *mesh, local);
-    }
-
-    std::vector<SceneHit> Take()
-    {
-        std::ranges::stable_sort(hits_, {}, &SceneHit::distance);
-        return std::move(hits_);
-    }
-
-private:
-    void VisitMesh(Frame& frame, const std::shared_ptr<Visual>& visual, MeshBuilder& mesh, const WorldRay& local)
-    {
-        const Box& box = mesh.Bounds();
-        if (flags_ == RayPickFlags::BoundingBoxes)
-        {
-            if (const auto within = Meets(box, local, 0))
-                hits_.push_back({visual, &frame, 0, within->first});
-            return;
-        }
-        if (!Meets(box, local, MarginOf(box)))
-            return;
-        faces_.clear();
-        FindFaces(*mesh.Compiled(), local, faces_);
-        for (const FaceHit& hit : faces_)
-            hits_.push_back({visual, &frame, hit.face, hit.distance});
-    }
-
-    WorldRay ray_;
-    RayPickFlags flags_;
-    std::vector<SceneHit> hits_;
-    std::vector<FaceHit> faces_; // of the mesh in work
-};
 
 } // namespace
 
-std::vector<SceneHit> FindHits(Frame& top, const WorldRay& ray, RayPickFlags flags)
+// The search.
+
+ScenePick::ScenePick(std::shared_ptr<Frame> top, PickQuery query)
+    : top_(std::move(top)), root_(top_->Root()), index_(&root_->Index()), query_(std::move(query))
 {
-    HitCollector collector{ray, flags};
-    VisitFrames(top, [&](Frame& frame) { collector.Visit(frame); });
-    return collector.Take();
+    index_->Refresh();
+    boxRay_ = rays::Prepared(query_.ray, index_->Tree());
+    if (boxRay_)
+        for (const rays::Reference root : index_->Roots())
+            Push({0, root, Kind::Node});
+    index_->Open(*this);
 }
 
-std::vector<std::shared_ptr<Frame>> PathTo(Frame& top, Frame& holder)
+ScenePick::~ScenePick()
 {
-    std::vector<std::shared_ptr<Frame>> path{holder.shared_from_this()};
-    while (path.back().get() != &top)
-        path.push_back(path.back()->Parent());
-    std::ranges::reverse(path);
-    return path;
+    Leave();
+}
+
+void ScenePick::Leave()
+{
+    if (index_ != nullptr)
+        index_->Close(*this);
+    index_ = nullptr;
+    waiting_ = {};
+    root_.reset();
+}
+
+// What may hold a hit comes before hits at the same distance, which come in the order of the scene.
+bool ScenePick::ComesAfter(const Waiting& a, const Waiting& b) const
+{
+    if (a.distance != b.distance)
+        return a.distance > b.distance;
+    if (a.kind != Kind::Hit || b.kind != Kind::Hit)
+        return a.kind > b.kind;
+    if (a.reference != b.reference)
+        return index_->ComesBefore(b.reference, a.reference);
+    return a.triangle > b.triangle;
+}
+
+void ScenePick::Push(const Waiting& item)
+{
+    waiting_.push_back(item);
+    std::ranges::push_heap(waiting_, [this](const Waiting& a, const Waiting& b) { return ComesAfter(a, b); });
+}
+
+ScenePick::Waiting ScenePick::Pop()
+{
+    std::ranges::pop_heap(waiting_, [this](const Waiting& a, const Waiting& b) { return ComesAfter(a, b); });
+    const Waiting item = waiting_.back();
+    waiting_.pop_back();
+    return item;
+}
+
+std::optional<ScenePick::Waiting> ScenePick::NextHit()
+{
+    while (!waiting_.empty())
+    {
+        const Waiting item = Pop();
+        switch (item.kind)
+        {
+        case Kind::Node:
+            OpenNode(item);
+            break;
+        case Kind::Visual:
+            OpenVisual(item);
+            break;
+        case Kind::Mesh:
+            OpenMesh(item);
+            break;
+        case Kind::RestOf:
+            OpenRest(item);
+            break;
+        case Kind::Hit:
+            if (item.isFirst)
+                Push({item.distance, item.reference, Kind::RestOf, false, item.triangle, item.face});
+            return item;
+        }
+    }
+    return std::nullopt;
+}
+
+void ScenePick::OpenNode(const Waiting& item)
+{
+    const rays::Node& node = index_->Tree().nodes[item.reference];
+    alignas(32) float entry[rays::Node::Width];
+    std::uint32_t lanes = rays::BestKernels().meetNode(node, *boxRay_, boxRay_->UpTo(query_.limit), entry);
+    for (; lanes != 0; lanes &= lanes - 1)
+    {
+        const int lane = std::countr_zero(lanes);
+        const rays::Reference child = node.child[lane];
+        if (child == rays::NoReference)
+            continue;
+        const bool isLeaf = (child & rays::LeafBit) != 0;
+        Push({boxRay_->From(entry[lane]), child & ~rays::LeafBit, isLeaf ? Kind::Visual : Kind::Node});
+    }
+}
+
+bool ScenePick::IsBelowTop(const Frame& frame) const
+{
+    const Frame* above = &frame;
+    while (above != nullptr && above != top_.get())
+        above = above->Above();
+    return above != nullptr;
+}
+
+WorldRay ScenePick::LocalRay(std::uint32_t entry) const
+{
+    const Matrix4& toLocal = (*index_)[entry].toLocal;
+    return {TransformPoint(query_.ray.origin, toLocal), TransformDirection(query_.ray.direction, toLocal)};
+}
+
+void ScenePick::OpenVisual(const Waiting& visual)
+{
+    const auto& entry = (*index_)[visual.reference];
+    if (top_ != root_ && !IsBelowTop(*entry.frame))
+        return;
+    const bool onlyBox = query_.flags == RayPickFlags::BoundingBoxes;
+    const rays::DoubleBox box{entry.mesh->Bounds().minimum, entry.mesh->Bounds().maximum};
+    const rays::Interval within =
+        rays::Within(onlyBox ? box : box.Grown(rays::PickMargin(box)), LocalRay(visual.reference));
+    if (!within.IsEmpty() && within.first <= query_.limit)
+        Push({within.first, visual.reference, onlyBox ? Kind::Hit : Kind::Mesh});
+}
+
+void ScenePick::OpenMesh(const Waiting& item)
+{
+    MeshBuilder& builder = *(*index_)[item.reference].mesh;
+    const auto mesh = builder.Compiled();
+    const rays::TriangleHit hit = builder.Rays().Nearest(*mesh, LocalRay(item.reference));
+    if (hit.distance <= query_.limit && hit.distance < rays::Missed)
+        Push({hit.distance, item.reference, Kind::Hit, true, hit.triangle, mesh->triangleFace[hit.triangle]});
+}
+
+// One hit for each face, the nearest of its triangles (which follow each other).
+void ScenePick::OpenRest(const Waiting& rest)
+{
+    MeshBuilder& builder = *(*index_)[rest.reference].mesh;
+    const auto mesh = builder.Compiled();
+    const auto hits = builder.Rays().All(*mesh, LocalRay(rest.reference));
+    for (std::size_t i = 0; i < hits.size();)
+    {
+        const std::uint32_t face = mesh->triangleFace[hits[i].triangle];
+        rays::TriangleHit nearest = hits[i];
+        for (++i; i < hits.size() && mesh->triangleFace[hits[i].triangle] == face; ++i)
+            nearest = std::min(nearest, hits[i]);
+        if (face != rest.face && nearest.distance <= query_.limit)
+            Push({nearest.distance, rest.reference, Kind::Hit, false, nearest.triangle, face});
+    }
+}
+
+PickHit ScenePick::Described(const Waiting& hit) const
+{
+    const auto& entry = (*index_)[hit.reference];
+    return {entry.mesh->shared_from_this(),
+            PathTo(*top_, *entry.frame),
+            {static_cast<std::int32_t>(hit.face), query_.positionAt(hit.distance)}};
+}
+
+std::optional<PickHit> ScenePick::Next()
+{
+    if (index_ != nullptr)
+    {
+        if (const auto hit = NextHit())
+            return Described(*hit);
+        Leave();
+    }
+    if (settled_.empty())
+        return std::nullopt;
+    PickHit hit = std::move(settled_.front());
+    settled_.pop_front();
+    return hit;
+}
+
+void ScenePick::Settle()
+{
+    while (const auto hit = NextHit())
+        settled_.push_back(Described(*hit));
+    Leave();
+}
+
+// Frames.
+
+rays::SceneIndex& Frame::Index()
+{
+    Frame& root = RootFrame();
+    if (!root.ownIndex_)
+        root.ownIndex_ = std::make_unique<rays::SceneIndex>(root);
+    return *root.ownIndex_;
 }
 
 std::shared_ptr<PickedArray> Frame::RayPick(const std::shared_ptr<Frame>& reference, const Ray& ray, RayPickFlags flags)
@@ -193,17 +235,14 @@ std::shared_ptr<PickedArray> Frame::RayPick(const std::shared_ptr<Frame>& refere
 
     Frame* space = SpaceOf(reference);
     const Matrix4 toWorld = space != nullptr ? space->WorldTransform() : Matrix4::Identity();
-    const WorldRay worldRay{TransformPoint(origin, toWorld), TransformDirection(direction, toWorld)};
-    std::vector<PickHit> picked;
-    for (SceneHit& hit : FindHits(*this, worldRay, flags))
-    {
-        const bool isBox = flags == RayPickFlags::BoundingBoxes;
-        const Vector position =
-            isBox ? Vector{0, 0, static_cast<float>(hit.distance)} : (origin + direction * hit.distance).ToVector();
-        picked.push_back(
-            {std::move(hit.visual), PathTo(*this, *hit.holder), {static_cast<std::int32_t>(hit.face), position}});
-    }
-    return std::make_shared<PickedArray>(std::move(picked));
+    PickQuery query;
+    query.ray = {TransformPoint(origin, toWorld), TransformDirection(direction, toWorld)};
+    query.flags = flags;
+    if (flags == RayPickFlags::BoundingBoxes)
+        query.positionAt = [](double distance) { return Vector{0, 0, static_cast<float>(distance)}; };
+    else
+        query.positionAt = [origin, direction](double distance) { return (origin + direction * distance).ToVector(); };
+    return std::make_shared<PickedArray>(std::make_unique<ScenePick>(shared_from_this(), std::move(query)));
 }
 
 Box Frame::Bounds(const std::shared_ptr<Frame>& reference)

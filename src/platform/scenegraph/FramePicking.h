@@ -2,33 +2,85 @@
 #pragma once
 
 #include "platform/scenegraph/Frame.h"
-#include "platform/scenegraph/MeshBuilder.h"
+#include "platform/scenegraph/rays/SceneIndex.h"
 
+#include <functional>
 #include <vector>
 
 namespace lumora
 {
 
 /// A ray in the world in which the roots stand; distances are counted in lengths of `direction`.
-struct WorldRay
+using WorldRay = rays::LocalRay;
+
+/// What to look for.
+struct PickQuery
 {
-    Double3 origin;
-    Double3 direction;
+    WorldRay ray;
+    RayPickFlags flags = RayPickFlags::Primitives;
+    double limit = rays::Missed;               ///< the farthest distance of a hit
+    std::function<Vector(double)> positionAt; ///< what hits report, by distance
 };
 
-struct SceneHit
-{
-    std::shared_ptr<Visual> visual;
-    Frame* holder = nullptr;
-    std::uint32_t face = 0;
-    double distance = 0;
-};
-
-/// What the ray meets at and below `top`: nearest first, equal distances in the order of the traversal. Frames whose
+/// What a ray meets at and below `top`: nearest first, equal distances in the order of the traversal. Frames whose
 /// transform is singular or not finite have nothing to meet.
-std::vector<SceneHit> FindHits(Frame& top, const WorldRay& ray, RayPickFlags flags);
+///
+/// Nodes of the scene's tree, visuals and hits wait together for their turn, ordered by the least distance each may
+/// have; whatever comes before a hit is looked into before the hit is told. Of a mesh only the nearest hit is searched
+/// for until that one was told and more are wanted.
+class ScenePick : public HitSource
+{
+public:
+    ScenePick(std::shared_ptr<Frame> top, PickQuery query);
+    ~ScenePick() override;
+    ScenePick(const ScenePick&) = delete;
+    ScenePick& operator=(const ScenePick&) = delete;
 
-/// The frames from `top` down to `holder`.
-std::vector<std::shared_ptr<Frame>> PathTo(Frame& top, Frame& holder);
+    std::optional<PickHit> Next() override;
+
+    /// Finds all that is still to come, and needs the scene no more.
+    void Settle();
+
+private:
+    enum class Kind : std::uint8_t
+    {
+        Node,
+        Visual,   // by its box in the world
+        Mesh,     // by its own box
+        RestOf,   // all hits of a mesh but the first
+        Hit,
+    };
+
+    struct Waiting
+    {
+        double distance = 0;
+        std::uint32_t reference = 0; // to a node or an entry
+        Kind kind = Kind::Node;
+        bool isFirst = false;       // hit of its mesh
+        std::uint32_t triangle = 0; // of a hit
+        std::uint32_t face = 0;
+    };
+
+    bool ComesAfter(const Waiting& a, const Waiting& b) const;
+    void Push(const Waiting& item);
+    Waiting Pop();
+    std::optional<Waiting> NextHit();
+    PickHit Described(const Waiting& hit) const;
+    void OpenNode(const Waiting& node);
+    void OpenVisual(const Waiting& visual);
+    void OpenMesh(const Waiting& mesh);
+    void OpenRest(const Waiting& rest);
+    WorldRay LocalRay(std::uint32_t entry) const;
+    bool IsBelowTop(const Frame& frame) const;
+    void Leave();
+
+    std::shared_ptr<Frame> top_;
+    std::shared_ptr<Frame> root_; // keeps the index
+    rays::SceneIndex* index_;     // nothing once settled
+    PickQuery query_;
+    std::optional<rays::BoxRay> boxRay_;
+    std::vector<Waiting> waiting_; // a heap
+    std::deque<PickHit> settled_;
+};
 
 } // namespace lumora

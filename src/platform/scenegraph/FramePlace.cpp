@@ -137,6 +137,7 @@ void Frame::SetLocal(const Matrix4& local)
 {
     if (!IsFinite(local))
         RaiseBadValue(Source, "The frame would leave the range of numbers");
+    BeforeChange();
     InvalidateWorld();
     local_ = local;
 }

@@ -227,6 +227,7 @@ std::shared_ptr<Face> MeshBuilder::CreateFace()
 
 void MeshBuilder::AppendCorner(std::size_t face, Vector position)
 {
+    BeforeReshaping();
     RequireRoom(data_, 1, 0, 1, 0);
     RequireMemory(
         [&]
@@ -281,6 +282,7 @@ std::int32_t MeshBuilder::AddFaces(std::span<const Vector> vertices, std::span<c
     const ListSize size = ExamineFaceList(faceList, vertices.size(), normals.size());
     RequireRoom(data_, vertices.size(), normals.size(), size.corners, size.faces);
 
+    BeforeReshaping();
     const std::size_t firstFace = data_.FaceCount();
     RequireMemory(
         [&]
@@ -315,6 +317,7 @@ void MeshBuilder::AddMeshBuilder(const std::shared_ptr<MeshBuilder>& other)
     const MeshData own = other.get() == this ? data_ : MeshData{};
     const MeshData& added = other.get() == this ? own : other->data_;
     RequireRoom(data_, added.vertices.size(), added.normals.size(), added.CornerCount(), added.FaceCount());
+    BeforeReshaping();
     RequireMemory(
         [&]
         {
@@ -396,6 +399,7 @@ void MeshBuilder::ReserveSpace(std::int32_t vertices, std::int32_t normals, std:
 void MeshBuilder::Empty()
 {
     faults::Point("MeshBuilder.Empty");
+    BeforeReshaping();
     data_ = MeshData{};
     ++generation_;
     Changed();
@@ -407,6 +411,7 @@ void MeshBuilder::Scale(float x, float y, float z)
     lumora::RequireFinite(Source, {x, y, z});
     if (!StaysFinite(data_.box, {x, y, z}, {}))
         RaiseBadValue(Source, "The mesh would leave the range of Singles");
+    BeforeReshaping();
     MoveVertices(data_, {x, y, z}, {});
     // Normals go with the cofactors, as planes do; a mirrored mesh keeps them outward.
     const Matrix4 scale = Matrix4::FromAxes({x, 0, 0}, {0, y, 0}, {0, 0, z}, {});
@@ -423,6 +428,7 @@ void MeshBuilder::Translate(float x, float y, float z)
     lumora::RequireFinite(Source, {x, y, z});
     if (!StaysFinite(data_.box, {1, 1, 1}, {x, y, z}))
         RaiseBadValue(Source, "The mesh would leave the range of Singles");
+    BeforeReshaping();
     MoveVertices(data_, {1, 1, 1}, {x, y, z});
     Changed();
 }

@@ -8,6 +8,7 @@
 #include "platform/scenegraph/MeshData.h"
 #include "platform/scenegraph/SceneObject.h"
 #include "platform/scenegraph/Texture.h"
+#include "platform/scenegraph/rays/MeshRays.h"
 
 #include <functional>
 #include <memory>
@@ -42,6 +43,11 @@ struct MeshGeometry
 };
 
 class MeshBuilder;
+
+namespace rays
+{
+class SceneIndex;
+} // namespace rays
 
 /// One polygon: before MeshBuilder::AddFace on its own, afterwards a view of the mesh's face. A view raises RMBadObject
 /// once the mesh is gone or was emptied.
@@ -126,7 +132,8 @@ public:
     /// As GetBox, for use within this library.
     const Box& Bounds() const { return data_.box; }
 
-    // Looks. What is said to the mesh is said to each of its faces.
+    // Looks. What is said to the mesh is said to each of its faces. Colours with an alpha of 252 (0.99) and more are
+    // drawn opaque.
 
     void SetColor(Color color);
     void SetColorRGB(float red, float green, float blue);
@@ -156,16 +163,37 @@ public:
     /// Built at need and kept until the mesh or one of its materials changes.
     std::shared_ptr<const DrawMesh> Compiled();
 
+    // Picking.
+
+    /// Compiles the mesh and builds its tree for rays now, which picks would otherwise do once they repeat. The tree lasts
+    /// until the mesh changes.
+    void PreparePicking();
+
+    /// What finds hits on Compiled(). For use within this library.
+    rays::MeshRays& Rays() { return rays_; }
+
 private:
     friend class Face;
+    friend class rays::SceneIndex;
     struct GroupMaterial
     {
         std::shared_ptr<Material> material;
         std::uint64_t revision = 0;
     };
 
+    // A scene's index that this mesh is in.
+    struct Watcher
+    {
+        rays::SceneIndex* index;
+        std::uint32_t firstEntry = 0xFFFFFFFF;
+        bool isInformed = false;
+    };
+
     MeshBuilder() = default;
-    void Changed() { compiled_.reset(); }
+    void BeforeReshaping();
+    void Changed();
+    Watcher& WatcherOf(rays::SceneIndex& index);
+    void EndWatch(const rays::SceneIndex& index);
     std::shared_ptr<Face> ViewOf(std::size_t face);
     std::size_t RequireFace(std::int32_t index) const;
     void AppendCorner(std::size_t face, Vector position);
@@ -182,6 +210,8 @@ private:
     std::uint32_t generation_ = 0; // of the faces: Empty ends one
     std::shared_ptr<const DrawMesh> compiled_;
     std::vector<GroupMaterial> groupMaterials_; // of compiled_
+    rays::MeshRays rays_;
+    std::vector<Watcher> watchers_;
 };
 
 } // namespace lumora

@@ -3,6 +3,7 @@
 #include "platform/scenegraph/Checks.h"
 #include "platform/scenegraph/MeshBuilder.h"
 #include "platform/scenegraph/MeshNormals.h"
+#include "platform/scenegraph/rays/SceneIndex.h"
 
 #include <algorithm>
 
@@ -212,7 +213,47 @@ void MeshBuilder::SetQuality(std::uint32_t quality)
     quality_ = quality;
 }
 
+// Picking.
+
+void MeshBuilder::PreparePicking()
+{
+    faults::Point("MeshBuilder.PreparePicking");
+    rays_.Prepare(*Compiled());
+}
+
+// Before vertices or faces change: picks under way are finished, and scenes look at the box again.
+void MeshBuilder::BeforeReshaping()
+{
+    for (std::size_t i = 0; i < watchers_.size(); ++i)
+    {
+        watchers_[i].index->BeforeChange();
+        if (!watchers_[i].isInformed)
+            watchers_[i].index->HasChanged(watchers_[i].firstEntry);
+        watchers_[i].isInformed = true;
+    }
+}
+
+MeshBuilder::Watcher& MeshBuilder::WatcherOf(rays::SceneIndex& index)
+{
+    for (Watcher& watcher : watchers_)
+        if (watcher.index == &index)
+            return watcher;
+    watchers_.push_back({&index});
+    return watchers_.back();
+}
+
+void MeshBuilder::EndWatch(const rays::SceneIndex& index)
+{
+    std::erase_if(watchers_, [&](const Watcher& watcher) { return watcher.index == &index; });
+}
+
 // Compiled form.
+
+void MeshBuilder::Changed()
+{
+    compiled_.reset();
+    rays_ = rays::MeshRays{};
+}
 
 bool MeshBuilder::MaterialsAreCurrent() const
 {

@@ -4,7 +4,9 @@
 #include "platform/math/Vector.h"
 #include "platform/scenegraph/SceneObject.h"
 
+#include <deque>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace lumora
@@ -39,20 +41,38 @@ struct PickHit
     PickDescription description;
 };
 
-/// Hits, nearest first; equal distances in the order of the traversal.
+/// Where hits come from, one after the other.
+class HitSource
+{
+public:
+    virtual ~HitSource() = default;
+
+    /// The next hit, or nothing after the last.
+    virtual std::optional<PickHit> Next() = 0;
+};
+
+/// Hits, nearest first; equal distances in the order of the traversal. They are searched for as they are asked for, and
+/// are those of the scene at the time of the pick: what would change the scene has the search finished first.
 class PickedArray : public Object
 {
 public:
     PickedArray() = default;
-    explicit PickedArray(std::vector<PickHit> hits) : hits_(std::move(hits)) {}
+    explicit PickedArray(std::unique_ptr<HitSource> source) : source_(std::move(source)) {}
 
+    /// Searches for all hits. Whether there is one at all, HasPick(0) answers sooner.
     std::int32_t GetSize() const;
 
-    /// Error 9 outside 0 .. GetSize() - 1.
+    /// Whether there is a hit of this index; searches no further.
+    bool HasPick(std::int32_t index) const;
+
+    /// Searches no further than this hit. Error 9 outside 0 .. GetSize() - 1. The hit stays where it is as long as the array.
     const PickHit& GetPick(std::int32_t index) const;
 
 private:
-    std::vector<PickHit> hits_;
+    bool Reach(std::size_t count) const;
+
+    mutable std::deque<PickHit> hits_;
+    mutable std::unique_ptr<HitSource> source_; // nothing once all hits are there
 };
 
 } // namespace lumora

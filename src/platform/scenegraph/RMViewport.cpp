@@ -134,12 +134,10 @@ Double3 RMViewport::CameraPoint(double screenX, double screenY, double depth) co
     return {x * z / front, y * z / front, LookSign() * z};
 }
 
-double RMViewport::DepthOf(Double3 cameraPoint) const
+double RMViewport::Planes::DepthOf(Double3 cameraPoint) const
 {
-    const double z = LookSign() * cameraPoint.z;
-    const double front = front_;
-    const double back = back_;
-    return IsOrthographic() ? (z - front) / (back - front) : back * (z - front) / ((back - front) * z);
+    const double z = lookSign * cameraPoint.z;
+    return isOrthographic ? (z - front) / (back - front) : back * (z - front) / ((back - front) * z);
 }
 
 // World and screen.
@@ -198,18 +196,16 @@ std::shared_ptr<PickedArray> RMViewport::Pick(const std::shared_ptr<Frame>& fram
 
     // From the front plane to the back plane, so that distances of 0 to 1 are what is drawn.
     const Double3 from = TransformPoint(CameraPoint(x, y, 0), cameraToWorld);
-    const WorldRay ray{from, TransformPoint(CameraPoint(x, y, 1), cameraToWorld) - from};
-    std::vector<PickHit> picked;
-    for (SceneHit& hit : FindHits(*frame, ray, RayPickFlags::Primitives))
+    PickQuery query;
+    query.ray = {from, TransformPoint(CameraPoint(x, y, 1), cameraToWorld) - from};
+    query.limit = 1;
+    query.positionAt = [=, ray = query.ray, toCamera = *worldToCamera,
+                        planes = Planes{front_, back_, LookSign(), IsOrthographic()}](double distance)
     {
-        if (hit.distance > 1)
-            break;
-        const double depth = DepthOf(TransformPoint(ray.origin + ray.direction * hit.distance, *worldToCamera));
-        const Vector position{static_cast<float>(x), static_cast<float>(y), static_cast<float>(depth)};
-        picked.push_back(
-            {std::move(hit.visual), PathTo(*frame, *hit.holder), {static_cast<std::int32_t>(hit.face), position}});
-    }
-    return std::make_shared<PickedArray>(std::move(picked));
+        const double depth = planes.DepthOf(TransformPoint(ray.origin + ray.direction * distance, toCamera));
+        return Vector{static_cast<float>(x), static_cast<float>(y), static_cast<float>(depth)};
+    };
+    return std::make_shared<PickedArray>(std::make_unique<ScenePick>(frame, std::move(query)));
 }
 
 } // namespace lumora

@@ -89,6 +89,16 @@ private:
         double halfHeight;
     };
 
+    // What depths depend on.
+    struct Planes
+    {
+        double front;
+        double back;
+        double lookSign;
+        bool isOrthographic;
+        double DepthOf(Double3 cameraPoint) const;
+    };
+
     bool IsOrthographic() const;
     double LookSign() const; // -1 for the right-handed projections: along which z the camera looks
     bool HasDepth() const { return back_ > front_; }
@@ -98,7 +108,6 @@ private:
     ScreenMap ShownMap() const;
     Matrix4 CameraToClip() const;
     Double3 CameraPoint(double screenX, double screenY, double depth) const;
-    double DepthOf(Double3 cameraPoint) const;
     Matrix4 CameraToWorld() const;
     PassState MakePass(const Matrix4& worldToCamera) const;
     DrawItem ItemFor(class MeshBuilder& mesh, const Matrix4& world) const;

@@ -1,6 +1,8 @@
 // Rays through frames, against closed forms.
 #include "platform/scenegraph/SceneDoubles.h"
 
+#include <array>
+#include <functional>
 #include <numbers>
 #include <random>
 
@@ -141,6 +143,309 @@ TEST(RayPicks, find_flat_boxes_and_nothing_in_flattened_frames)
     EXPECT_EQ(root->RayPick(root, ray, RayPickFlags::BoundingBoxes)->GetSize(), 0);
     EXPECT_TRUE(Raises(error::RMBadValue, [&] { root->RayPick(root, {{0, 0, 0}, {}}, RayPickFlags::Primitives); }));
     EXPECT_TRUE(Raises(error::RMBadValue, [&] { root->RayPick(root, {{0, NAN, 0}, {}}, RayPickFlags::Primitives); }));
+}
+
+namespace
+{
+
+// A scene that keeps changing, and what a ray meets in it by the plain way: every face of every mesh in the world.
+class ChangingScene
+{
+public:
+    explicit ChangingScene(unsigned seed) : random_(seed) { frames_.push_back(Frame::Make()); }
+
+    Frame& Root() { return *frames_.front(); }
+    float Number() { return std::normal_distribution<float>{}(random_); }
+    std::size_t Below(std::size_t count) { return std::uniform_int_distribution<std::size_t>{0, count - 1}(random_); }
+    const std::shared_ptr<Frame>& AnyFrame() { return frames_[Below(frames_.size())]; }
+
+    void Change()
+    {
+        const auto frame = AnyFrame();
+        switch (Below(9))
+        {
+        case 0:
+        case 1:
+            frames_.push_back(Frame::Make(frame));
+            frames_.back()->AddVisual(meshes_.empty() || Below(2) == 0 ? NewMesh() : meshes_[Below(meshes_.size())]);
+            break;
+        case 2: // may be a root that is put below another frame, or a frame on its own that becomes part of the scene
+            if (IsAcyclic(*AnyFrame(), *frame) && frame.get() != &Root())
+                AnyFrameNotBelow(*frame)->AddChild(frame);
+            break;
+        case 3:
+            if (const auto parent = frame->Parent(); parent && Below(3) == 0)
+                parent->DeleteChild(frame);
+            else if (!parent && frame.get() != &Root())
+                Root().AddChild(frame);
+            break;
+        case 4:
+            if (!frame->Visuals().empty())
+                frame->DeleteVisual(frame->Visuals().front());
+            break;
+        case 5:
+            if (!meshes_.empty())
+                meshes_[Below(meshes_.size())]->Translate(Number(), 0, 0);
+            break;
+        case 6:
+            if (!meshes_.empty())
+                AddTriangle(*meshes_[Below(meshes_.size())]);
+            break;
+        case 7: // mirrored and stretched, and now and then nothing or itself again
+            if (const std::size_t kind = Below(20); kind < 6)
+            {
+                const float scale = kind == 0 && frame.get() != &Root() ? 0 : 1;
+                frame->AddScale(CombineType::Replace, scale, scale, scale);
+            }
+            else
+                frame->AddScale(CombineType::Before, kind < 12 ? -1.1F : 0.9F, 1.2F, 0.9F);
+            break;
+        default:
+            frame->AddRotation(CombineType::After, {Number(), 1, Number()}, Number());
+            frame->SetPosition(frame->Parent(), Number() / 2, Number() / 2, Number() / 2);
+        }
+    }
+
+    // Compares what a pick finds with the plain way.
+    void Check(Frame& top, RayPickFlags flags)
+    {
+        const Double3 origin{4 * Number(), 4 * Number(), 4 * Number()};
+        const Double3 direction = Normalized(Double3{Number(), Number(), Number()} - origin);
+        const auto world = Frame::Make();
+        const auto hits = top.RayPick(world, {direction.ToVector(), origin.ToVector()}, flags);
+        std::vector<Expected> expected;
+        Collect(top, Double3{origin.ToVector()}, Normalized(Double3{direction.ToVector()}), flags, expected);
+        double last = 0;
+        for (std::int32_t i = 0; hits->HasPick(i); ++i)
+        {
+            const PickHit& hit = hits->GetPick(i);
+            const Vector place = hit.description.position;
+            const double distance =
+                flags == RayPickFlags::BoundingBoxes ? place.z : Length(Double3{place} - Double3{origin.ToVector()});
+            const auto same = std::ranges::find_if(expected,
+                                                   [&](const Expected& e)
+                                                   {
+                                                       return e.visual == hit.visual && e.holder == hit.framePath.back() &&
+                                                              e.face == hit.description.faceIndex && !e.isFound;
+                                                   });
+            ASSERT_NE(same, expected.end()) << "a hit that is none";
+            EXPECT_EQ(hit.framePath.front().get(), &top);
+            same->isFound = true;
+            EXPECT_NEAR(same->distance, distance, 1e-4 * (1 + distance));
+            EXPECT_GE(same->distance, last - 1e-4 * (1 + distance)) << "nearest first";
+            last = same->distance;
+        }
+        for (const Expected& e : expected)
+            EXPECT_TRUE(e.isFound || e.isDoubtful) << "a hit is missing at " << e.distance;
+        found_ += expected.size();
+    }
+
+    std::size_t Found() const { return found_; }
+
+private:
+    struct Expected
+    {
+        std::shared_ptr<Visual> visual;
+        std::shared_ptr<Frame> holder;
+        std::int32_t face;
+        double distance;
+        bool isDoubtful; ///< so near a side that it may be missed
+        bool isFound = false;
+    };
+
+    static bool IsAcyclic(const Frame& below, const Frame& frame)
+    {
+        for (const Frame* above = &below; above != nullptr; above = above->Above())
+            if (above == &frame)
+                return false;
+        return true;
+    }
+
+    std::shared_ptr<Frame> AnyFrameNotBelow(const Frame& frame)
+    {
+        for (int i = 0; i < 20; ++i)
+            if (const auto& other = AnyFrame(); IsAcyclic(*other, frame))
+                return other;
+        return frames_.front();
+    }
+
+    void AddTriangle(MeshBuilder& mesh)
+    {
+        std::vector<Vector> corners;
+        for (int i = 0; i < 3; ++i)
+            corners.push_back({Number(), Number(), Number()});
+        mesh.AddFaces(corners, {}, std::vector<std::int32_t>{3, 0, 1, 2, 0});
+    }
+
+    std::shared_ptr<MeshBuilder> NewMesh()
+    {
+        meshes_.push_back(MeshBuilder::Make());
+        for (std::size_t i = Below(20); i < 20; ++i)
+            AddTriangle(*meshes_.back());
+        return meshes_.back();
+    }
+
+    static void Collect(Frame& frame, Double3 o, Double3 d, RayPickFlags flags, std::vector<Expected>& expected)
+    {
+        const Matrix4& world = frame.WorldTransform();
+        if (Inverse(world))
+            for (const auto& visual : frame.Visuals())
+            {
+                const auto mesh = std::dynamic_pointer_cast<MeshBuilder>(visual);
+                if (flags == RayPickFlags::BoundingBoxes)
+                    CollectBox(*mesh, frame, o, d, expected);
+                const MeshGeometry shape = mesh->GetGeometry();
+                for (std::size_t face = 0; flags == RayPickFlags::Primitives && face < shape.faceList.size() / 4; ++face)
+                {
+                    const auto at = [&](std::size_t i)
+                    {
+                        const auto vertex = static_cast<std::size_t>(shape.faceList[4 * face + 1 + i]);
+                        return TransformPoint(shape.vertices[vertex], world);
+                    };
+                    CollectTriangle({visual, frame.shared_from_this(), static_cast<std::int32_t>(face), 0, false},
+                                    {at(0) - o, at(1) - o, at(2) - o}, d, expected);
+                }
+            }
+        for (const auto& child : frame.Children())
+            Collect(*child, o, d, flags, expected);
+    }
+
+    // By the volumes that the ray spans with the triangle's sides.
+    static void CollectTriangle(Expected hit, const std::array<Double3, 3>& corner, Double3 d,
+                                std::vector<Expected>& expected)
+    {
+        const double u = Dot(d, Cross(corner[1], corner[2]));
+        const double v = Dot(d, Cross(corner[2], corner[0]));
+        const double w = Dot(d, Cross(corner[0], corner[1]));
+        const double sum = u + v + w;
+        const double least = std::min({u / sum, v / sum, w / sum});
+        hit.distance = Dot(corner[0], Cross(corner[1], corner[2])) / sum;
+        hit.isDoubtful = !(least > 1e-6) || hit.distance < 1e-6;
+        if (least > -1e-6 && hit.distance > -1e-6)
+            expected.push_back(hit);
+    }
+
+    // By halving: the box in the frame's own coordinates, asked point by point along the ray.
+    static void CollectBox(const MeshBuilder& mesh, Frame& frame, Double3 o, Double3 d, std::vector<Expected>& expected)
+    {
+        const Matrix4 toLocal = *Inverse(frame.WorldTransform());
+        const Double3 from = TransformPoint(o, toLocal);
+        const Double3 along = TransformDirection(d, toLocal);
+        const Box& box = mesh.Bounds();
+        if (box.IsEmpty())
+            return;
+        const double start[3] = {from.x, from.y, from.z};
+        const double step[3] = {along.x, along.y, along.z};
+        const double low[3] = {box.minimum.x, box.minimum.y, box.minimum.z};
+        const double high[3] = {box.maximum.x, box.maximum.y, box.maximum.z};
+        double enters = 0;
+        double leaves = 1e9;
+        for (int axis = 0; axis < 3; ++axis)
+        {
+            const double near = ((step[axis] > 0 ? low : high)[axis] - start[axis]) / step[axis];
+            const double far = ((step[axis] > 0 ? high : low)[axis] - start[axis]) / step[axis];
+            enters = std::max(enters, near);
+            leaves = std::min(leaves, far);
+        }
+        if (enters > leaves + 1e-6)
+            return;
+        const auto visual = const_cast<MeshBuilder&>(mesh).shared_from_this();
+        expected.push_back({visual, frame.shared_from_this(), 0, enters, enters > leaves - 1e-6});
+    }
+
+    std::mt19937 random_;
+    std::vector<std::shared_ptr<Frame>> frames_;
+    std::vector<std::shared_ptr<MeshBuilder>> meshes_;
+    std::size_t found_ = 0;
+};
+
+} // namespace
+
+TEST(RayPicks, find_what_a_plain_search_finds_while_the_scene_keeps_changing)
+{
+    for (unsigned seed = 1; seed <= 6; ++seed)
+    {
+        ChangingScene scene{seed};
+        for (int step = 0; step < 400 && !HasFatalFailure(); ++step)
+        {
+            SCOPED_TRACE("seed " + std::to_string(seed) + ", step " + std::to_string(step));
+            for (std::size_t changes = scene.Below(step % 50 == 0 ? 30 : 3); changes > 0; --changes)
+                scene.Change();
+            scene.Check(scene.Root(), step % 2 == 0 ? RayPickFlags::Primitives : RayPickFlags::BoundingBoxes);
+            if (step % 3 == 0)
+                scene.Check(*scene.AnyFrame(), RayPickFlags::Primitives);
+        }
+        EXPECT_GT(scene.Found(), 500U) << seed;
+    }
+}
+
+TEST(RayPicks, tell_equal_distances_in_the_order_of_the_scene_however_it_came_about)
+{
+    const auto root = Frame::Make();
+    const auto first = Frame::Make(root);
+    const auto last = Frame::Make(root);
+    const auto cube = MakeCube(-1, 1);
+    const auto other = MakeCube(-1, 1);
+    last->AddVisual(cube);
+    const auto order = [&](RayPickFlags flags)
+    {
+        std::vector<std::pair<std::shared_ptr<Frame>, std::shared_ptr<Visual>>> result;
+        const auto hits = root->RayPick(root, {{0, 0, 1}, {0.1F, 0.2F, -3}}, flags);
+        for (std::int32_t i = 0; hits->HasPick(i); ++i)
+            result.emplace_back(hits->GetPick(i).framePath.back(), hits->GetPick(i).visual);
+        return result;
+    };
+    using Order = std::vector<std::pair<std::shared_ptr<Frame>, std::shared_ptr<Visual>>>;
+    EXPECT_EQ(order(RayPickFlags::BoundingBoxes), (Order{{last, cube}}));
+    first->AddVisual(other);
+    EXPECT_EQ(order(RayPickFlags::BoundingBoxes), (Order{{first, other}, {last, cube}}));
+    first->AddVisual(cube);
+    root->AddVisual(cube);
+    const Order all{{root, cube}, {first, other}, {first, cube}, {last, cube}};
+    EXPECT_EQ(order(RayPickFlags::BoundingBoxes), all);
+    Order twice = all; // fronts, then backs
+    twice.insert(twice.end(), all.begin(), all.end());
+    EXPECT_EQ(order(RayPickFlags::Primitives), twice);
+    root->AddChild(first); // comes last from now on
+    EXPECT_EQ(order(RayPickFlags::BoundingBoxes), (Order{{root, cube}, {last, cube}, {first, other}, {first, cube}}));
+}
+
+TEST(RayPicks, are_of_the_scene_they_were_cast_into_whenever_they_are_read)
+{
+    using Change = std::function<void(const std::shared_ptr<Frame>&, const std::shared_ptr<MeshBuilder>&)>;
+    const std::pair<const char*, Change> changes[] = {
+        {"moved", [](const auto& frame, const auto&) { frame->SetPosition(nullptr, 5, 0, 0); }},
+        {"taken out", [](const auto& frame, const auto&) { frame->Root()->DeleteChild(frame); }},
+        {"put elsewhere", [](const auto& frame, const auto&) { Frame::Make()->AddChild(frame); }},
+        {"shown no more", [](const auto& frame, const auto& mesh) { frame->DeleteVisual(mesh); }},
+        {"emptied", [](const auto&, const auto& mesh) { mesh->Empty(); }},
+        {"the mesh moved", [](const auto&, const auto& mesh) { mesh->Translate(5, 0, 0); }},
+        {"its root put below another", [](const auto& frame, const auto&) { Frame::Make()->AddChild(frame->Root()); }},
+    };
+    for (const auto& [name, change] : changes)
+        for (const bool isCompiled : {false, true})
+        {
+            const auto root = Frame::Make();
+            const auto frame = Frame::Make(root);
+            const auto mesh = MakeCube(-1, 1);
+            frame->AddVisual(mesh);
+            if (isCompiled)
+                mesh->Compiled();
+            const auto hits = root->RayPick(root, {{0, 0, 1}, {0.1F, 0.2F, -3}}, RayPickFlags::Primitives);
+            const auto fresh = root->RayPick(root, {{0, 0, 1}, {0.1F, 0.2F, -3}}, RayPickFlags::Primitives);
+            ASSERT_TRUE(hits->HasPick(0));
+            const PickHit& front = hits->GetPick(0);
+            change(frame, mesh);
+            for (const auto& array : {hits, fresh})
+            {
+                ASSERT_EQ(array->GetSize(), 2) << name;
+                EXPECT_EQ(array->GetPick(1).framePath, (std::vector{root, frame})) << name;
+                EXPECT_TRUE(IsNear(array->GetPick(1).description.position, {0.1F, 0.2F, 1}, 1e-5)) << name;
+            }
+            EXPECT_TRUE(IsNear(front.description.position, {0.1F, 0.2F, -1}, 1e-5)) << name;
+            const auto after = root->RayPick(root, {{0, 0, 1}, {0.1F, 0.2F, -3}}, RayPickFlags::Primitives);
+            EXPECT_EQ(after->GetSize() == 2, std::string{name} == "its root put below another") << name;
+        }
 }
 
 TEST(RayPicks, bounds_hold_every_visual_below)

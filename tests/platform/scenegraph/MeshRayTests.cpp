@@ -1,0 +1,257 @@
+// Rays through one mesh: every way of searching against the plain loop, and that loop against geometry.
+#include "platform/scenegraph/rays/MeshRays.h"
+
+#include <gtest/gtest.h>
+#include <numbers>
+#include <random>
+
+namespace lumora::rays
+{
+
+namespace
+{
+
+struct Way
+{
+    const char* name;
+    Method method;
+    const Kernels& kernels;
+};
+
+const Way Ways[] = {
+    {"plain loop", Method::Plain, PlainKernels()},          {"sweep", Method::Sweep, BestKernels()},
+    {"sweep without vectors", Method::Sweep, PlainKernels()}, {"tree", Method::Tree, BestKernels()},
+    {"tree without vectors", Method::Tree, PlainKernels()}, {"as it comes", Method::Automatic, BestKernels()},
+};
+
+// Triangles of given corners; each is a face of its own.
+DrawMesh MeshOf(const std::vector<Vector>& vertices, std::vector<std::uint32_t> indices)
+{
+    DrawMesh mesh;
+    for (const Vector v : vertices)
+    {
+        mesh.x.push_back(v.x);
+        mesh.y.push_back(v.y);
+        mesh.z.push_back(v.z);
+        mesh.bounds.Include(v);
+    }
+    for (std::uint32_t triangle = 0; triangle < indices.size() / 3; ++triangle)
+        mesh.triangleFace.push_back(triangle);
+    mesh.indices = std::move(indices);
+    return mesh;
+}
+
+struct Soup
+{
+    const char* name;
+    std::uint32_t triangles;
+    double size;   ///< of the triangles; they lie within 1
+    double scale;  ///< of everything
+    double offset; ///< of everything, before the scale
+    std::vector<float> poison;
+};
+
+DrawMesh Random(const Soup& soup, std::mt19937& random)
+{
+    std::normal_distribution<double> number;
+    std::uniform_int_distribution<std::uint32_t> any{0, 1000};
+    std::vector<Vector> vertices;
+    std::vector<std::uint32_t> indices;
+    for (std::uint32_t triangle = 0; triangle < soup.triangles; ++triangle)
+    {
+        const Double3 centre{number(random), number(random), number(random)};
+        for (int corner = 0; corner < 3; ++corner)
+        {
+            const Double3 from = Double3{number(random), number(random), number(random)} * soup.size;
+            const Double3 shift{soup.offset, -soup.offset, 0};
+            Vector place = ((centre + from + shift) * soup.scale).ToVector();
+            if (!soup.poison.empty() && any(random) < 30)
+                (any(random) < 500 ? place.x : place.z) = soup.poison[any(random) % soup.poison.size()];
+            indices.push_back(static_cast<std::uint32_t>(vertices.size()));
+            vertices.push_back(place);
+        }
+        if (any(random) < 50) // no area
+            indices.back() = indices[indices.size() - 2];
+        if (any(random) < 300 && triangle > 0) // shares a side
+            indices[indices.size() - 3] = indices[indices.size() - 5];
+    }
+    return MeshOf(vertices, std::move(indices));
+}
+
+// A sphere of quarter turns cut in two, closed: its poles are shared, and so is the seam.
+DrawMesh Sphere(int rings, int sectors)
+{
+    std::vector<Vector> vertices{{0, 1, 0}};
+    std::vector<std::uint32_t> indices;
+    const auto at = [&](int ring, int sector)
+    {
+        if (ring == 0 || ring == rings)
+            return static_cast<std::uint32_t>(ring == 0 ? 0 : (rings - 1) * sectors + 1);
+        return static_cast<std::uint32_t>(1 + (ring - 1) * sectors + sector % sectors);
+    };
+    for (int ring = 1; ring < rings; ++ring)
+        for (int sector = 0; sector < sectors; ++sector)
+        {
+            const double down = std::numbers::pi * ring / rings;
+            const double around = 2 * std::numbers::pi * sector / sectors;
+            vertices.push_back(Double3{std::sin(down) * std::cos(around), std::cos(down),
+                                       std::sin(down) * std::sin(around)}
+                                   .ToVector());
+        }
+    vertices.push_back({0, -1, 0});
+    for (int ring = 0; ring < rings; ++ring)
+        for (int sector = 0; sector < sectors; ++sector)
+        {
+            if (ring > 0)
+                indices.insert(indices.end(), {at(ring, sector), at(ring, sector + 1), at(ring + 1, sector)});
+            if (ring + 1 < rings)
+                indices.insert(indices.end(), {at(ring, sector + 1), at(ring + 1, sector + 1), at(ring + 1, sector)});
+        }
+    return MeshOf(vertices, std::move(indices));
+}
+
+} // namespace
+
+TEST(MeshRays, are_the_same_whichever_way_they_are_searched_for)
+{
+    const float infinity = std::numeric_limits<float>::infinity();
+    const Soup soups[] = {
+        {"many small ones", 3000, 0.05, 1, 0, {}},
+        {"few large ones", 40, 2, 1, 0, {}},
+        {"tiny", 500, 0.2, 1e-38, 0, {}},
+        {"huge", 500, 0.2, 1e37, 0, {}},
+        {"far from their origin", 500, 0.2, 1, 3e4, {}},
+        {"points", 300, 0, 1, 0, {}},
+        {"hostile", 2000, 0.3, 1, 0, {NAN, infinity, -infinity, 3e38F, 1e-45F}},
+    };
+    std::mt19937 random{11};
+    std::normal_distribution<double> number;
+    for (const Soup& soup : soups)
+    {
+        const DrawMesh mesh = Random(soup, random);
+        std::vector<MeshRays> searches;
+        for (const Way& way : Ways)
+            searches.emplace_back(way.method, way.kernels);
+        std::size_t found = 0;
+        for (int i = 0; i < 300; ++i)
+        {
+            const Double3 shift{soup.offset, -soup.offset, 0};
+            const double away = i % 3 == 0 ? 1e5 : 5;
+            Double3 direction{i % 5 == 0 ? 0 : number(random), i % 7 == 0 ? 0 : number(random), number(random)};
+            Double3 origin = Double3{number(random), number(random), number(random)} - direction * away;
+            if (i % 4 == 0) // straight at a corner
+            {
+                const auto vertex = static_cast<std::size_t>(i) % mesh.x.size();
+                const Double3 corner{mesh.x[vertex], mesh.y[vertex], mesh.z[vertex]};
+                origin = corner * (1 / soup.scale) - shift - direction * away;
+            }
+            const LocalRay ray{(origin + shift) * soup.scale, direction * (i % 2 == 0 ? 1 : soup.scale)};
+            const auto all = searches[0].All(mesh, ray);
+            found += all.size();
+            const TriangleHit nearest =
+                all.empty() ? TriangleHit{} : *std::ranges::min_element(all, [](auto a, auto b) { return a < b; });
+            for (std::size_t way = 0; way < searches.size(); ++way)
+            {
+                const auto others = searches[way].All(mesh, ray);
+                ASSERT_EQ(others.size(), all.size()) << soup.name << ", " << Ways[way].name << ", ray " << i;
+                for (std::size_t hit = 0; hit < all.size(); ++hit)
+                    ASSERT_TRUE(others[hit].triangle == all[hit].triangle && others[hit].distance == all[hit].distance)
+                        << soup.name << ", " << Ways[way].name << ", ray " << i;
+                const TriangleHit first = searches[way].Nearest(mesh, ray);
+                ASSERT_TRUE(first.triangle == nearest.triangle && first.distance == nearest.distance)
+                    << soup.name << ", " << Ways[way].name << ", ray " << i;
+            }
+        }
+        EXPECT_EQ(found > 50, soup.size > 0) << soup.name;
+    }
+}
+
+// Volumes of tetrahedra above the ray in long doubles: which side of each of a triangle's sides the ray passes.
+TEST(MeshRays, meet_the_triangles_that_geometry_says_and_where)
+{
+    std::mt19937 random{5};
+    std::normal_distribution<double> number;
+    const DrawMesh mesh = Random({"", 400, 0.7, 1, 0, {}}, random);
+    MeshRays tree{Method::Tree};
+    using Long = long double;
+    int certain = 0;
+    for (int i = 0; i < 300; ++i)
+    {
+        const Double3 o{3 * number(random), 3 * number(random), 3 * number(random)};
+        const Double3 d = Double3{number(random), number(random), number(random)} - o;
+        std::vector<double> met(mesh.TriangleCount(), Missed);
+        for (const TriangleHit& hit : tree.All(mesh, {o, d}))
+            met[hit.triangle] = hit.distance;
+        for (std::uint32_t triangle = 0; triangle < mesh.TriangleCount(); ++triangle)
+        {
+            const auto at = [&](int k)
+            {
+                const std::uint32_t v = mesh.indices[3 * triangle + static_cast<unsigned>(k)];
+                return Double3{mesh.x[v], mesh.y[v], mesh.z[v]} - o;
+            };
+            const auto volume = [](Double3 a, Double3 b, Double3 c)
+            {
+                return Long{a.x} * (Long{b.y} * c.z - Long{b.z} * c.y) + Long{a.y} * (Long{b.z} * c.x - Long{b.x} * c.z) +
+                       Long{a.z} * (Long{b.x} * c.y - Long{b.y} * c.x);
+            };
+            const Long sides[3] = {volume(d, at(0), at(1)), volume(d, at(1), at(2)), volume(d, at(2), at(0))};
+            const Long sum = sides[0] + sides[1] + sides[2];
+            const Long t = sum != 0 ? volume(at(0), at(1), at(2)) / sum : -1;
+            const Long least = std::min({sides[0] / sum, sides[1] / sum, sides[2] / sum});
+            if (!(std::abs(sum) > 1e-6L) || std::abs(least) < 1e-9L || std::abs(t) < 1e-9L)
+                continue; // so close that either answer is right
+            const bool isMet = least > 0 && t > 0;
+            ASSERT_EQ(met[triangle] != Missed, isMet) << "ray " << i << ", triangle " << triangle;
+            if (!isMet)
+                continue;
+            ++certain;
+            ASSERT_NEAR(met[triangle], static_cast<double>(t), 1e-9 * (1 + std::abs(met[triangle])));
+        }
+    }
+    EXPECT_GT(certain, 500);
+}
+
+TEST(MeshRays, never_slip_out_of_a_closed_sphere)
+{
+    const DrawMesh sphere = Sphere(20, 31);
+    std::vector<Double3> targets;
+    const auto at = [&](std::uint32_t v) { return Double3{sphere.x[v], sphere.y[v], sphere.z[v]}; };
+    for (std::size_t i = 0; i < sphere.indices.size(); ++i)
+    {
+        const Double3 here = at(sphere.indices[i]);
+        const Double3 next = at(sphere.indices[i % 3 == 2 ? i - 2 : i + 1]);
+        targets.push_back(here);
+        targets.push_back((here + next) * 0.5);
+        targets.push_back(here * 0.3 + next * 0.7);
+    }
+    for (const Way& way : Ways)
+        for (const Double3 origin : {Double3{}, Double3{0.1, -0.2, 0.3}, Double3{0, 0.9, 0}, Double3{1.0 / 3, 0, 0}})
+        {
+            MeshRays search{way.method, way.kernels};
+            const std::size_t step = way.method == Method::Tree ? 1 : 19;
+            for (std::size_t i = 0; i < targets.size(); i += step)
+            {
+                const Double3 direction = targets[i] - origin;
+                const TriangleHit hit = search.Nearest(sphere, {origin, direction});
+                ASSERT_LT(hit.distance, Missed) << way.name << ", target " << i;
+                ASSERT_NEAR(hit.distance, 1, 1e-6) << way.name << ", target " << i;
+            }
+        }
+}
+
+TEST(MeshRays, take_a_bounded_tree_and_time_for_a_million_triangles_in_one_place)
+{
+    constexpr std::uint32_t count = 1000000;
+    std::vector<Vector> vertices;
+    for (std::uint32_t i = 0; i < count; ++i) // shrinking towards one point, beyond what can be told apart
+        vertices.push_back(Vector{1, 2, 3} * std::ldexp(1.0F, -static_cast<int>(i % 150)));
+    std::vector<std::uint32_t> indices;
+    for (std::uint32_t i = 0; i < count; ++i)
+        indices.insert(indices.end(), {i, (i + 1) % count, (i + 151) % count});
+    const DrawMesh mesh = MeshOf(vertices, std::move(indices));
+    MeshRays rays{Method::Tree};
+    EXPECT_EQ(rays.Nearest(mesh, {{0, 0, -1}, {0, 1, 0}}).distance, Missed);
+    EXPECT_LT(rays.ByteSize() / count, 160U) << "bytes for a triangle";
+}
+
+} // namespace lumora::rays
