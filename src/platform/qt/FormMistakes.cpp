@@ -17,7 +17,8 @@ namespace
 QString MistakeInValue(const PropertyRow& row, QStringView kind, const QString& text)
 {
     if (row.type == PropertyType::Object)
-        return kind == u"pixmap" && row.saved ? QString{} : QStringLiteral("%1 cannot be set in a form").arg(row.name.data());
+        return kind == u"pixmap" && row.saved ? QString{}
+                                              : QStringLiteral("%1 cannot be set in a form").arg(row.name.data());
     const bool isScoped = kind == u"enum" || kind == u"set";
     const std::string value = (isScoped ? text.section(QStringLiteral("::"), -1) : text).trimmed().toStdString();
     try
@@ -55,7 +56,10 @@ public:
     }
 
 private:
-    void Say(const QString& sentence) { mistakes_ << QStringLiteral("Line %1: %2").arg(xml_.lineNumber()).arg(sentence); }
+    void Say(const QString& sentence)
+    {
+        mistakes_ << QStringLiteral("Line %1: %2").arg(xml_.lineNumber()).arg(sentence);
+    }
 
     void ReadProperty()
     {
@@ -71,7 +75,8 @@ private:
         }
         else if (ViewportWidget::staticMetaObject.indexOfProperty(name.c_str()) < 0)
             Say(QStringLiteral("A viewport has no property %1; the nearest is %2")
-                    .arg(QString::fromStdString(name), QString::fromStdString(std::string{NearestProperty(name).name})));
+                    .arg(QString::fromStdString(name),
+                         QString::fromStdString(std::string{NearestProperty(name).name})));
     }
 
     QXmlStreamReader xml_;

@@ -356,7 +356,8 @@ void ViewportWidget::TellUnknownProperty(const QByteArray& name) const
 {
     const std::string_view text{name.constData(), static_cast<std::size_t>(name.size())};
     const std::string_view nearest = NearestProperty(text).name;
-    const bool isMeant = !IsDesignTime() && !text.empty() && ((text[0] >= 'A' && text[0] <= 'Z') || EqualIgnoringCase(text, nearest));
+    const bool isMeant =
+        !IsDesignTime() && !text.empty() && ((text[0] >= 'A' && text[0] <= 'Z') || EqualIgnoringCase(text, nearest));
     if (isMeant && !FindProperty(text) && property(name.constData()).isValid())
         Report(error::MemberNotFound, "Viewport",
                "A viewport has no property " + std::string{text} + "; the nearest is " + std::string{nearest});

@@ -1,7 +1,7 @@
 // The widget as a program and its forms see it: properties, signals, pictures, and failures that stay inside.
+#include "platform/qt/QtSession.h"
 #include "properties/PropertyTable.h"
 #include "properties/PropertyValues.h"
-#include "platform/qt/QtSession.h"
 
 #include <QMetaProperty>
 #include <QVBoxLayout>

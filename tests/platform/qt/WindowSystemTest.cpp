@@ -75,7 +75,8 @@ TEST_F(QtWindowSystem, the_pixels_of_the_screen_are_the_controls)
     QImage seen;
     const auto differences = [&]
     {
-        seen = widget_->screen()->grabWindow(0).toImage().copy(QRect{corner, size}).convertToFormat(QImage::Format_RGB32);
+        seen =
+            widget_->screen()->grabWindow(0).toImage().copy(QRect{corner, size}).convertToFormat(QImage::Format_RGB32);
         int count = 0;
         for (int y = 0; y < size.height(); ++y)
             for (int x = 0; x < size.width(); ++x)
@@ -128,14 +129,17 @@ TEST_F(QtWindowSystem, a_window_that_closes_in_a_drag_gives_the_cursor_back)
 TEST_F(QtWindowSystem, clicks_and_keys_arrive_in_their_order)
 {
     QStringList heard;
-    QObject::connect(widget_.get(), &ViewportWidget::MouseDown, [&](int button, int shift, float x, float)
+    QObject::connect(widget_.get(), &ViewportWidget::MouseDown,
+                     [&](int button, int shift, float x, float)
                      { heard << QStringLiteral("down %1 %2 %3").arg(button).arg(shift).arg(qRound(x)); });
     QObject::connect(widget_.get(), &ViewportWidget::MouseUp, [&] { heard << "up"; });
     QObject::connect(widget_.get(), &ViewportWidget::Click, [&] { heard << "click"; });
-    QObject::connect(widget_.get(), &ViewportWidget::KeyDown, [&](int code, int shift)
-                     { heard << QStringLiteral("key %1 %2").arg(code).arg(shift); });
-    QObject::connect(widget_.get(), &ViewportWidget::KeyPress, [&](int c) { heard << QStringLiteral("'%1'").arg(QChar{c}); });
-    QObject::connect(widget_.get(), &ViewportWidget::KeyUp, [&](int code) { heard << QStringLiteral("keyup %1").arg(code); });
+    QObject::connect(widget_.get(), &ViewportWidget::KeyDown,
+                     [&](int code, int shift) { heard << QStringLiteral("key %1 %2").arg(code).arg(shift); });
+    QObject::connect(widget_.get(), &ViewportWidget::KeyPress,
+                     [&](int c) { heard << QStringLiteral("'%1'").arg(QChar{c}); });
+    QObject::connect(widget_.get(), &ViewportWidget::KeyUp,
+                     [&](int code) { heard << QStringLiteral("keyup %1").arg(code); });
     Do({"click", "1"});
     Do({"keydown", "shift", "keydown", "1", "keyup", "shift", "keyup", "1"}); // the key changes its name in between
     const QStringList expected{"down 1 0 60", "up", "click", "key 16 1", "key 49 1", "'!'", "keyup 16", "keyup 49"};
