@@ -266,12 +266,13 @@ void AddLights(const std::shared_ptr<Frame>& scene)
 
 } // namespace
 
-Stage MakeBuiltInScene()
+Stage MakeBuiltInScene(Sky sky)
 {
     Stage stage;
     stage.scene = Frame::Make();
     std::vector<Occluder> occluders;
-    AddSky(stage.scene);
+    if (sky == Sky::Evening)
+        AddSky(stage.scene);
     AddArches(stage.scene, occluders);
     AddPlinth(stage.scene, occluders);
     AddKnot(stage.scene, occluders);

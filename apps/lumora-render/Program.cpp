@@ -41,7 +41,7 @@ void Complain(std::string sentence)
 Stage PrepareStage(const Request& request)
 {
     if (request.models.empty())
-        return MakeBuiltInScene();
+        return MakeBuiltInScene(request.ShowsNavControls() ? Sky::Plain : Sky::Evening);
     if (request.camera)
         return LoadModels(request.models, Arrangement::AsTheyAre);
     return LoadModels(request.models, request.ShowsNavControls() ? Arrangement::Walkable : Arrangement::SideBySide);
