@@ -2,8 +2,10 @@
 #include "stage/Models.h"
 
 #include "platform/automation/RuntimeError.h"
+#include "platform/scenegraph/MeshBuilder.h"
 
 #include <algorithm>
+#include <map>
 
 #ifdef LUMORA_HAS_IMPORT
 #include "import/Import.h"
@@ -67,9 +69,45 @@ float PlaceInRow(Frame& model, float size, float left)
     return left + box.maximum.x - box.minimum.x;
 }
 
-// Views of the control look at the scene's origin.
-void PlaceToWalk(Frame& model)
+using UseCounts = std::map<const Visual*, int>;
+
+void CountUses(const Frame& frame, UseCounts& uses)
 {
+    for (const auto& visual : frame.Visuals())
+        ++uses[visual.get()];
+    for (const auto& child : frame.Children())
+        CountUses(*child, uses);
+}
+
+bool IsInside(const Box& box, Vector point)
+{
+    return box.minimum.x <= point.x && point.x <= box.maximum.x && box.minimum.y <= point.y &&
+           point.y <= box.maximum.y && box.minimum.z <= point.z && point.z <= box.maximum.z;
+}
+
+// Drags orbit about the origin of the frame under the cursor. Files often have it far from what the frame shows: then
+// it moves into the middle of that, where nothing else depends on it.
+void PutOriginsInside(const std::shared_ptr<Frame>& frame, const UseCounts& uses)
+{
+    for (const auto& child : frame->Children())
+        PutOriginsInside(child, uses);
+    if (frame->Visuals().size() != 1 || !frame->Children().empty() || !frame->Lights().empty())
+        return;
+    const auto mesh = std::dynamic_pointer_cast<MeshBuilder>(frame->Visuals().front());
+    if (!mesh || uses.at(mesh.get()) != 1 || mesh->Bounds().IsEmpty() || IsInside(mesh->Bounds(), {}))
+        return;
+    const Vector centre = mesh->Bounds().Centre();
+    mesh->Translate(-centre.x, -centre.y, -centre.z);
+    frame->AddTranslation(CombineType::Before, centre.x, centre.y, centre.z);
+}
+
+// Views of the control look at the scene's origin.
+void PlaceToWalk(const std::shared_ptr<Frame>& root)
+{
+    Frame& model = *root;
+    UseCounts uses;
+    CountUses(model, uses);
+    PutOriginsInside(root, uses);
     ScaleTo(WalkableSize, model);
     const Box box = model.Bounds(model.Parent());
     if (box.IsEmpty())
@@ -102,7 +140,7 @@ Stage LoadModels(const std::vector<std::string>& paths, const LoadOptions& optio
         if (options.arrangement != Arrangement::AsTheyAre && paths.size() > 1)
             right = PlaceInRow(*model, size, right) + Gap * size;
         else if (options.arrangement == Arrangement::Walkable)
-            PlaceToWalk(*model);
+            PlaceToWalk(model);
     }
     stage.extent = stage.scene->Bounds(nullptr);
     stage.focus = stage.extent;
