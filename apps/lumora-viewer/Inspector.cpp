@@ -8,6 +8,7 @@
 
 #include <QComboBox>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QMetaProperty>
 #include <QPushButton>
@@ -88,10 +89,13 @@ public:
         auto* const list = new QComboBox{parent};
         list->addItems(choices);
         list->setEditable(row->type != PropertyType::Boolean); // numbers without a name
+        list->setInsertPolicy(QComboBox::NoInsert);
         auto* const self = const_cast<Delegate*>(this);
         QObject::connect(list, &QComboBox::activated, self,
                          [self, list]
                          {
+                             if (list->property(Entered).toBool())
+                                 return;
                              Q_EMIT self->commitData(list);
                              Q_EMIT self->closeEditor(list);
                          });
@@ -125,7 +129,21 @@ public:
         }
     }
 
+protected:
+    // Return is taken care of here; a choice from the list is not.
+    bool eventFilter(QObject* editor, QEvent* event) override
+    {
+        if (event->type() == QEvent::KeyPress)
+        {
+            const int key = static_cast<QKeyEvent*>(event)->key();
+            editor->setProperty(Entered, key == Qt::Key_Return || key == Qt::Key_Enter);
+        }
+        return QStyledItemDelegate::eventFilter(editor, event);
+    }
+
 private:
+    static constexpr const char* Entered = "entered";
+
     Inspector& inspector_;
 };
 
