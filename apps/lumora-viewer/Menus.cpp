@@ -115,6 +115,16 @@ private:
         return action;
     }
 
+    /// The same with a key that counts only while nobody types into a panel.
+    template<typename Function>
+    QAction* AddForView(QMenu* menu, const QString& label, Qt::Key key, Function&& function)
+    {
+        QAction* const action = Add(menu, label, key, std::forward<Function>(function));
+        action->setShortcutContext(Qt::WidgetShortcut);
+        window_.View().addAction(action);
+        return action;
+    }
+
     void AddChoices(QMenu* parent, const ChoiceMenu& menu);
     void AddSwitch(QMenu* menu, const Switch& item);
     void FillRecent(QMenu* recent);
@@ -201,9 +211,9 @@ void Builder::BuildView()
     QMenu* const view = window_.menuBar()->addMenu("&View");
     int number = 1;
     for (const ViewChoice& choice : Views)
-        tools_->addAction(Add(view, choice.label, Qt::Key_0 + number++,
-                              [&window = window_, which = choice.view] { window.LookFrom(which); }));
-    tools_->addAction(Add(view, "Show &All", Qt::Key_F, [&window = window_] { window.LookAtAll(); }));
+        tools_->addAction(AddForView(view, choice.label, static_cast<Qt::Key>(Qt::Key_0 + number++),
+                                     [&window = window_, which = choice.view] { window.LookFrom(which); }));
+    tools_->addAction(AddForView(view, "Show &All", Qt::Key_F, [&window = window_] { window.LookAtAll(); }));
     view->addSeparator();
     AddChoices(view, Projections);
     view->addSeparator();
