@@ -32,6 +32,8 @@ public:
     /// Writes and draws; false after a complaint.
     bool Write(const PropertyRow& row, const Variant& value);
 
+    QSize sizeHint() const override { return {360, 500}; }
+
 protected:
     void showEvent(QShowEvent* event) override;
 

@@ -55,6 +55,7 @@ constexpr const char* MousePage =
     "<tr><td>with Shift</td><td>move sideways, up and down</td></tr>"
     "<tr><td>with Ctrl</td><td>turn, and walk on the level</td></tr>"
     "<tr><td>in flat projections</td><td>move; zoom on an object or with Ctrl</td></tr></table>"
+    "<p>The wheel goes forward and back; in flat projections it zooms.</p>"
     "<p>While <i>Fly</i> is on, a drag sets a speed instead, until the button goes up. On-screen controls are dragged "
     "with the left button.</p>";
 

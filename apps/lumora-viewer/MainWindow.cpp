@@ -20,6 +20,7 @@
 #include <QSaveFile>
 #include <QStatusBar>
 #include <QVBoxLayout>
+#include <QWheelEvent>
 #include <iostream>
 
 namespace lumora::viewer
@@ -83,6 +84,7 @@ void MainWindow::BuildCentre()
     options.settings = &settings_.Control();
     viewport_ = new ViewportWidget{options, centre};
     viewport_->setObjectName("viewport");
+    viewport_->installEventFilter(this);
     message_ = new MessageBar{centre};
     auto* const layout = new QVBoxLayout{centre};
     layout->setContentsMargins(0, 0, 0, 0);
@@ -117,7 +119,8 @@ void MainWindow::BuildPanels()
     };
     inspector_ = new Inspector{*viewport_, [this](const QString& sentence) { Complain(sentence); }};
     inspectorDock_ = dock("inspectorPanel", "Inspector", inspector_, Qt::RightDockWidgetArea);
-    eventsDock_ = dock("eventsPanel", "Events", new EventLog{*viewport_}, Qt::BottomDockWidgetArea);
+    events_ = new EventLog{*viewport_};
+    eventsDock_ = dock("eventsPanel", "Events", events_, Qt::BottomDockWidgetArea);
 }
 
 QList<QAction*> MainWindow::PanelActions() const
@@ -225,13 +228,12 @@ void MainWindow::EndLoad(LoadOutcome outcome)
     loading_->hide();
     if (outcome.stage)
     {
-        const QString warnings =
-            QString::fromStdString(outcome.stage->warnings.empty() ? std::string{} : outcome.stage->warnings.front());
+        const std::vector<std::string> warnings = outcome.stage->warnings;
         Show(std::move(*outcome.stage), NameOf(loadedPaths_));
         for (const QString& path : loadedPaths_)
             settings_.AddRecent(path);
-        if (!warnings.isEmpty())
-            Complain(warnings);
+        for (const std::string& warning : warnings)
+            Complain(QString::fromStdString(warning));
         return;
     }
     if (!showsStage_)
@@ -309,6 +311,7 @@ void MainWindow::SetFlying(bool flies)
 void MainWindow::Complain(const QString& sentence)
 {
     message_->Say(sentence);
+    events_->Add(sentence);
 }
 
 bool MainWindow::Try(const std::function<void()>& action)
@@ -349,6 +352,24 @@ void MainWindow::closeEvent(QCloseEvent* event)
     CancelLoad();
     KeepSettings();
     event->accept();
+}
+
+bool MainWindow::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched != viewport_ || event->type() != QEvent::Wheel)
+        return QMainWindow::eventFilter(watched, event);
+    const auto notches = static_cast<float>(static_cast<QWheelEvent*>(event)->angleDelta().y()) / 120;
+    Try(
+        [&]
+        {
+            Viewport& control = viewport_->viewport();
+            if (stage::IsOrthographic(control.ProjectionType()))
+                control.AddCameraZoom(notches * control.FieldOfView() / 10);
+            else
+                control.AddCameraMovement({0, 0, notches / 2}, tdlAdvance);
+            control.RenderScene();
+        });
+    return true;
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event)

@@ -19,6 +19,7 @@ class QProgressBar;
 namespace lumora::viewer
 {
 
+class EventLog;
 class Inspector;
 class MessageBar;
 
@@ -76,6 +77,9 @@ protected:
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
+    /// The wheel over the picture: the camera goes forward and back, or narrows the view where that shows nothing.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     void BuildCentre();
     void BuildPanels();
@@ -96,6 +100,7 @@ private:
     std::unique_ptr<CameraMotion> motion_;
     MessageBar* message_ = nullptr;
     Inspector* inspector_ = nullptr;
+    EventLog* events_ = nullptr;
     QDockWidget* inspectorDock_ = nullptr;
     QDockWidget* eventsDock_ = nullptr;
     QWidget* loading_ = nullptr; ///< what the status bar shows of a load

@@ -7,6 +7,7 @@
 #include <QColorDialog>
 #include <QDialog>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QLabel>
 #include <QMenuBar>
 #include <QStyle>
@@ -183,8 +184,9 @@ void Builder::BuildFile()
         Add(file, "&Open...", QKeySequence::Open,
             [&window = window_]
             {
+                const QString last = QFileInfo{window.Settings().Recent().value(0)}.path();
                 window.Open(QFileDialog::getOpenFileNames(
-                    &window, "Open Models", {},
+                    &window, "Open Models", last,
                     "Models (*.obj *.stl *.ply *.gltf *.glb *.3ds *.dae *.x *.off *.fbx *.blend);;All files (*)"));
             });
     QMenu* const recent = file->addMenu("Open &Recent");

@@ -21,6 +21,7 @@ struct Default
 
 const Default Defaults[] = {
     {"Enabled", true},
+    {"NavControlPrimary", true}, // for who has no middle button
     {"CollisionSamples", std::int32_t{5}},
     {"CollisionDistance", 0.1F},
     {"NavMouseSensitivity", std::int32_t{60}}, // four pixels

@@ -44,13 +44,14 @@ protected:
         options_.workerPath = folder_ / "worker";
     }
 
-    /// The window with all it loads loaded.
+    /// The window with all it loads loaded, and nothing in the picture but that.
     void Start(const std::vector<std::string>& models = {})
     {
         window_ = std::make_unique<MainWindow>(options_);
         window_->setGeometry(100, 100, 640, 480);
         ASSERT_TRUE(test::Show(*window_));
         window_->View().setWaitForVSYNC(false);
+        window_->View().setNavControlPrimary(false);
         window_->Start(models);
         ASSERT_TRUE(test::Eventually([&] { return !window_->IsLoading(); }));
     }
