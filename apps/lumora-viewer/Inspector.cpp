@@ -278,19 +278,25 @@ void Inspector::ResetCurrent()
         Write(*row, ViewerDefault(*row));
 }
 
-// What was stored before the platform refused it is shown too.
+// The control stores what it is given before the platform refuses it, and later stops at it: a refused value gives way
+// to the one before.
 bool Inspector::Write(const PropertyRow& row, const Variant& value)
 {
+    Viewport& control = viewport_.viewport();
+    Variant before;
+    IgnoringErrors([&] { before = row.read(control); });
     bool written = true;
     try
     {
-        row.write(viewport_.viewport(), value);
-        viewport_.RenderScene();
+        row.write(control, value);
+        control.RenderScene();
     }
     catch (const RuntimeError& failure)
     {
         complain_(
             QStringLiteral("%1 was not set: %2.").arg(Text(row.name), QString::fromStdString(failure.Description())));
+        IgnoringErrors([&] { row.write(control, before); });
+        viewport_.RenderScene();
         written = false;
     }
     Refresh();

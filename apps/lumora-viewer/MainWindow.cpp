@@ -66,6 +66,7 @@ MainWindow::MainWindow(const Options& options)
     if (!settings_.Control().Complaint().isEmpty())
         Complain(settings_.Control().Complaint());
     viewport_->setFocus();
+    age_.start();
 }
 
 // The load and what draws go before the viewport, which the window's children are.
@@ -97,6 +98,7 @@ void MainWindow::BuildCentre()
     flies_ = viewport_->MouseNavigationMode() == tdlFly;
     connect(viewport_, &ViewportWidget::Failed, this,
             [this](int, const QString&, const QString& description) { Complain(description + "."); });
+    connect(viewport_, &ViewportWidget::ViewportStateChanged, this, [this] { LeaveIfHalted(); });
     // Each press makes drags walk again.
     connect(viewport_, &ViewportWidget::BeginNavigating, this,
             [this]
@@ -181,6 +183,7 @@ void MainWindow::OpenRecent(const QString& path)
 void MainWindow::ShowBuiltInScene()
 {
     CancelLoad();
+    shownPaths_.clear();
     Show(stage::MakeBuiltInScene(stage::Sky::Plain), "Built-in scene");
 }
 
@@ -230,6 +233,7 @@ void MainWindow::EndLoad(LoadOutcome outcome)
     {
         const std::vector<std::string> warnings = outcome.stage->warnings;
         Show(std::move(*outcome.stage), NameOf(loadedPaths_));
+        shownPaths_ = loadedPaths_;
         for (const QString& path : loadedPaths_)
             settings_.AddRecent(path);
         for (const std::string& warning : warnings)
@@ -329,12 +333,24 @@ bool MainWindow::Try(const std::function<void()>& action)
     }
 }
 
-// Somebody who closes a window cannot be told in it.
+// A control that has stopped stays so: a new window takes over. One that stops at once is not tried again.
+void MainWindow::LeaveIfHalted()
+{
+    constexpr qint64 SoonAfterStart = 3000; // milliseconds
+    if (viewport_->ViewportState() != tdlHalted || age_.elapsed() < SoonAfterStart)
+        return;
+    QMetaObject::invokeMethod(
+        this, [] { QApplication::exit(StartAnew); }, Qt::QueuedConnection);
+}
+
+// Somebody who closes a window cannot be told in it. What made a control stop is not kept.
 void MainWindow::KeepSettings()
 {
     settings_.Window().setValue(Geometry, saveGeometry());
     settings_.Window().setValue(Layout, saveState());
     settings_.Window().sync();
+    if (viewport_->ViewportState() == tdlHalted)
+        return;
     try
     {
         settings_.Control().SetOwnBackColor(view_->OwnBackColor());

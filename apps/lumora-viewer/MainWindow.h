@@ -34,6 +34,9 @@ public:
         std::chrono::milliseconds timeLimit = std::chrono::minutes{10}; ///< for reading a model
     };
 
+    /// What the program's event loop answers when the control has stopped for good: a new window is wanted.
+    static constexpr int StartAnew = 86;
+
     explicit MainWindow(const Options& options);
     ~MainWindow() override;
 
@@ -45,6 +48,9 @@ public:
     void OpenRecent(const QString& path);
     void ShowBuiltInScene();
     bool IsLoading() const { return load_ != nullptr; }
+
+    /// The files that are shown; none while it is the built-in scene.
+    const QStringList& Shown() const { return shownPaths_; }
     void CancelLoad();
 
     /// A PNG file of what the viewport shows. False after a complaint.
@@ -89,6 +95,7 @@ private:
     void ShowProgress(double fraction);
     void Show(stage::Stage stage, const QString& title);
     void KeepSettings();
+    void LeaveIfHalted();
 
     /// Runs what may raise a RuntimeError; a complaint when it does.
     bool Try(const std::function<void()>& action);
@@ -110,6 +117,8 @@ private:
     std::unique_ptr<ModelLoad> ended_; ///< it is still telling that it has
     QStringList loadedPaths_;          ///< of load_
     QStringList nextPaths_;            ///< to load once load_ has noticed that it was cancelled
+    QStringList shownPaths_;
+    QElapsedTimer age_;
     bool showsStage_ = false;
     bool flies_ = false;
 };

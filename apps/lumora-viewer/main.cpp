@@ -23,6 +23,28 @@ void SayLastWords(QtMsgType type, const QMessageLogContext& /*context*/, const Q
         std::_Exit(EXIT_FAILURE);
 }
 
+// One window after the other, for as long as each asks for the next.
+int ShowWindows(std::vector<std::string> models)
+{
+    using lumora::viewer::MainWindow;
+    QString message;
+    for (;;)
+    {
+        MainWindow window{{}};
+        window.show();
+        window.Start(models);
+        if (!message.isEmpty())
+            window.Complain(message);
+        const int status = QApplication::exec();
+        if (status != MainWindow::StartAnew)
+            return status;
+        message = "The viewport stopped after an error and was started anew, with the settings of the last start.";
+        models.clear();
+        for (const QString& path : window.Shown())
+            models.push_back(path.toStdString());
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -44,8 +66,5 @@ int main(int argc, char** argv)
     QApplication::setApplicationDisplayName("Lumora Viewer");
     QApplication::setApplicationVersion(LUMORA_VERSION);
     QGuiApplication::setDesktopFileName("lumora-viewer");
-    MainWindow window{{}};
-    window.show();
-    window.Start(asked.models);
-    return QApplication::exec();
+    return ShowWindows(asked.models);
 }

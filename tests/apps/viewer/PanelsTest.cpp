@@ -87,6 +87,19 @@ TEST_F(ViewerPanels, the_inspector_follows_the_control_and_refuses_what_makes_no
     Enter("KeyVelocityMove", "fast");
     EXPECT_TRUE(Message().contains("fast")) << Message().toStdString();
     EXPECT_EQ(Control().KeyVelocityMove(), 12.5F);
+
+    // What the platform refuses would stop the control at its next new device.
+    const float field = Control().FieldOfView();
+    Enter("FieldOfView", "-1");
+    EXPECT_EQ(Control().FieldOfView(), field);
+    EXPECT_TRUE(Message().contains("FieldOfView")) << Message().toStdString();
+    Control().SetExposeDDSurface(true);
+    Enter("AntiAlias", "1000");
+    EXPECT_EQ(Control().AntiAlias(), tdlNone);
+    window_->resize(700, 500);
+    QApplication::processEvents();
+    window_->View().RenderScene();
+    EXPECT_EQ(Control().ViewportState(), tdlRunning);
 }
 
 TEST_F(ViewerPanels, the_event_log_stays_bounded)
