@@ -1,9 +1,10 @@
-// A knot on a plinth between a glass ball, crystals and arches. The floor is half clear and everything stands a second
-// time below it, upside down: that is its polish.
+// A knot on a plinth between a glass ball, crystals, arches and pieces from the lathe. The floor is half clear and
+// everything stands a second time below it, upside down: that is its polish.
 #include "lumora-render/BuiltInScene.h"
 
 #include "lumora-render/GroundTexture.h"
 #include "lumora-render/Shapes.h"
+#include "lumora-render/TurnedPieces.h"
 
 #include <cmath>
 #include <numbers>
@@ -173,6 +174,28 @@ void AddMarbles(const std::shared_ptr<Frame>& scene, std::vector<Occluder>& occl
     }
 }
 
+void AddTurnedPieces(const std::shared_ptr<Frame>& scene, std::vector<Occluder>& occluders)
+{
+    constexpr Vector VaseFoot{-3.35F, 0, -1.30F};
+    constexpr Vector HornFoot{-3.0F, 0, -3.4F};
+    constexpr Vector PawnFoot{4.85F, 0, -0.85F};
+    Place(scene, Moved(MakeVase(), VaseFoot), {{0.30F, 0.47F, 0.78F}, 1, 50, 0.9F});
+    Place(scene, Moved(MakeHorn(), HornFoot), {{0.90F, 0.66F, 0.30F}, 1, 30, 0.8F});
+    Place(scene, Moved(MakePawn(), PawnFoot), {{0.85F, 0.33F, 0.36F}, 1, 36, 0.8F});
+    const struct
+    {
+        Vector centre;
+        float radius;
+    } shades[] = {{VaseFoot + Vector{0, 0.35F, 0}, 0.46F},   {VaseFoot + Vector{0, 0.75F, 0}, 0.22F},
+                  {VaseFoot + Vector{0, 1.15F, 0}, 0.28F},   {HornFoot + Vector{0, 0.2F, 0}, 0.32F},
+                  {HornFoot + Vector{0, 0.6F, 0}, 0.26F},    {HornFoot + Vector{0, 1.1F, 0}, 0.2F},
+                  {HornFoot + Vector{0.3F, 1.5F, 0}, 0.15F}, {PawnFoot + Vector{0, 0.1F, 0}, 0.42F},
+                  {PawnFoot + Vector{0, 0.5F, 0}, 0.28F},    {PawnFoot + Vector{0, 0.85F, 0}, 0.18F},
+                  {PawnFoot + Vector{0, 1.2F, 0}, 0.25F}};
+    for (const auto& shade : shades)
+        occluders.push_back({shade.centre, shade.radius});
+}
+
 void AddGround(const std::shared_ptr<Frame>& scene, const std::vector<Occluder>& occluders)
 {
     constexpr int Cells = 48; // small enough to be sorted right against the glass
@@ -243,18 +266,20 @@ void AddLights(const std::shared_ptr<Frame>& scene)
 
 } // namespace
 
-Stage MakeBuiltInScene()
+Stage MakeBuiltInScene(Sky sky)
 {
     Stage stage;
     stage.scene = Frame::Make();
     std::vector<Occluder> occluders;
-    AddSky(stage.scene);
+    if (sky == Sky::Evening)
+        AddSky(stage.scene);
     AddArches(stage.scene, occluders);
     AddPlinth(stage.scene, occluders);
     AddKnot(stage.scene, occluders);
     AddGlassBall(stage.scene, occluders);
     AddCrystals(stage.scene, occluders);
     AddMarbles(stage.scene, occluders);
+    AddTurnedPieces(stage.scene, occluders);
     AddGround(stage.scene, occluders);
     AddLights(stage.scene);
     stage.focus = {{-4.0F, 0, -2.1F}, {4.1F, 4.35F, 1.6F}};

@@ -3,6 +3,7 @@
 
 #include "lumora-render/Output.h"
 #include "platform/automation/RuntimeError.h"
+#include "platform/headless/SessionScript.h"
 #include "properties/Enumerations.h"
 #include "properties/Spelling.h"
 
@@ -27,6 +28,8 @@ struct Written
     std::string camera;
     std::string device;
     std::vector<std::string> settings;
+    std::vector<std::string> picks;
+    std::string navControls;
 };
 
 constexpr std::array Views{
@@ -46,7 +49,13 @@ constexpr std::array Devices{
 };
 
 constexpr const char* Footer = R"(
-Without MODEL a built-in scene is drawn. Several models stand side by side, scaled to the same size.
+--play replays what a person does at the control, an action a line (# starts a comment):
+%LANGUAGE%The host of a session applies the velocities that keys and fly mode set. Pictures of shot lines without a name are
+numbered from --output (out-0.png, out-1.png, or a %d in OUT); named ones lie beside it. docs/sessions.md tells more.
+--events prints a line of JSON for each event the control raises; --pick one on what lies at a place of the last picture.
+
+Without MODEL a built-in scene is drawn. Several models stand side by side, scaled to the same size; one with on-screen
+controls is scaled to a size that they move about in well.
 Without --camera the model is framed: a three-quarter view, or the axis view of --view. With --camera the camera
 stands where it is told, relative to the untouched coordinates of the models (y up, z forward, left-handed).
 --set reaches every writable property of the control and wins over framing, for example --set FieldOfView=0.3,
@@ -92,21 +101,35 @@ void ParseSize(const std::string& text, Request& request)
                          "\"."};
 }
 
-CameraPlacement ParseCamera(const std::string& text)
+// As many finite numbers as there is room for, separated by commas.
+bool ReadNumbers(std::string_view text, std::span<float> numbers)
 {
-    std::array<float, 9> numbers{};
     std::size_t count = 0;
-    std::string_view rest = text;
     bool readable = true;
     for (bool more = true; more && readable; ++count)
     {
-        const std::size_t comma = rest.find(',');
+        const std::size_t comma = text.find(',');
         more = comma != std::string_view::npos;
-        readable = count < numbers.size() && ReadNumber(rest.substr(0, comma), numbers[count]) &&
+        readable = count < numbers.size() && ReadNumber(text.substr(0, comma), numbers[count]) &&
                    std::isfinite(numbers[count]);
-        rest = more ? rest.substr(comma + 1) : std::string_view{};
+        text = more ? text.substr(comma + 1) : std::string_view{};
     }
-    if (!readable || count != numbers.size())
+    return readable && count == numbers.size();
+}
+
+PicturePoint ParsePick(const std::string& text)
+{
+    std::array<float, 2> numbers{};
+    if (!ReadNumbers(text, numbers) || std::abs(numbers[0]) > Request::MaximumSide ||
+        std::abs(numbers[1]) > Request::MaximumSide)
+        throw UsageError{"--pick needs a place in the picture such as 640,360, not \"" + text + "\"."};
+    return {numbers[0], numbers[1]};
+}
+
+CameraPlacement ParseCamera(const std::string& text)
+{
+    std::array<float, 9> numbers{};
+    if (!ReadNumbers(text, numbers))
         throw UsageError{"--camera needs nine numbers separated by commas (position, direction and up), not \"" + text +
                          "\"."};
     const auto vectorAt = [&](std::size_t at) { return Vector{numbers[at], numbers[at + 1], numbers[at + 2]}; };
@@ -138,10 +161,32 @@ Setting ParseSetting(const std::string& text)
     }
 }
 
+// Each is a property that --set could set too.
+void ParseNavControls(const std::string& text, Request& request)
+{
+    static constexpr std::array NavControls{EnumerationValue{"primary", 0}, EnumerationValue{"glide", 1},
+                                            EnumerationValue{"advance", 2}};
+    static constexpr std::array Properties{"NavControlPrimary", "NavControlGlide", "NavControlAdvance"};
+    for (std::size_t start = 0; start < text.size();)
+    {
+        const std::size_t end = std::min(text.find(',', start), text.size());
+        if (const auto chosen = Choose("--nav-controls", text.substr(start, end - start), NavControls))
+            request.settings.push_back({FindProperty(Properties[static_cast<std::size_t>(*chosen)]), true});
+        start = end + 1;
+    }
+}
+
+std::string HelpFooter()
+{
+    constexpr std::string_view Place = "%LANGUAGE%";
+    std::string text{Footer};
+    return text.replace(text.find(Place), Place.size(), headless::SessionLanguage());
+}
+
 void DeclareOptions(CLI::App& app, Request& request, Written& written)
 {
     app.add_option("MODEL", request.models, "Model files: OBJ, STL, PLY, glTF, 3DS and others");
-    app.add_option("-o,--output", request.output, "The picture to write, a PNG file")->required()->type_name("OUT.png");
+    app.add_option("-o,--output", request.output, "The picture to write, a PNG file")->type_name("OUT.png");
     app.add_option("--size", written.size, "Size of the picture in pixels (1280x720)")->type_name("WxH");
     app.add_option("--view", written.view, "front, rear, top, bottom, right or left")->type_name("VIEW");
     app.add_option("--projection", written.projection, "perspective or orthographic")->type_name("PROJECTION");
@@ -155,40 +200,73 @@ void DeclareOptions(CLI::App& app, Request& request, Written& written)
     app.add_option("--cool-mode", request.coolMode, "1: flat with edges over it; other: edges under a flat picture")
         ->type_name("N");
     app.add_flag("--expose", request.expose, "Draw into a surface that hosts can reach");
+    app.add_option("--background", request.background,
+                   "A picture behind the scene, from the top left; implies --expose")
+        ->type_name("FILE");
+    app.add_flag("--stretch", request.stretch, "Stretch the background over the whole picture");
+    app.add_flag("--accumulate", request.accumulate, "Draw each frame over the one before; implies --expose");
+    app.add_option("--prerendered", request.prerendered, "Show a picture in place of the scene; implies --expose")
+        ->type_name("FILE");
     app.add_option("--set", written.settings, "Give a property of the control a value; may be repeated")
         ->type_name("Name=value")
         ->allow_extra_args(false);
+    app.add_option("--nav-controls", written.navControls,
+                   "The on-screen controls to show: primary, glide, advance or several with commas")
+        ->type_name("LIST");
     app.add_option("--settings", request.settingsFile, "Read properties of the control from a settings file")
         ->type_name("FILE");
     app.add_option("--save-settings", request.saveSettingsFile, "Write a settings file after the last picture")
         ->type_name("FILE");
     app.add_option("--frames", request.frames, "Number of frames to draw (1)")->type_name("N");
     app.add_flag("--turntable", request.turntable, "The camera circles the model once over the frames");
+    app.add_option("--play", request.play, "Replay a session file: what a person does at the control")
+        ->type_name("FILE");
+    app.add_flag("--events", request.events, "Print the control's events to standard output, a line of JSON each");
+    app.add_option("--pick", written.picks, "Print what is seen at a place of the last picture; may be repeated")
+        ->type_name("X,Y")
+        ->allow_extra_args(false);
     app.add_flag("--stats", request.stats, "Print a line of JSON about the run to standard output");
     app.set_version_flag("--version", std::string{"lumora-render "} + LUMORA_VERSION, "Print the version and exit");
-    app.footer(Footer);
+    app.footer(HelpFooter());
+}
+
+void CheckOutput(const Request& request)
+{
+    if (request.output.empty() && request.picks.empty() && !request.events)
+        throw UsageError{"--output is required, unless --pick or --events ask for lines of text."};
+    const std::string complaint = request.output.empty() ? "" : ComplaintAboutOutputName(request.output);
+    if (!complaint.empty())
+        throw UsageError{complaint};
 }
 
 void Understand(const Written& written, Request& request)
 {
     ParseSize(written.size, request);
+    request.sizeIsGiven = !written.size.empty();
     request.view = Choose("--view", written.view, Views);
     request.projection = Choose("--projection", written.projection, Projections);
     request.device = Choose("--device", written.device, Devices);
     if (!written.camera.empty())
         request.camera = ParseCamera(written.camera);
+    ParseNavControls(written.navControls, request);
     for (const std::string& text : written.settings)
         request.settings.push_back(ParseSetting(text));
     const std::int32_t antiAlias = request.antiAlias.value_or(tdlNone);
     if (antiAlias != tdlNone && antiAlias != tdl2X && antiAlias != tdl4X)
         throw UsageError{"--antialias is 1, 2 or 4, not " + std::to_string(antiAlias) + "."};
-    request.expose = request.expose || antiAlias != tdlNone;
+    if (request.stretch && request.background.empty())
+        throw UsageError{"--stretch needs a --background to stretch."};
+    request.expose = request.expose || antiAlias != tdlNone || request.accumulate || !request.background.empty() ||
+                     !request.prerendered.empty();
     if (request.frames < 1 || request.frames > Request::MaximumFrames)
         throw UsageError{"--frames is a number from 1 to 100000, not " + std::to_string(request.frames) + "."};
     if (request.camera && request.view)
         throw UsageError{"--camera and --view exclude each other."};
-    if (const std::string complaint = ComplaintAboutOutputName(request.output); !complaint.empty())
-        throw UsageError{complaint};
+    for (const std::string& text : written.picks)
+        request.picks.push_back(ParsePick(text));
+    if (!request.play.empty() && (request.turntable || request.frames != 1 || request.stats))
+        throw UsageError{"--play draws what the session says: --frames, --turntable and --stats do not go with it."};
+    CheckOutput(request);
 }
 
 // Messages of the option library, some of which go on for several lines.
@@ -201,6 +279,11 @@ std::string FirstLine(const std::string& text)
 }
 
 } // namespace
+
+bool Request::ShowsNavControls() const
+{
+    return Sets("NavControlPrimary") || Sets("NavControlGlide") || Sets("NavControlAdvance");
+}
 
 bool Request::Sets(std::string_view property) const
 {

@@ -104,6 +104,21 @@ std::string NameOfFrame(const std::string& name, int frame)
     return name.substr(0, place->start) + number + name.substr(place->start + place->length);
 }
 
+ShotNames::ShotNames(std::string output, int unnamed) : output_(std::move(output))
+{
+    if (unnamed > 1 && !output_.empty() && !HasFrameNumber(output_))
+        output_.insert(output_.size() - fs::path{output_}.extension().string().size(), "-%d");
+}
+
+std::string ShotNames::Next(const std::string& shot)
+{
+    if (!shot.empty())
+        return (fs::path{output_}.parent_path() / shot).string();
+    if (output_.empty())
+        throw RuntimeError{error::InvalidCall, Source, "This picture has no name, and there is no --output to number."};
+    return NameOfFrame(output_, next_++);
+}
+
 void CheckOutputPlace(const std::string& path)
 {
     const fs::path target = Target(path);

@@ -3,6 +3,7 @@
 
 #include "lumora-render/BuiltInScene.h"
 #include "lumora-render/CommandLine.h"
+#include "lumora-render/JsonLines.h"
 #include "lumora-render/Models.h"
 #include "lumora-render/Output.h"
 #include "lumora-render/Session.h"
@@ -12,6 +13,7 @@
 #include <chrono>
 #include <iostream>
 #include <new>
+#include <optional>
 
 namespace lumora::render
 {
@@ -39,8 +41,10 @@ void Complain(std::string sentence)
 Stage PrepareStage(const Request& request)
 {
     if (request.models.empty())
-        return MakeBuiltInScene();
-    return LoadModels(request.models, request.camera ? Arrangement::AsTheyAre : Arrangement::SideBySide);
+        return MakeBuiltInScene(request.ShowsNavControls() ? Sky::Plain : Sky::Evening);
+    if (request.camera)
+        return LoadModels(request.models, Arrangement::AsTheyAre);
+    return LoadModels(request.models, request.ShowsNavControls() ? Arrangement::Walkable : Arrangement::SideBySide);
 }
 
 void Warn(const std::vector<std::string>& warnings)
@@ -49,9 +53,29 @@ void Warn(const std::vector<std::string>& warnings)
         Complain("warning: " + warning);
 }
 
-void Draw(const Request& request)
+// The window's size is the session's, unless the command line says otherwise.
+std::optional<headless::SessionScript> ReadScript(Request& request)
 {
-    CheckOutputPlace(NameOfFrame(request.output, 0));
+    if (request.play.empty())
+        return std::nullopt;
+    headless::SessionScript script = headless::ReadSession(request.play);
+    const auto size = script.InitialSize();
+    if (!size)
+        return script;
+    script.steps.erase(script.steps.begin());
+    if (!request.sizeIsGiven)
+    {
+        request.width = size->width;
+        request.height = size->height;
+    }
+    return script;
+}
+
+void Draw(Request request)
+{
+    if (!request.output.empty())
+        CheckOutputPlace(NameOfFrame(request.output, 0));
+    const auto script = ReadScript(request);
     const StoredSettings stored = ReadSettings(request.settingsFile);
     Warn(stored.warnings);
     SettingsKeeper keeper{request.saveSettingsFile};
@@ -59,9 +83,17 @@ void Draw(const Request& request)
     const Stage stage = PrepareStage(request);
     const std::chrono::duration<double, std::milli> load = std::chrono::steady_clock::now() - start;
 
-    Session session{request, stored.settings};
+    Session session{request, stored.settings, script ? script->LargestSize() : headless::ResizeAction{0, 0}};
     session.Show(stage);
-    session.Run(stage);
+    std::optional<EventLines> eventLines;
+    if (request.events)
+        eventLines.emplace(session.Hosted(), std::cout);
+    if (script)
+        session.Play(*script);
+    else
+        session.Run(stage);
+    for (const PicturePoint& place : request.picks)
+        std::cout << PickAsJson(session.Hosted(), place) << std::endl;
     if (request.stats)
         std::cout << session.StatisticsAsJson(load.count()) << std::endl;
     Warn(stage.warnings);

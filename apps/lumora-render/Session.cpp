@@ -5,6 +5,7 @@
 #include "lumora-render/Progress.h"
 #include "platform/drivers/StandardDrivers.h"
 #include "platform/headless/MemoryPropertyBag.h"
+#include "platform/headless/SessionPlayer.h"
 #include "viewport/Viewport.h"
 
 #include <algorithm>
@@ -19,15 +20,40 @@ namespace lumora::render
 namespace
 {
 
-std::unique_ptr<headless::HostedViewport> HostFor(const Request& request, const std::vector<Setting>& stored)
+// Exactly the picture for pictures alone; in a session, a desk on which a mouse has room around the window.
+struct Desk
+{
+    int width;
+    int height;
+    PixelRect client;
+};
+
+Desk DeskFor(const Request& request, const headless::ResizeAction& largest)
+{
+    if (request.play.empty())
+        return {request.width, request.height, {0, 0, request.width, request.height}};
+    constexpr int Width = 1920;
+    constexpr int Height = 1080;
+    constexpr int Room = 40;
+    const auto side = [](int usual, int ofWindow)
+    { return std::min(std::max(usual, ofWindow + 2 * Room), headless::VirtualScreen::MaximumSide); };
+    const int width = side(Width, std::max(request.width, largest.width));
+    const int height = side(Height, std::max(request.height, largest.height));
+    const int left = std::min(Room, width - request.width);
+    const int top = std::min(Room, height - request.height);
+    return {width, height, {left, top, left + request.width, top + request.height}};
+}
+
+std::unique_ptr<headless::HostedViewport> HostFor(const Request& request, const std::vector<Setting>& stored,
+                                                  const headless::ResizeAction& largest)
 {
     headless::MemoryPropertyBag bag = ChosenSettings(request, stored);
     // Pictures are drawn whatever a file says, and nobody sees the screen they are drawn on.
     bag.Set("Enabled", true);
     bag.Set("WaitForVSYNC", false);
-    const PixelRect client{0, 0, request.width, request.height};
-    auto screen = std::make_shared<headless::VirtualScreen>(request.width, request.height);
-    auto host = std::make_shared<headless::HeadlessHost>(StandardDrivers(), std::move(screen), client);
+    const Desk desk = DeskFor(request, largest);
+    auto screen = std::make_shared<headless::VirtualScreen>(desk.width, desk.height);
+    auto host = std::make_shared<headless::HeadlessHost>(StandardDrivers(), std::move(screen), desk.client);
     return headless::HostedViewport::Live(std::move(host), bag);
 }
 
@@ -64,9 +90,14 @@ double MedianOf(std::vector<double> values)
 
 } // namespace
 
-Session::Session(const Request& request, const std::vector<Setting>& stored)
-    : request_(request), stored_(stored), hosted_(HostFor(request, stored))
+Session::Session(const Request& request, const std::vector<Setting>& stored, const headless::ResizeAction& largest)
+    : request_(request), stored_(stored), hosted_(HostFor(request, stored, largest))
 {
+    // The control leaves a background out that it cannot load; a person who named one wants to hear of it.
+    if (!request.background.empty())
+        LoadPicture(request.background);
+    if (!request.prerendered.empty())
+        prerendered_ = LoadPicture(request.prerendered);
     hosted_->Host().ShowControl();
     const Viewport& control = hosted_->Control();
     if (control.ViewportState() != tdlHalted)
@@ -82,6 +113,8 @@ void Session::Show(const Stage& stage)
     Viewport& viewport = hosted_->Control();
     viewport.SetScene(stage.scene);
     viewport.SetBackColor(IsStored("BackColor") ? viewport.BackColor() : ToBackColor(stage.background));
+    if (request_.accumulate)
+        viewport.SetAccumulate(true); // once more: it clears, now in the right colour
     if (!stage.hasLights)
         LightFromCamera();
     ApplySettings();
@@ -145,16 +178,18 @@ void Session::PlaceByFraming(const Stage& stage)
     if (IsExplicit("FrontClippingPlane"))
         options.front = viewport.FrontClippingPlane();
     const auto cornersOf = request_.turntable ? TurnedCornersOf : CornersOf;
-    const Framing framing = FramePoints(cornersOf(stage.focus), cornersOf(stage.extent), options);
-    // A right-handed camera looks along its negative z axis.
-    const Vector direction = IsRightHanded(viewport.ProjectionType()) ? -look.direction : look.direction;
-    StandAt({framing.position, direction, look.up});
+    Framing framing = FramePoints(cornersOf(stage.focus), cornersOf(stage.extent), options);
+    if (request_.ShowsNavControls())
+        framing = ForNavControls(framing, look.direction, options.orthographic);
     if (!IsExplicit("BackClippingPlane"))
         viewport.SetBackClippingPlane(framing.back);
     if (!IsExplicit("FrontClippingPlane"))
         viewport.SetFrontClippingPlane(framing.front);
     if (!IsExplicit("FieldOfView"))
         viewport.SetFieldOfView(framing.field);
+    // A right-handed camera looks along its negative z axis.
+    const Vector direction = IsRightHanded(viewport.ProjectionType()) ? -look.direction : look.direction;
+    StandAt({framing.position, direction, look.up});
 }
 
 void Session::StandAt(const Standpoint& standpoint)
@@ -168,7 +203,10 @@ void Session::StandAt(const Standpoint& standpoint)
 double Session::DrawFrame()
 {
     const auto start = std::chrono::steady_clock::now();
-    hosted_->Control().RenderScene();
+    if (prerendered_)
+        hosted_->Control().DisplayPreRenderedImage(prerendered_);
+    else
+        hosted_->Control().RenderScene();
     const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - start;
     return time.count();
 }
@@ -186,9 +224,27 @@ void Session::Run(const Stage& stage)
         if (request_.turntable && frame > 0)
             StandAt(Turned(start, centre, 2 * std::numbers::pi * frame / request_.frames));
         frameMilliseconds_.push_back(DrawFrame());
-        if (everyFrame || frame + 1 == request_.frames)
+        const bool kept = everyFrame || frame + 1 == request_.frames;
+        if (kept && !request_.output.empty())
             WritePicture(NameOfFrame(request_.output, frame), Picture());
         progress.Report((frame + 1.0) / request_.frames);
+    }
+}
+
+void Session::Play(const headless::SessionScript& script)
+{
+    ShotNames names{request_.output, script.UnnamedShots()};
+    bool took = false;
+    headless::SessionPlayer player{*hosted_, [&](const std::string& name)
+                                   {
+                                       took = true;
+                                       WritePicture(names.Next(name), Picture());
+                                   }};
+    player.Play(script);
+    if (!took && !request_.output.empty())
+    {
+        DrawFrame();
+        WritePicture(NameOfFrame(request_.output, 0), Picture());
     }
 }
 

@@ -6,6 +6,7 @@
 #include "lumora-render/Models.h"
 #include "lumora-render/SettingsFiles.h"
 #include "platform/headless/HostedViewport.h"
+#include "platform/headless/SessionScript.h"
 
 #include <string>
 #include <vector>
@@ -17,14 +18,19 @@ namespace lumora::render
 class Session
 {
 public:
-    /// Both must live as long as the session.
-    Session(const Request& request, const std::vector<Setting>& stored);
+    /// The first two must live as long as the session. The screen leaves room for a window that grows to `largest`.
+    Session(const Request& request, const std::vector<Setting>& stored, const headless::ResizeAction& largest);
 
     /// Hands the stage to the control, applies the settings and places the camera.
     void Show(const Stage& stage);
 
     /// Draws all frames and writes their pictures.
     void Run(const Stage& stage);
+
+    /// Plays a written session and writes the pictures it takes; the last one where it takes none.
+    void Play(const headless::SessionScript& script);
+
+    headless::HostedViewport& Hosted() { return *hosted_; }
 
     /// After Run: one line on the run. `loadMilliseconds` is passed through.
     std::string StatisticsAsJson(double loadMilliseconds) const;
@@ -43,6 +49,7 @@ private:
     const Request& request_;
     const std::vector<Setting>& stored_;
     std::unique_ptr<headless::HostedViewport> hosted_;
+    std::shared_ptr<lumora::Picture> prerendered_; ///< or nothing
     std::vector<double> frameMilliseconds_;
 };
 

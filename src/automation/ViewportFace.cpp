@@ -10,6 +10,7 @@ namespace lumora::automation
 // clang-format off
 template<> inline constexpr const char* EnumerationName<tdlNavigationMethod> = "tdlNavigationMethod";
 template<> inline constexpr const char* EnumerationName<tdlOrientation> = "tdlOrientation";
+template<> inline constexpr const char* EnumerationName<tdlPickMethod> = "tdlPickMethod";
 template<> inline constexpr const char* EnumerationName<D3DRMFRAMECONSTRAINT> = "D3DRMFRAMECONSTRAINT";
 // clang-format on
 
@@ -17,13 +18,16 @@ namespace
 {
 
 constexpr std::int32_t FirstMethodId = 0x60030000;
+constexpr std::int32_t AboutBoxId = -552;
 
-// The methods. A method's id never changes; new ones are added with the ids kept for them: -552 for ShowAboutBox,
-// FirstMethodId + 19 for Pick, + 20 for PickFixScrewyD3DBug, + 21 for DisplayPreRenderedImage.
+// The methods. A method's id never changes.
 std::vector<MemberRow<Viewport>> MethodRows()
 {
     using Single = float&;
     constexpr auto id = [](std::int32_t place) { return FirstMethodId + place; };
+    constexpr const char* PickArguments =
+        "PickMethod, PickScreenX, PickScreenY, PickWireframe, PickZeroAppData, PickedFrame, PickedMeshbuilder, "
+        "PickedFaceID, PickedWorldX, PickedWorldY, PickedWorldZ";
     return {
         Method("RenderScene", "", &Viewport::RenderScene, "draws one picture", id(0)),
         Method("RenderSceneCorrectTranslucency", "", &Viewport::RenderSceneCorrectTranslucency,
@@ -74,6 +78,18 @@ std::vector<MemberRow<Viewport>> MethodRows()
                &Viewport::ViewportTransform, "a world point on the screen", id(17)),
         Method("ViewportInverseTransform", "ScreenW, ScreenX, ScreenY, ScreenZ, WorldX, WorldY, WorldZ",
                &Viewport::ViewportInverseTransform, "a screen point in the world", id(18)),
+        Method(
+            "Pick", PickArguments,
+            [](Viewport& viewport, tdlPickMethod method, float x, float y, bool wireframe, bool zeroAppData,
+               std::shared_ptr<Frame>& frame, std::shared_ptr<MeshBuilder>& mesh, std::int32_t& face, Single worldX,
+               Single worldY, Single worldZ)
+            { viewport.Pick(method, x, y, wireframe, zeroAppData, frame, mesh, face, worldX, worldY, worldZ); },
+            "what lies under a point of the control", id(19)),
+        Method("PickFixScrewyD3DBug", PickArguments, &Viewport::PickFixScrewyD3DBug,
+               "as Pick, at the nearest pixel and by the ray alone", id(20)),
+        Method("DisplayPreRenderedImage", "picPicture", &Viewport::DisplayPreRenderedImage,
+               "shows a picture in place of the scene, while the surface is exposed", id(21)),
+        Method("ShowAboutBox", "", &Viewport::ShowAboutBox, "shows the about box", AboutBoxId),
     };
 }
 

@@ -11,6 +11,13 @@ namespace lumora
 /// 3.141593 in single precision: the number that camera motion calls pi.
 inline constexpr float CameraPi = 3.141593F;
 
+/// `vector` with component 0 (x), 1 (y) or 2 (z) replaced.
+constexpr Vector WithComponent(Vector vector, int axis, float value)
+{
+    (axis == 0 ? vector.x : axis == 1 ? vector.y : vector.z) = value;
+    return vector;
+}
+
 /// The orientation of a camera levelled for gliding: direction in the horizontal plane, up along the y axis with the
 /// sign that the camera's up has. Looking straight up or down it faces (1, 0, 1) instead of nowhere.
 Orientation Levelled(const Orientation& camera);

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace lumora
 {
@@ -47,6 +48,15 @@ ProbeView ViewTowards(RetainedMode& vectors, const Orientation& camera, mudtDire
     const bool upwards = direction == tdlDirUp;
     const float angle = upwards ? ThreeQuarterTurn : QuarterTurn;
     return {{turned(forward, side, angle), turned(up, side, angle)}, upwards ? -front : front};
+}
+
+// How far a distance may be off by the rounding of Singles near this position. A camera that was stopped at exactly the
+// distance it keeps must not count as too near.
+float RoundingAt(Vector position)
+{
+    constexpr float Roundings = 8;
+    const float largest = std::max({1.0F, std::abs(position.x), std::abs(position.y), std::abs(position.z)});
+    return Roundings * std::numeric_limits<float>::epsilon() * largest;
 }
 
 mudtDirection DirectionOf(int axis, bool positive)
@@ -159,7 +169,7 @@ bool Viewport::ProbeRotationCollision()
     std::shared_ptr<MeshBuilder> mesh;
     float obstacle = 0;
     trap([&] { obstacle = ProbeCollision(properties_.CollisionSamples, tdlDirForward, frame, mesh); });
-    if (obstacle >= properties_.CollisionDistance)
+    if (obstacle >= properties_.CollisionDistance - RoundingAt(camera_.Position))
         return false;
     trap([&] { Collision.Raise(frame, mesh); });
     return true;

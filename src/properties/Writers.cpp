@@ -199,6 +199,7 @@ void Viewport::SetExposeDDSurface(bool value)
     const Trap trap{Source};
     if (drawing_.RetainedMode && IsRunMode())
     {
+        trap([&] { RequireFreeSurfaces(); });
         drawing_.PendingExposeDDSurface = value;
         drawing_.DeviceRebuildPending = true;
         drawing_.ExposeChangePending = true;

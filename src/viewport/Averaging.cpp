@@ -1,13 +1,19 @@
 #include "viewport/Averaging.h"
 
 #include <algorithm>
-#include <cstdint>
+#include <utility>
 
 namespace lumora
 {
 
 namespace
 {
+
+/// Below this many pixels read, waking another thread costs more than it saves.
+constexpr std::int64_t SmallPixelCount = 1 << 17;
+
+/// Pixels of the source in one unit of work.
+constexpr std::int64_t UnitPixelCount = 1 << 16;
 
 struct ChannelSums
 {
@@ -24,36 +30,87 @@ std::uint32_t NearestQuotient(std::uint32_t sum, std::uint32_t samples)
     return up ? quotient + 1 : quotient;
 }
 
-ChannelSums SumBlock(const PixelView& source, int left, int top, int factor)
+ChannelSums SumBlock(const std::uint32_t* source, std::ptrdiff_t pitch, int factor)
 {
     ChannelSums sums;
-    for (int y = top; y < top + factor; ++y)
-    {
-        const std::uint32_t* row = source.Row(y);
-        for (int x = left; x < left + factor; ++x)
+    for (int y = 0; y < factor; ++y, source += pitch)
+        for (int x = 0; x < factor; ++x)
         {
-            sums.blue += row[x] & 255;
-            sums.green += (row[x] >> 8) & 255;
-            sums.red += (row[x] >> 16) & 255;
+            sums.blue += source[x] & 255;
+            sums.green += (source[x] >> 8) & 255;
+            sums.red += (source[x] >> 16) & 255;
         }
-    }
     return sums;
+}
+
+// The compiler knows the factor of the two that matter, and divides by shifting.
+inline void AverageRowPlain(const std::uint32_t* source, std::ptrdiff_t pitch, int factor, int count,
+                            std::uint32_t* target)
+{
+    const auto samples = static_cast<std::uint32_t>(factor * factor);
+    for (int i = 0; i < count; ++i, source += factor)
+    {
+        const ChannelSums sums = SumBlock(source, pitch, factor);
+        target[i] = NearestQuotient(sums.red, samples) << 16 | NearestQuotient(sums.green, samples) << 8 |
+                    NearestQuotient(sums.blue, samples);
+    }
+}
+
+averaging::Kernels KernelsFor([[maybe_unused]] SimdLevel level)
+{
+#ifdef LUMORA_HAS_HIGHWAY
+    if (level != SimdLevel::Plain)
+    {
+        if (const averaging::Kernels wanted = averaging::HighwayKernels(level); wanted.two != nullptr)
+            return wanted;
+        if (const averaging::Kernels best = averaging::HighwayKernels(SimdLevel::Best); best.two != nullptr)
+            return best;
+    }
+#endif
+    return averaging::PlainKernels();
 }
 
 } // namespace
 
-void AverageBlocks(const PixelView& source, int factor, const PixelView& target)
+averaging::Kernels averaging::PlainKernels()
+{
+    return {[](const std::uint32_t* source, std::ptrdiff_t pitch, int count, std::uint32_t* target)
+            { AverageRowPlain(source, pitch, 2, count, target); },
+            [](const std::uint32_t* source, std::ptrdiff_t pitch, int count, std::uint32_t* target)
+            { AverageRowPlain(source, pitch, 4, count, target); }};
+}
+
+BlockAverager::BlockAverager(std::shared_ptr<Crew> crew, SimdLevel simd)
+    : crew_(std::move(crew)), kernels_(KernelsFor(simd))
+{
+}
+
+void BlockAverager::Average(const PixelView& source, int factor, const PixelView& target)
 {
     const int width = std::min(source.width / factor, target.width);
     const int height = std::min(source.height / factor, target.height);
-    const auto samples = static_cast<std::uint32_t>(factor * factor);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-        {
-            const ChannelSums sums = SumBlock(source, x * factor, y * factor, factor);
-            target.Row(y)[x] = NearestQuotient(sums.red, samples) << 16 | NearestQuotient(sums.green, samples) << 8 |
-                               NearestQuotient(sums.blue, samples);
-        }
+    if (width < 1 || height < 1)
+        return;
+    const auto averageRow = [&](int y)
+    {
+        const std::uint32_t* const from = source.Row(y * factor);
+        if (factor == 2)
+            kernels_.two(from, source.pitch, width, target.Row(y));
+        else if (factor == 4)
+            kernels_.four(from, source.pitch, width, target.Row(y));
+        else
+            AverageRowPlain(from, source.pitch, factor, width, target.Row(y));
+    };
+    const std::int64_t pixelsOfRow = std::int64_t{width} * factor * factor;
+    const int unitRows = static_cast<int>(std::clamp<std::int64_t>(UnitPixelCount / pixelsOfRow, 1, height));
+    auto averageRows = [&](std::size_t unit, int)
+    {
+        const int first = static_cast<int>(unit) * unitRows;
+        for (int y = first; y < std::min(first + unitRows, height); ++y)
+            averageRow(y);
+    };
+    const int units = (height + unitRows - 1) / unitRows;
+    crew_->Run(static_cast<std::size_t>(units), pixelsOfRow * height < SmallPixelCount, averageRows);
 }
 
 } // namespace lumora

@@ -1,38 +1,49 @@
-// The picture behind an exposed scene.
+// The picture behind an exposed scene, and the one in its place.
 #include "platform/automation/Numbers.h"
-#include "platform/directdraw/DeviceContext.h"
+#include "platform/directdraw/Bitmap.h"
+#include "viewport/HeldContext.h"
 #include "viewport/Viewport.h"
-
-#include <algorithm>
 
 namespace lumora
 {
+
+// A surface of the control's size that shows the picture from its top-left corner, or all over it.
+std::shared_ptr<Surface> Viewport::SurfaceShowing(const std::shared_ptr<Picture>& picture, bool stretched)
+{
+    Bitmap& bitmap = Required(Required(picture).Handle());
+    const auto surface = Required(drawing_.DirectDrawObject).CreateSurface(ClientSurface());
+    const DeviceContext source{bitmap.Pixels()};
+    const HeldContext target{*surface};
+    const PixelRect whole{0, 0, surface->Width(), surface->Height()};
+    if (stretched)
+        target->StretchBlt(whole, source, {0, 0, source.Width(), source.Height()});
+    else
+        target->BitBlt(0, 0, whole.right, whole.bottom, source, 0, 0);
+    return surface;
+}
 
 // Failures leave no background, and no error.
 void Viewport::DrawBackgroundTexture()
 {
     IgnoringErrors(
+        [&] {
+            drawing_.BackgroundSurface =
+                SurfaceShowing(drawing_.BackgroundPicture, properties_.BackgroundTextureStretch);
+        });
+}
+
+// Whatever fails, the screen stays as it was: in window mode there is no surface to show.
+void Viewport::DisplayPreRenderedImage(const std::shared_ptr<Picture>& picPicture)
+{
+    IgnoringErrors(
         [&]
         {
-            double width = 0;
-            double height = 0;
-            ClientSizePixels(width, height);
-            SurfaceDescription description;
-            description.flags = 7;
-            description.width = std::max(1, ToLong(width + BorderPixels()));
-            description.height = std::max(1, ToLong(height + BorderPixels()));
-            description.caps = surfacecaps::Device3D | surfacecaps::OffscreenPlain | surfacecaps::SystemMemory;
-            drawing_.BackgroundSurface = Required(drawing_.DirectDrawObject).CreateSurface(description);
-
-            const auto bitmap = Required(drawing_.BackgroundPicture).Handle();
-            const DeviceContext picture{Required(bitmap).Pixels()};
-            const auto context = drawing_.BackgroundSurface->GetDC();
-            const PixelRect whole{0, 0, description.width, description.height};
-            if (properties_.BackgroundTextureStretch)
-                context->StretchBlt(whole, picture, {0, 0, picture.Width(), picture.Height()});
-            else
-                context->BitBlt(0, 0, whole.right, whole.bottom, picture, 0, 0);
-            drawing_.BackgroundSurface->ReleaseDC(context);
+            Surface& render = Required(drawing_.RenderSurface);
+            const auto picture = SurfaceShowing(picPicture, false);
+            const PixelRect destination = PresentationRect();
+            Required(drawing_.RMViewport).Clear(clearflags::Target | clearflags::Depth);
+            render.Blt(std::nullopt, *picture, std::nullopt, Surface::BltWait);
+            ShowSurface(drawing_.RenderSurface, destination);
         });
 }
 

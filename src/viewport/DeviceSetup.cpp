@@ -84,9 +84,14 @@ void Viewport::RecreateDirectX(const std::string& DeviceName, const ClientRect& 
 void Viewport::CreateSecondarySurfaces()
 {
     const Trap trap{Source};
+    drawing_.SurfacesPending = false;
+    // A window device keeps the DirectDraw objects of the one before.
+    drawing_.BackgroundSurface = nullptr;
+    drawing_.AntiAliasTarget = nullptr;
     if (properties_.ExposeDDSurface && drawing_.BackgroundPicture)
         trap([&] { DrawBackgroundTexture(); });
-    if (properties_.AntiAlias != tdlNone)
+    // A handler of CameraMoved may have changed AntiAlias since the exposed surface was made.
+    if ((drawing_.RenderSurface ? drawing_.SamplingFactor : properties_.AntiAlias) != tdlNone)
         trap([&] { CreateAntiAliasSurface(); });
 }
 
@@ -126,6 +131,7 @@ void Viewport::CreateDevice(const std::string& DeviceName, const ClientRect& cli
     DeviceRecord record;
     trap([&] { record = QueryDeviceDriver(DeviceName); });
     TakeDriver(record);
+    drawing_.SurfacesPending = true;
     if (properties_.ExposeDDSurface)
         CreateExposedDevice(record, client);
     else
@@ -177,6 +183,7 @@ bool Viewport::TryExposedDevice(const DeviceRecord& record, const ClientRect& cl
                 Required(drawing_.RetainedMode)
                     .CreateDeviceFromSurface(record.DriverGuid, drawing_.DirectDrawObject, drawing_.RenderSurface);
             drawing_.Device->SetSamplingFactor(std::max<std::int32_t>(1, properties_.AntiAlias));
+            drawing_.SamplingFactor = properties_.AntiAlias;
             properties_.Direct3DDeviceName = record.Name;
             properties_.Direct3DDeviceDescription = record.Description;
         });
@@ -249,20 +256,28 @@ void Viewport::ApplyDeviceSettings()
 void Viewport::CreateAntiAliasSurface()
 {
     const Trap trap{Source};
+    SurfaceDescription description;
+    trap([&] { description = ClientSurface(); });
+    IgnoringErrors([&] { drawing_.AntiAliasTarget = Required(drawing_.DirectDrawObject).CreateSurface(description); });
+}
+
+// In system memory, of the size that is shown.
+SurfaceDescription Viewport::ClientSurface() const
+{
     double width = 0;
     double height = 0;
-    std::int32_t border = 0;
-    trap([&] { ClientSizePixels(width, height); });
-    trap([&] { border = BorderPixels(); });
-    drawing_.AntiAliasTarget = nullptr;
-    IgnoringErrors(
-        [&]
-        {
-            drawing_.AntiAliasTarget =
-                Required(drawing_.DirectDrawObject)
-                    .CreateSurface(OffscreenSurface(std::max(1, ToLong(width + border)),
-                                                    std::max(1, ToLong(height + border)), surfacecaps::SystemMemory));
-        });
+    ClientSizePixels(width, height);
+    const std::int32_t border = BorderPixels();
+    return OffscreenSurface(std::max(1, ToLong(width + border)), std::max(1, ToLong(height + border)),
+                            surfacecaps::SystemMemory);
+}
+
+// Whoever holds a surface's pixels would write where nobody looks any more.
+void Viewport::RequireFreeSurfaces() const
+{
+    for (const auto& surface : {drawing_.RenderSurface, drawing_.BackgroundSurface, drawing_.AntiAliasTarget})
+        if (surface)
+            surface->RequireFree();
 }
 
 void Viewport::ReleaseDirectDraw()

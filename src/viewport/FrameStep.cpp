@@ -43,6 +43,9 @@ void Viewport::RenderFrame(bool CorrectTranslucency)
         return;
     const Trap trap{Source};
     trap([&] { RebuildPending(); });
+    // A handler of CameraMoved draws while the device is being made.
+    if (drawing_.SurfacesPending && drawing_.RMViewport)
+        trap([&] { CreateSecondarySurfaces(); });
     PixelRect destination;
     const bool exposed = properties_.ExposeDDSurface;
     if (exposed)
@@ -65,6 +68,7 @@ void Viewport::RebuildPending()
     if (!IsRunMode() || !drawing_.DeviceRebuildPending)
         return;
     const Trap trap{Source};
+    trap([&] { RequireFreeSurfaces(); });
     drawing_.DeviceRebuildPending = false;
     trap([&] { BuildNavControls(); });
     ClientRect client;

@@ -8,12 +8,12 @@
 namespace lumora
 {
 
-/// Runs the handler's one step; a failure halts the control and ends the handler quietly.
+/// Runs a handler's step; a failure halts the control quietly and answers false, and the handler ends.
 template<typename Step>
-void Viewport::Handle(Step&& step)
+bool Viewport::Handle(Step&& step)
 {
     ContainingTrap trap{[this](const RuntimeError& failure) { HaltViewport(failure.Number(), failure.Description()); }};
-    trap(std::forward<Step>(step));
+    return trap(std::forward<Step>(step));
 }
 
 } // namespace lumora

@@ -53,6 +53,7 @@ void Viewport::LoadContainerGraphic()
 void Viewport::HaltViewport(std::int32_t /*ErrNumber*/, const std::string& /*ErrDescription*/)
 {
     const SkippingTrap step;
+    AbandonDrag();
     if (drawing_.SceneFrame && drawing_.CameraFrame)
         step([&] { drawing_.SceneFrame->DeleteChild(drawing_.CameraFrame); });
     step([&] { drawing_.CameraFrame = nullptr; });
@@ -69,6 +70,7 @@ void Viewport::HaltViewport(std::int32_t /*ErrNumber*/, const std::string& /*Err
     step([&] { widgets_.NavControlsScene = nullptr; });
     step([&] { drawing_.RetainedMode = nullptr; });
     step([&] { ReleaseDirectDraw(); });
+    step([&] { drawing_.Averager = nullptr; });
     properties_.ViewportState = tdlHalted;
 }
 
@@ -108,31 +110,6 @@ void Viewport::OnDblClick()
 void Viewport::OnKeyPress(std::int16_t KeyAscii)
 {
     Handle([&] { KeyPress.Raise(KeyAscii); });
-}
-
-void Viewport::OnKeyDown(std::int16_t KeyCode, std::int16_t Shift)
-{
-    Handle([&] { KeyDown.Raise(KeyCode, Shift); });
-}
-
-void Viewport::OnKeyUp(std::int16_t KeyCode, std::int16_t Shift)
-{
-    Handle([&] { KeyUp.Raise(KeyCode, Shift); });
-}
-
-void Viewport::OnMouseDown(std::int16_t Button, std::int16_t Shift, float X, float Y)
-{
-    Handle([&] { MouseDown.Raise(Button, Shift, X, Y); });
-}
-
-void Viewport::OnMouseMove(std::int16_t Button, std::int16_t Shift, float X, float Y)
-{
-    Handle([&] { MouseMove.Raise(Button, Shift, X, Y); });
-}
-
-void Viewport::OnMouseUp(std::int16_t Button, std::int16_t Shift, float X, float Y)
-{
-    Handle([&] { MouseUp.Raise(Button, Shift, X, Y); });
 }
 
 void Viewport::Terminate()

@@ -1,7 +1,6 @@
 // An exposed surface on its way to the screen.
 #include "platform/automation/Numbers.h"
-#include "platform/directdraw/DeviceContext.h"
-#include "viewport/Averaging.h"
+#include "viewport/HeldContext.h"
 #include "viewport/Names.h"
 #include "viewport/Viewport.h"
 
@@ -12,32 +11,6 @@ namespace
 {
 
 constexpr int LargestSamplingFactor = 16;
-
-// Holds a surface's device context and gives it back, whatever happens between.
-class HeldContext
-{
-public:
-    explicit HeldContext(Surface& surface) : surface_(surface), context_(surface.GetDC()) {}
-    ~HeldContext()
-    {
-        if (context_)
-            IgnoringErrors([&] { Release(); });
-    }
-    HeldContext(const HeldContext&) = delete;
-    HeldContext& operator=(const HeldContext&) = delete;
-
-    const PixelView& Pixels() const { return context_->Pixels(); }
-
-    void Release()
-    {
-        surface_.ReleaseDC(context_);
-        context_ = nullptr;
-    }
-
-private:
-    Surface& surface_;
-    std::shared_ptr<DeviceContext> context_;
-};
 
 } // namespace
 
@@ -52,28 +25,39 @@ PixelRect Viewport::PresentationRect() const
     return {window.left, window.top, ToLong(window.left + width) + border, ToLong(window.top + height) + border};
 }
 
+// A handler may expose and cover the surface, or draw another picture of another size: then this one is gone with its
+// surface, and what followed has been shown or is yet to be drawn.
 void Viewport::PresentExposed(const PixelRect& destination)
 {
     const Trap trap{Source};
+    const auto drawn = drawing_.RenderSurface;
+    const auto target = drawing_.AntiAliasTarget;
+    const int factor = drawing_.SamplingFactor;
     trap([&] { DDSurfaceAvailable.Raise(); });
-    const auto show = [&](const std::shared_ptr<Surface>& picture)
+    RequireRunning();
+    if (drawing_.RenderSurface != drawn)
+        return;
+    if (factor == tdlNone)
     {
-        if (!destination.IsEmpty()) // a window without a size shows nothing
-            Required(drawing_.PrimarySurface).Blt(destination, Required(picture), std::nullopt, Surface::BltWait);
-    };
-    if (properties_.AntiAlias == tdlNone)
-    {
-        trap([&] { show(drawing_.RenderSurface); });
+        trap([&] { ShowSurface(drawn, destination); });
         return;
     }
-    trap([&] { AverageIntoTarget(); });
+    trap([&] { AverageIntoTarget(factor); });
     trap([&] { AntiAliasSurfaceAvailable.Raise(); });
-    trap([&] { show(drawing_.AntiAliasTarget); });
+    RequireRunning();
+    if (drawing_.AntiAliasTarget == target)
+        trap([&] { ShowSurface(target, destination); });
 }
 
-void Viewport::AverageIntoTarget()
+// A window without a size shows nothing.
+void Viewport::ShowSurface(const std::shared_ptr<Surface>& picture, const PixelRect& destination)
 {
-    const int factor = properties_.AntiAlias;
+    if (!destination.IsEmpty())
+        Required(drawing_.PrimarySurface).Blt(destination, Required(picture), std::nullopt, Surface::BltWait);
+}
+
+void Viewport::AverageIntoTarget(int factor)
+{
     if (factor < 1 || factor > LargestSamplingFactor)
         throw RuntimeError{error::InvalidCall, Source,
                            "AntiAlias is " + std::to_string(factor) + ": use 1 (none), 2 or 4"};
@@ -81,9 +65,11 @@ void Viewport::AverageIntoTarget()
         throw RuntimeError{error::ObjectNotSet, Source,
                            "The surface that takes the averaged picture could not be created: choose a smaller window "
                            "or AntiAlias 1"};
+    if (!drawing_.Averager)
+        drawing_.Averager = std::make_unique<BlockAverager>();
     HeldContext source{Required(drawing_.RenderSurface)};
     HeldContext target{*drawing_.AntiAliasTarget};
-    AverageBlocks(source.Pixels(), factor, target.Pixels());
+    drawing_.Averager->Average(source->Pixels(), factor, target->Pixels());
     target.Release();
     source.Release();
 }

@@ -2,12 +2,14 @@
 #pragma once
 
 #include "camera/CameraState.h"
+#include "camera/MouseDrag.h"
 #include "platform/automation/Event.h"
 #include "platform/automation/Trap.h"
 #include "platform/container/Container.h"
 #include "platform/container/PropertyBag.h"
 #include "properties/Properties.h"
 #include "viewport/DrawingObjects.h"
+#include "viewport/PickResult.h"
 #include "widgets/NavControls.h"
 
 #include <memory>
@@ -15,6 +17,8 @@
 
 namespace lumora
 {
+
+struct KeyAction;
 
 /// An embeddable viewport control.
 ///
@@ -72,6 +76,11 @@ public:
 
     /// The same, with an extra flat pass after a pick that had to fall back to the viewport's.
     void RenderSceneCorrectTranslucency();
+
+    /// Shows a picture in place of the scene, from its top-left corner, unscaled; what it does not cover is black. With
+    /// Accumulate the next picture is drawn over it. Needs ExposeDDSurface: without it, with nothing, or after a halt
+    /// nothing is shown. Raises no event and no error.
+    void DisplayPreRenderedImage(const std::shared_ptr<Picture>& picPicture);
 
     // Camera. Everything that moves it applies PositionConstraints and, unless said otherwise, raises CameraMoved.
 
@@ -136,6 +145,37 @@ public:
     void ViewportInverseTransform(float ScreenW, float ScreenX, float ScreenY, float ScreenZ, float& WorldX,
                                   float& WorldY, float& WorldZ);
 
+    // Picking. Pixels are found by their centres; positions are in the container's coordinate units.
+
+    /// Finds what lies under a point of the control: the frame that shows it, its mesh, the face, and where in the
+    /// world it was hit.
+    ///
+    /// Searched are, by method, the scene with the overlay in it, the scene, or the overlay alone. Objects whose
+    /// application data is 0 or a multiple of 100 count only with PickZeroAppData, those that are not drawn solid only
+    /// with PickWireframe. Of what counts, the nearest is taken. A ray that meets nothing but boxes leaves frame and
+    /// mesh as they are, except in the scene, where a second way of picking follows and the next
+    /// RenderSceneCorrectTranslucency draws an extra flat pass. When only objects that do not count are met, frame and
+    /// mesh become nothing; when nothing at all is, the world position becomes (0, 0, 0) and the rest stays.
+    /// Another method than the three changes nothing. Errors: 6 for a position that is no pixel, error::ObjectNotSet
+    /// without a scene, error::RMBadObject for tdlAll without an overlay.
+    void Pick(tdlPickMethod PickMethod, float PickScreenX, float PickScreenY, bool PickWireframe, bool PickZeroAppData,
+              std::shared_ptr<Frame>& PickedFrame, std::shared_ptr<MeshBuilder>& PickedMeshbuilder,
+              std::int32_t& PickedFaceID, float& PickedWorldX, float& PickedWorldY, float& PickedWorldZ);
+
+    /// The same for callers who have nothing to keep; nothing found is a result without a frame.
+    PickResult Pick(tdlPickMethod PickMethod, float PickScreenX, float PickScreenY, bool PickWireframe = true,
+                    bool PickZeroAppData = true);
+
+    /// As Pick, with positions rounded to the nearest pixel (halves to even), and without the second way in the scene.
+    void PickFixScrewyD3DBug(tdlPickMethod PickMethod, float PickScreenX, float PickScreenY, bool PickWireframe,
+                             bool PickZeroAppData, std::shared_ptr<Frame>& PickedFrame,
+                             std::shared_ptr<MeshBuilder>& PickedMeshbuilder, std::int32_t& PickedFaceID,
+                             float& PickedWorldX, float& PickedWorldY, float& PickedWorldZ);
+
+    /// Shows the about box, which names the control and its version, and returns when it is closed. Works in every
+    /// state; raises nothing.
+    void ShowAboutBox();
+
     // Events. Arguments are by reference; a handler's changes reach later handlers and the control.
 
     /// Position, direction and up of the camera, after it was placed and constrained. The arguments are the stored
@@ -153,8 +193,10 @@ public:
     Event<> AntiAliasSurfaceAvailable; ///< so does the averaged one
     Event<std::shared_ptr<Frame>&, std::shared_ptr<MeshBuilder>&> Collision;
     Event<> UpdatePositions; ///< a picture is about to be drawn: move things, apply velocities
+    /// A drag begins, before the cursor is hidden. The argument is the on-screen control that was grabbed (0: none);
+    /// what a handler assigns to it gets the drag.
     Event<std::int32_t&> BeginNavigating;
-    Event<> EndNavigating;
+    Event<> EndNavigating; ///< a drag has ended: the cursor is back where it was pressed, and velocities are 0
 
     // Called by the container. No error reaches it: a failure halts the control.
 
@@ -167,6 +209,10 @@ public:
 
     /// Writes every saved property that differs from its default.
     void Save(PropertyBag& bag);
+
+    // Mouse: a drag with the middle button while CenterNavigation is True, or with the left one on an on-screen
+    // control, moves the camera; the control's own mouse events are raised for everything else. Keys: the twenty key
+    // properties set and clear stored velocities, then KeyDown and KeyUp are raised.
 
     void OnShow();
     void OnPaint();  ///< draws a picture
@@ -202,7 +248,7 @@ private:
     void RequireRunning() const;
     void NotifyChanged(const char* property);
     template<typename Step>
-    void Handle(Step&& step);
+    bool Handle(Step&& step);
 
     // properties/Writers.cpp
     void WriteNavControl(bool& member, bool value, const char* name);
@@ -226,6 +272,8 @@ private:
     void CompleteDevice(const ClientRect& client);
     void CreateSecondarySurfaces();
     void CreateAntiAliasSurface();
+    SurfaceDescription ClientSurface() const;
+    void RequireFreeSurfaces() const;
     void ApplyDeviceSettings();
     void ReleaseDirectDraw();
     void ReleaseDeviceAndViewport();
@@ -235,6 +283,7 @@ private:
     std::int32_t BorderPixels() const;
 
     // viewport/Background.cpp
+    std::shared_ptr<Surface> SurfaceShowing(const std::shared_ptr<Picture>& picture, bool stretched);
     void DrawBackgroundTexture();
 
     // viewport/FrameStep.cpp
@@ -249,7 +298,8 @@ private:
     // viewport/Presentation.cpp
     PixelRect PresentationRect() const;
     void PresentExposed(const PixelRect& destination);
-    void AverageIntoTarget();
+    void ShowSurface(const std::shared_ptr<Surface>& picture, const PixelRect& destination);
+    void AverageIntoTarget(int factor);
 
     // camera/CameraMotion.cpp
     void UpdateCameraState(bool Raise);
@@ -272,12 +322,68 @@ private:
     float RayPickScreenPoint(std::int32_t X, std::int32_t Y, std::shared_ptr<Frame>& Frame,
                              std::shared_ptr<MeshBuilder>& MeshBuilder);
 
+    // viewport/Picking.cpp
+    void PickScreenPoint(const std::shared_ptr<Frame>& frame, std::int32_t pixelX, std::int32_t pixelY,
+                         const PickFilter& filter, PickResult& picked);
+    void PickScreenPointFixed(const std::shared_ptr<Frame>& frame, std::int32_t pixelX, std::int32_t pixelY,
+                              const PickFilter& filter, PickResult& picked, bool& NothingPicked);
+    void PickSceneWithFallback(std::int32_t pixelX, std::int32_t pixelY, const PickFilter& filter, PickResult& picked);
+    void PickInOverlaidScene(std::int32_t pixelX, std::int32_t pixelY, const PickFilter& filter, PickResult& picked);
+    void PickFromCameraIn(const std::shared_ptr<Frame>& root, std::int32_t pixelX, std::int32_t pixelY,
+                          const PickFilter& filter, PickResult& picked);
+    void PickByMethod(tdlPickMethod method, ScreenPoint pixel, const PickFilter& filter, bool withFallback,
+                      PickResult& picked);
+    ScreenPoint PixelOfPosition(float x, float y, double lowered) const;
+    Ray RayThrough(std::int32_t pixelX, std::int32_t pixelY);
+    PickChoice Choose(PickedArray& hits, const PickFilter& filter, PickResult& picked);
+
+    // camera/MouseNavigation.cpp
+    void PressMouse(std::int16_t Button, std::int16_t Shift, float X, float Y);
+    void BeginDrag(std::int16_t Button, std::int16_t Shift, float X, float Y);
+    void MoveMouse(std::int16_t Button, std::int16_t Shift, float X, float Y);
+    void DragMouse(float X, float Y);
+    void ReleaseMouse(std::int16_t Button, std::int16_t Shift, float X, float Y);
+    void EndDrag();
+    void AbandonDrag();
+    void ShowHoverPointer(float X, float Y);
+    MouseVector AnchorOnceCentred(float X, float Y, ScreenPoint cursor) const;
+    void RaiseMouse(Event<std::int16_t&, std::int16_t&, float&, float&>& event, std::int16_t Button, std::int16_t Shift,
+                    float X, float Y);
+
+    // camera/CenterNavigation.cpp
+    PickResult PickNavControl(float X, float Y);
+    std::shared_ptr<Frame> PickSceneFrame(float X, float Y);
+    ScreenPoint PixelOf(float X, float Y) const;
+    void ApplyCenterNavigation(const std::shared_ptr<Frame>& picked, std::int16_t Shift);
+    void ApplyPerspectiveScheme(const std::shared_ptr<Frame>& picked, std::int16_t Shift);
+    void ApplyOrthographicScheme(const std::shared_ptr<Frame>& picked);
+    void SetSceneOrigin(Vector origin);
+    Vector SceneOrigin() const;
+
+    // camera/MouseActions.cpp
+    void DispatchMouseNavigation(float& DeltaX, float& DeltaY);
+    void ApplyMouseNavigationAction(tdlNavigation Action, float Amount);
+    void StepCamera(tdlNavigation action, float amount);
+    void SetCameraFlying(tdlNavigation action, float amount);
+
+    // camera/KeyboardNavigation.cpp
+    void NavigateByKeyDown(std::int16_t KeyCode);
+    void NavigateByKeyUp(std::int16_t KeyCode);
+    void StoreKeyVelocity(const KeyAction& action, float value, Vector rotationOrigin);
+
     // widgets/BuildNavControls.cpp
     void BuildNavControls();
+    float NavControlSize() const;
+
+    // widgets/DragNavControl.cpp
+    void NavigateWithNavControl(float& DeltaX, float& DeltaY);
+    void StepByNavControl(std::int32_t id, float dx, float dy);
+    void FlyByNavControl(std::int32_t id, float dx, float dy);
 
     std::shared_ptr<Container> container_;
     Properties properties_;
     CameraState camera_;
+    MouseDrag drag_;
     DrawingObjects drawing_;
     NavControls widgets_;
     FrameStatistics lastFrame_;

@@ -9,6 +9,22 @@
 namespace lumora
 {
 
+/// What the on-screen controls are told apart by: the application data of their meshes.
+namespace navcontrol
+{
+inline constexpr std::int32_t None = 0;
+inline constexpr std::int32_t XArrow = 1;
+inline constexpr std::int32_t YArrow = 2;
+inline constexpr std::int32_t ZArrow = 3;
+inline constexpr std::int32_t HorizontalPlate = 4;
+inline constexpr std::int32_t OrthographicPlate = 5;
+inline constexpr std::int32_t VerticalTriangle = 6;
+inline constexpr std::int32_t GlideStrip = 7;
+inline constexpr std::int32_t AdvanceStrip = 8;
+inline constexpr std::int32_t Knob = 9;
+inline constexpr std::int32_t ZoomStrip = 10; ///< the Advance strip of the other projections
+} // namespace navcontrol
+
 struct NavControls
 {
     std::shared_ptr<Frame> NavControlsScene; ///< the root that is drawn

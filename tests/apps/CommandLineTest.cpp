@@ -56,6 +56,9 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"camera_and_view", {"--camera", "0,0,0,0,0,1,0,1,0", "--view", "top"}, 2, "exclude each other"},
         Refusal{"camera_without_direction", {"--camera", "0,0,0,0,0,0,0,1,0"}, 1, ""},
         Refusal{"antialias_three", {"--antialias", "3"}, 2, "1, 2 or 4"},
+        Refusal{"stretch_of_nothing", {"--stretch"}, 2, "--background"},
+        Refusal{"background_missing", {"--background", "/nowhere/picture.png"}, 1, "/nowhere/picture.png"},
+        Refusal{"prerendered_no_picture", {"--prerendered", "/proc/self/cmdline"}, 1, "/proc/self/cmdline"},
         Refusal{"frames_zero", {"--frames", "0"}, 2, "from 1 to 100000"},
         Refusal{"frames_many", {"--frames", "100001"}, 2, "from 1 to 100000"},
         Refusal{"frames_no_number", {"--frames", "many"}, 2, "frames"},
@@ -113,9 +116,9 @@ TEST(CommandLine, explains_itself_on_standard_output)
 {
     const Outcome help = Render({"--help"});
     EXPECT_EQ(help.status, 0);
-    for (const char* option :
-         {"--output", "--size", "--view", "--projection", "--camera", "--device", "--antialias", "--cool-mode",
-          "--expose", "--set", "--settings", "--save-settings", "--frames", "--turntable", "--stats", "--version"})
+    for (const char* option : {"--output", "--size", "--view", "--projection", "--camera", "--device", "--antialias",
+                               "--cool-mode", "--expose", "--set", "--settings", "--save-settings", "--frames",
+                               "--turntable", "--play", "--events", "--pick", "--stats", "--version"})
         EXPECT_THAT(help.output, HasSubstr(option));
     EXPECT_EQ(help.complaint, "");
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/container/ControlWindow.h"
+#include "platform/container/Dialogs.h"
 #include "platform/container/PropertyBag.h"
 #include "platform/container/Screen.h"
 #include "platform/drivers/DriverList.h"
@@ -27,13 +28,16 @@ public:
     /// The control's window; lives as long as the control.
     virtual std::shared_ptr<ControlWindow> Window() = 0;
     virtual std::shared_ptr<Screen> TheScreen() = 0;
+    virtual std::shared_ptr<Dialogs> TheDialogs() = 0;
 
     /// The Direct3D drivers that the control chooses from.
     virtual std::shared_ptr<const DriverList> Drivers() = 0;
 
-    /// Positions in the container's coordinate units to pixels.
+    /// Positions in the container's coordinate units to pixels, and back.
     virtual double PositionToPixelsX(double position) = 0;
     virtual double PositionToPixelsY(double position) = 0;
+    virtual double PixelsToPositionX(double pixels) = 0;
+    virtual double PixelsToPositionY(double pixels) = 0;
 
     /// A sentence for whoever maintains the program; nothing is raised.
     virtual void Log(std::string_view message) = 0;

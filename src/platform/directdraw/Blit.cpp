@@ -4,8 +4,10 @@
 #include "platform/automation/RuntimeError.h"
 
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <new>
+#include <utility>
 #include <vector>
 
 namespace lumora
@@ -72,28 +74,48 @@ bool ShareMemory(const PixelView& a, const PixelView& b)
     return before(a.pixels, end(b)) && before(b.pixels, end(a));
 }
 
+/// Columns that are stretched at a time: their places in the source fit on the stack.
+constexpr int StripWidth = 1024;
+
+/// One strip of a stretch. A row that shows the same source row as the one above is a copy
+/// of it.
+void StretchStrip(const PixelView& source, const PixelView& target, const Axis& across, const Axis& down,
+                  const PixelRect& strip)
+{
+    std::array<int, StripWidth> columns;
+    const int width = strip.Width();
+    for (int i = 0; i < width; ++i)
+        columns[static_cast<std::size_t>(i)] = static_cast<int>(across.SourceOf(strip.left + i));
+    std::int64_t shown = -1;
+    for (int y = strip.top; y < strip.bottom; ++y)
+    {
+        std::uint32_t* const to = target.Row(y) + strip.left;
+        const std::int64_t row = down.SourceOf(y);
+        if (row == std::exchange(shown, row))
+        {
+            std::copy_n(target.Row(y - 1) + strip.left, width, to);
+            continue;
+        }
+        const std::uint32_t* const from = source.Row(static_cast<int>(row));
+        for (int i = 0; i < width; ++i)
+            to[i] = from[columns[static_cast<std::size_t>(i)]];
+    }
+}
+
 /// Rows of `visible`, each from its source row; source and target do not overlap.
 void CopyRows(const PixelView& source, const PixelView& target, const Axis& across, const Axis& down,
               const PixelRect& visible)
 {
-    const auto width = static_cast<std::size_t>(visible.Width());
     if (across.sourceExtent == across.destinationExtent)
     {
         for (int y = visible.top; y < visible.bottom; ++y)
-            std::copy_n(source.Row(static_cast<int>(down.SourceOf(y))) + across.SourceOf(visible.left), width,
+            std::copy_n(source.Row(static_cast<int>(down.SourceOf(y))) + across.SourceOf(visible.left), visible.Width(),
                         target.Row(y) + visible.left);
         return;
     }
-    std::vector<int> columns(width);
-    for (std::size_t i = 0; i < width; ++i)
-        columns[i] = static_cast<int>(across.SourceOf(visible.left + static_cast<int>(i)));
-    for (int y = visible.top; y < visible.bottom; ++y)
-    {
-        const std::uint32_t* const from = source.Row(static_cast<int>(down.SourceOf(y)));
-        std::uint32_t* const to = target.Row(y) + visible.left;
-        for (std::size_t i = 0; i < width; ++i)
-            to[i] = from[columns[i]];
-    }
+    for (int left = visible.left; left < visible.right; left += StripWidth)
+        StretchStrip(source, target, across, down,
+                     {left, visible.top, std::min(left + StripWidth, visible.right), visible.bottom});
 }
 
 /// The rows and columns that `visible` reads, copied out so that writing cannot change them.

@@ -39,6 +39,9 @@ public:
 
     const PixelView& Pixels() const { return pixels_; }
 
+    /// False once its surface has taken it back.
+    bool IsAttached() const { return pixels_.pixels != nullptr; }
+
 private:
     friend class Surface;
     void Release() { pixels_ = {}; }

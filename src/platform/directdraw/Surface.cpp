@@ -33,8 +33,8 @@ PixelView PartOf(const PixelView& view, const PixelRect& rect)
 
 Surface::~Surface()
 {
-    if (const auto context = context_.lock())
-        context->Release();
+    if (context_)
+        context_->Release();
 }
 
 int Surface::Width() const
@@ -76,6 +76,7 @@ void Surface::Blt(const std::optional<PixelRect>& destination, Surface& source,
         Raise(error::DDInvalidRect, "A rectangle of this blit is empty or too large");
     if (!Contains(source.Pixels().Bounds(), block.source))
         Raise(error::DDInvalidRect, "The source rectangle reaches outside the source surface");
+    source.FinishDrawing();
     if (IsPrimary())
     {
         BlitToScreen(block.destination, PartOf(source.Pixels(), block.source));
@@ -83,6 +84,7 @@ void Surface::Blt(const std::optional<PixelRect>& destination, Surface& source,
     }
     if (!Contains(Pixels().Bounds(), block.destination))
         Raise(error::DDInvalidRect, "The destination rectangle reaches outside the surface");
+    FinishDrawing();
     CopyBlock(source.Pixels(), Pixels(), block, block.destination);
 }
 
@@ -104,18 +106,20 @@ std::shared_ptr<DeviceContext> Surface::GetDC()
     faults::Point("Surface.GetDC");
     RequirePixels();
     RequireFree();
-    const auto context = std::make_shared<DeviceContext>(Pixels());
-    context_ = context;
-    return context;
+    FinishDrawing();
+    if (context_.use_count() == 1)
+        *context_ = DeviceContext{Pixels()};
+    else
+        context_ = std::make_shared<DeviceContext>(Pixels());
+    return context_;
 }
 
 void Surface::ReleaseDC(const std::shared_ptr<DeviceContext>& context)
 {
     faults::Point("Surface.ReleaseDC");
-    if (!context || context_.lock() != context)
+    if (!context || context_ != context || !context->IsAttached())
         Raise(error::DDInvalidParams, "This device context is not out for this surface");
     context->Release();
-    context_.reset();
 }
 
 PixelView Surface::Lock()
@@ -123,16 +127,17 @@ PixelView Surface::Lock()
     faults::Point("Surface.Lock");
     RequirePixels();
     RequireFree();
-    locked_ = true;
+    FinishDrawing();
+    lockedSelf_ = shared_from_this();
     return Pixels();
 }
 
 void Surface::Unlock()
 {
     faults::Point("Surface.Unlock");
-    if (!locked_)
+    if (!lockedSelf_)
         Raise(error::DDInvalidParams, "The surface is not locked");
-    locked_ = false;
+    const auto self = std::move(lockedSelf_); // may be the last one
 }
 
 PixelView Surface::Pixels()
@@ -144,8 +149,19 @@ PixelView Surface::Pixels()
 
 void Surface::RequireFree() const
 {
-    if (locked_ || !context_.expired())
+    if (lockedSelf_ || IsContextOut())
         Raise(error::DDSurfaceBusy, "The surface is locked or its device context is out");
+}
+
+bool Surface::IsContextOut() const
+{
+    return context_.use_count() > 1 && context_->IsAttached();
+}
+
+void Surface::FinishDrawing()
+{
+    if (painter_ != nullptr)
+        painter_->FinishDrawing();
 }
 
 void Surface::RequirePixels() const

@@ -32,6 +32,18 @@ struct SurfaceDescription
 
 class DeviceContext;
 
+/// Draws into a surface and may put the work off. Its surface tells it when somebody else is about to read or write the
+/// pixels.
+class SurfacePainter
+{
+public:
+    /// Every pixel drawn so far is in the surface on return. Errors are the painter's.
+    virtual void FinishDrawing() = 0;
+
+protected:
+    ~SurfacePainter() = default;
+};
+
 /// A picture of 32-bit pixels (0x00RRGGBB), black at first, or the screen itself (primary). Created by
 /// DirectDraw::CreateSurface.
 class Surface : public Object, public std::enable_shared_from_this<Surface>
@@ -67,13 +79,14 @@ public:
              std::uint32_t flags);
 
     /// A context to draw with; one at a time (DDSurfaceBusy), until ReleaseDC or until nobody refers to it any more.
-    /// Not on the primary.
+    /// Not on the primary. What a device put off is drawn first, here and in Blt and Lock.
     std::shared_ptr<DeviceContext> GetDC();
 
     /// Draws through `context` do nothing from now on. DDInvalidParams for a context that is not out.
     void ReleaseDC(const std::shared_ptr<DeviceContext>& context);
 
-    /// The pixels for direct access, until Unlock. DDSurfaceBusy when locked or a context is out. Not on the primary.
+    /// The pixels for direct access, until Unlock: they stay where they are although nobody else may refer to the
+    /// surface any more. DDSurfaceBusy when locked or a context is out. Not on the primary.
     PixelView Lock();
 
     /// DDInvalidParams when it is not locked.
@@ -82,19 +95,28 @@ public:
     /// The pixels, for devices of this library: no lock is taken. None on the primary.
     PixelView Pixels();
 
+    /// DDSurfaceBusy while it is locked or its device context is out.
+    void RequireFree() const;
+
+    /// Who draws into it from now on, or nothing. The painter takes itself away before it ends.
+    void SetPainter(SurfacePainter* painter) { painter_ = painter; }
+    SurfacePainter* Painter() const { return painter_; }
+
 private:
     friend class DirectDraw;
     Surface() = default;
     void BlitToScreen(const PixelRect& destination, const PixelView& picture);
-    void RequireFree() const;
     void RequirePixels() const;
+    bool IsContextOut() const;
+    void FinishDrawing();
 
     SurfaceDescription description_;
     std::shared_ptr<class Screen> screen_; // primary only
     std::vector<std::uint32_t> pixels_;
     std::shared_ptr<Clipper> clipper_;
-    std::weak_ptr<DeviceContext> context_;
-    bool locked_ = false;
+    std::shared_ptr<DeviceContext> context_; // kept to be handed out again
+    std::shared_ptr<Surface> lockedSelf_;    // while locked
+    SurfacePainter* painter_ = nullptr;
 };
 
 } // namespace lumora

@@ -74,6 +74,11 @@ std::shared_ptr<Screen> HeadlessHost::TheScreen()
     return screen_;
 }
 
+std::shared_ptr<Dialogs> HeadlessHost::TheDialogs()
+{
+    return dialogs_;
+}
+
 std::shared_ptr<const DriverList> HeadlessHost::Drivers()
 {
     return drivers_;
@@ -89,6 +94,18 @@ double HeadlessHost::PositionToPixelsY(double position)
 {
     faults::Point("Container.PositionToPixelsY");
     return positionUnit_ == PositionUnit::Pixels ? position : position / screen_->UnitsPerPixelY();
+}
+
+double HeadlessHost::PixelsToPositionX(double pixels)
+{
+    faults::Point("Container.PixelsToPositionX");
+    return positionUnit_ == PositionUnit::Pixels ? pixels : pixels * screen_->UnitsPerPixelX();
+}
+
+double HeadlessHost::PixelsToPositionY(double pixels)
+{
+    faults::Point("Container.PixelsToPositionY");
+    return positionUnit_ == PositionUnit::Pixels ? pixels : pixels * screen_->UnitsPerPixelY();
 }
 
 void HeadlessHost::Log(std::string_view message)

@@ -3,12 +3,14 @@
 
 #include "platform/container/Container.h"
 #include "platform/headless/ControlEvents.h"
+#include "platform/headless/VirtualDialogs.h"
 #include "platform/headless/VirtualScreen.h"
 #include "platform/headless/VirtualWindow.h"
 
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -65,15 +67,19 @@ public:
     void PropertyChanged(std::string_view name) override;
     std::shared_ptr<ControlWindow> Window() override;
     std::shared_ptr<Screen> TheScreen() override;
+    std::shared_ptr<Dialogs> TheDialogs() override;
     std::shared_ptr<const DriverList> Drivers() override;
     double PositionToPixelsX(double position) override;
     double PositionToPixelsY(double position) override;
+    double PixelsToPositionX(double pixels) override;
+    double PixelsToPositionY(double pixels) override;
     void Log(std::string_view message) override;
 
     // The machine, for whoever runs it.
 
     VirtualScreen& Display() { return *screen_; }
     VirtualWindow& ControlArea() { return *window_; }
+    VirtualDialogs& DialogsShown() { return *dialogs_; }
     const std::shared_ptr<VirtualScreen>& SharedDisplay() const { return screen_; }
     const std::shared_ptr<VirtualWindow>& SharedControlArea() const { return window_; }
 
@@ -136,6 +142,15 @@ public:
     void ReleaseKey(std::int16_t code);
     std::int16_t ModifiersHeld() const;
 
+    // A person who takes time.
+
+    /// The clock goes on. The key that was pressed last repeats while it is held, first after the delay (500 ms unless
+    /// changed), then at the interval (33 ms); a release of another key changes nothing about that.
+    void AdvanceTime(std::uint32_t milliseconds);
+
+    /// In milliseconds, from the next press on. InvalidCall unless both are above 0.
+    void SetKeyRepeat(std::uint32_t delay, std::uint32_t interval);
+
 private:
     enum class Capture
     {
@@ -152,6 +167,7 @@ private:
     std::shared_ptr<const DriverList> drivers_;
     std::shared_ptr<VirtualScreen> screen_;
     std::shared_ptr<VirtualWindow> window_;
+    std::shared_ptr<VirtualDialogs> dialogs_ = std::make_shared<VirtualDialogs>();
     std::shared_ptr<ControlEvents> control_;
     bool userMode_ = true;
     PositionUnit positionUnit_ = PositionUnit::Pixels;
@@ -161,6 +177,10 @@ private:
     std::int16_t buttonsHeld_ = 0;
     Capture capture_ = Capture::None;
     std::vector<std::int16_t> keysHeld_;
+    std::optional<std::int16_t> repeatingKey_;
+    std::uint32_t repeatDelay_ = 500;
+    std::uint32_t repeatInterval_ = 33;
+    std::uint32_t untilRepeat_ = 0; // milliseconds, while a key repeats
 };
 
 } // namespace lumora::headless

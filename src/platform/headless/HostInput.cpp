@@ -172,7 +172,11 @@ void HeadlessHost::TellKeyDown(std::int16_t code)
 void HeadlessHost::PressKey(std::int16_t code)
 {
     if (!IsHeld(code))
+    {
         keysHeld_.push_back(code);
+        repeatingKey_ = code;
+        untilRepeat_ = repeatDelay_;
+    }
     TellKeyDown(code);
 }
 
@@ -186,9 +190,32 @@ void HeadlessHost::ReleaseKey(std::int16_t code)
 {
     if (std::erase(keysHeld_, code) == 0)
         return;
+    if (repeatingKey_ == code)
+        repeatingKey_.reset();
     const auto control = control_;
     if (control && window_->IsEnabled())
         control->KeyUp(code, ModifiersHeld());
+}
+
+void HeadlessHost::AdvanceTime(std::uint32_t milliseconds)
+{
+    while (repeatingKey_ && untilRepeat_ <= milliseconds)
+    {
+        screen_->AdvanceClock(untilRepeat_);
+        milliseconds -= untilRepeat_;
+        untilRepeat_ = repeatInterval_;
+        RepeatKey(*repeatingKey_);
+    }
+    screen_->AdvanceClock(milliseconds);
+    untilRepeat_ -= repeatingKey_ ? milliseconds : 0;
+}
+
+void HeadlessHost::SetKeyRepeat(std::uint32_t delay, std::uint32_t interval)
+{
+    if (delay == 0 || interval == 0)
+        throw RuntimeError{error::InvalidCall, "HeadlessHost", "A key repeats after 1 millisecond or more"};
+    repeatDelay_ = delay;
+    repeatInterval_ = interval;
 }
 
 } // namespace lumora::headless

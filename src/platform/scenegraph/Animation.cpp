@@ -25,6 +25,28 @@ Double3 Hermite(Double3 a, Double3 leaving, Double3 b, Double3 arriving, double 
 
 } // namespace
 
+void Animation::SetOptions(std::uint32_t options)
+{
+    faults::Point("Animation.SetOptions");
+    using namespace animation;
+    const auto oneOf = [options](std::uint32_t a, std::uint32_t b)
+    { return ((options & a) != 0) != ((options & b) != 0); };
+    constexpr std::uint32_t known = Open | Closed | LinearPosition | SplinePosition | Position;
+    if ((options & ~known) != 0 || (options & Position) == 0 || !oneOf(Open, Closed) ||
+        !oneOf(LinearPosition, SplinePosition))
+        RaiseBadValue(Source, "The options " + std::to_string(options) + " name no way to move through positions");
+    interpolation_ = (options & SplinePosition) != 0 ? Interpolation::Spline : Interpolation::Linear;
+    closed_ = (options & Closed) != 0;
+}
+
+std::uint32_t Animation::GetOptions() const
+{
+    faults::Point("Animation.GetOptions");
+    using namespace animation;
+    return Position | (interpolation_ == Interpolation::Spline ? SplinePosition : LinearPosition) |
+           (closed_ ? Closed : Open);
+}
+
 void Animation::AddPositionKey(float time, float x, float y, float z)
 {
     faults::Point("Animation.AddPositionKey");

@@ -4,10 +4,21 @@
 #include "platform/scenegraph/Frame.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace lumora
 {
+
+/// Options of an animation, added together: closed or open, linear or spline, and that its keys are positions.
+namespace animation
+{
+inline constexpr std::uint32_t Open = 0x01;
+inline constexpr std::uint32_t Closed = 0x02;
+inline constexpr std::uint32_t LinearPosition = 0x04;
+inline constexpr std::uint32_t SplinePosition = 0x08;
+inline constexpr std::uint32_t Position = 0x20;
+} // namespace animation
 
 /// Moves the bound frame (relative to its parent) through position keys: linear, or by a Catmull-Rom spline (whose
 /// tangents take the keys' own times into account), both through every key. Closed animations go on from the last key
@@ -23,6 +34,11 @@ public:
 
     void SetInterpolation(Interpolation interpolation) { interpolation_ = interpolation; }
     void SetClosed(bool closed) { closed_ = closed; }
+
+    /// Interpolation and ends at once, as a sum of animation:: values: Position, one of Open and Closed, one of
+    /// LinearPosition and SplinePosition. RMBadValue for any other sum.
+    void SetOptions(std::uint32_t options);
+    std::uint32_t GetOptions() const;
 
     /// Adds a key, or replaces the one at the same time. RMBadValue for numbers that are not finite.
     void AddPositionKey(float time, float x, float y, float z);

@@ -59,7 +59,19 @@ std::shared_ptr<Device> Device::FromSurface(std::unique_ptr<Driver> driver, std:
     device->driver_ = std::move(driver);
     device->surface_ = std::move(surface);
     device->driver_->SetTarget(device->target_);
+    device->surface_->SetPainter(device.get());
     return device;
+}
+
+Device::~Device()
+{
+    if (surface_ && surface_->Painter() == this)
+        surface_->SetPainter(nullptr);
+}
+
+void Device::FinishDrawing()
+{
+    driver_->Finish();
 }
 
 int Device::Width() const

@@ -35,7 +35,7 @@ private:
     std::shared_ptr<class Device> device_;
 };
 
-class Device : public SceneObject, public std::enable_shared_from_this<Device>
+class Device : public SceneObject, public std::enable_shared_from_this<Device>, private SurfacePainter
 {
 public:
     /// A device that draws into a picture of its own and shows it in the clipper's window at each Update.
@@ -45,6 +45,8 @@ public:
 
     /// A device that draws into `surface`; showing it is the caller's business.
     static std::shared_ptr<Device> FromSurface(std::unique_ptr<Driver> driver, std::shared_ptr<Surface> surface);
+
+    ~Device() override;
 
     int Width() const;
     int Height() const;
@@ -84,6 +86,7 @@ public:
 private:
     friend class ImmediateDevice;
     Device() = default;
+    void FinishDrawing() override;
 
     std::unique_ptr<Driver> driver_;
     std::shared_ptr<Clipper> clipper_;      // with a window

@@ -132,7 +132,8 @@ public:
     /// As GetBox, for use within this library.
     const Box& Bounds() const { return data_.box; }
 
-    // Looks. What is said to the mesh is said to each of its faces.
+    // Looks. What is said to the mesh is said to each of its faces. Colours with an alpha of 252 (0.99) and more are
+    // drawn opaque.
 
     void SetColor(Color color);
     void SetColorRGB(float red, float green, float blue);

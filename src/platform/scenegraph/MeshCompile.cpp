@@ -18,6 +18,15 @@ namespace
 
 constexpr std::uint32_t None = 0xFFFFFFFF;
 
+// Alphas from 0.99 on are drawn as opaque: nobody sees the difference, and opaque faces hide each other exactly, where
+// translucent ones are only sorted.
+constexpr std::uint32_t OpaqueAlpha = 252;
+
+Color DrawnColor(Color color)
+{
+    return AlphaOf(color) >= OpaqueAlpha ? color | 0xFF000000 : color;
+}
+
 // Finds the output vertex of a corner: one for each position, normal and colour.
 class VertexSplitter
 {
@@ -227,7 +236,7 @@ private:
     bool IsTranslucent(std::uint32_t look, Color color) const
     {
         const auto& texture = data_.looks[look].texture;
-        return AlphaOf(color) < 255 || (texture && texture->Image()->hasTranslucency);
+        return AlphaOf(DrawnColor(color)) < 255 || (texture && texture->Image()->hasTranslucency);
     }
 
     // A stable counting sort of the faces by group; groups come in the order of their first faces.
@@ -311,7 +320,7 @@ private:
         }
         if (triples_.empty())
             return;
-        const Color color = data_.color[face];
+        const Color color = DrawnColor(data_.color[face]);
         for (std::uint32_t corner = first; corner < first + count; ++corner)
         {
             outVertex_[corner] = splitter.VertexOf(corner, color);

@@ -226,6 +226,25 @@ TEST_F(Person, held_keys_repeat_and_others_do_not)
     EXPECT_EQ(Heard(), (Lines{"keydown 38 0", "keydown 38 0", "keyup 38 0"}));
 }
 
+TEST_F(Person, the_key_pressed_last_repeats_while_time_passes)
+{
+    host_.SetKeyRepeat(100, 30);
+    host_.PressKey(37);
+    host_.PressKey(38);
+    host_.AdvanceTime(99);
+    EXPECT_EQ(Heard(), (Lines{"keydown 37 0", "keydown 38 0"}));
+    host_.AdvanceTime(1);
+    host_.AdvanceTime(60);
+    host_.ReleaseKey(37);
+    host_.AdvanceTime(30);
+    EXPECT_EQ(Heard(), (Lines{"keydown 38 0", "keydown 38 0", "keydown 38 0", "keyup 37 0", "keydown 38 0"}));
+    host_.ReleaseKey(38);
+    host_.AdvanceTime(1000);
+    EXPECT_EQ(Heard(), Lines{"keyup 38 0"});
+    EXPECT_EQ(host_.Display().Clock(), 1000U + 99 + 1 + 60 + 30 + 1000);
+    EXPECT_EQ(ErrorOf([&] { host_.SetKeyRepeat(0, 30); }), error::InvalidCall);
+}
+
 TEST_F(Person, paints_and_clicks_only_when_told)
 {
     host_.ShowControl();

@@ -103,6 +103,8 @@ TEST(HeadlessHost, lets_every_operation_fail_once_and_work_again)
         {"Container.PropertyChanged", [&] { host.PropertyChanged("X"); }},
         {"Container.PositionToPixelsX", [&] { host.PositionToPixelsX(1); }},
         {"Container.PositionToPixelsY", [&] { host.PositionToPixelsY(1); }},
+        {"Container.PixelsToPositionX", [&] { host.PixelsToPositionX(1); }},
+        {"Container.PixelsToPositionY", [&] { host.PixelsToPositionY(1); }},
         {"PropertyBag.ReadProperty", [&] { bag.ReadProperty("X", 1); }},
         {"PropertyBag.WriteProperty", [&] { bag.WriteProperty("X", 1, 0); }},
         {"ControlWindow.Handle", [&] { window.Handle(); }},

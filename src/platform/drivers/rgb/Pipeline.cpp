@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <new>
-#include <thread>
 
 namespace lumora::rgb
 {
@@ -17,13 +16,6 @@ constexpr std::uint64_t SmallPixelCount = 80000;
 constexpr std::size_t UnitsPerRound = 1024;
 constexpr std::size_t BinBytesPerRound = std::size_t{32} << 20; ///< a round ends when its bins have grown to this
 constexpr std::size_t LargestKeptBins = std::size_t{1} << 20;
-constexpr int MostThreads = 64;
-
-int ThreadCount(int asked)
-{
-    const int cores = static_cast<int>(std::thread::hardware_concurrency());
-    return std::clamp(asked > 0 ? asked : cores, 1, MostThreads);
-}
 
 std::size_t BytesIn(const Bins& bins)
 {
@@ -40,9 +32,9 @@ void ReleaseLarge(Bins& bins)
 } // namespace
 
 Pipeline::Pipeline(int threads, const Kernels& kernels)
-    : crew_(ThreadCount(threads)), kernels_(kernels), planner_(batch_, textures_)
+    : crew_(Crew::Of(threads)), kernels_(kernels), planner_(batch_, textures_)
 {
-    tileColors_.Resize(static_cast<std::size_t>(crew_.Size()) * TilePixels);
+    tileColors_.Resize(static_cast<std::size_t>(crew_->Size()) * TilePixels);
 }
 
 void Pipeline::SetTarget(const PixelView& target)
@@ -148,7 +140,7 @@ void Pipeline::RunBatch()
         return;
     const bool alone = planner_.PrimitiveCount() < SmallPrimitiveCount;
     PlaceAndLight(alone);
-    planner_.PlanUnits(alone ? 1U : static_cast<std::uint32_t>(crew_.Size()));
+    planner_.PlanUnits(alone ? 1U : static_cast<std::uint32_t>(crew_->Size()));
     DrawUnits(alone);
     planner_.Start(target_.Bounds(), kernels_);
 }
@@ -163,7 +155,7 @@ void Pipeline::RunSorted(const Command& command)
     for (const Segment& segment : batch_.segments)
         CollectSorted(batch_, segment, batch_.sorted);
     SortWaiting();
-    planner_.PlanSortedUnits(alone ? 1U : static_cast<std::uint32_t>(crew_.Size()));
+    planner_.PlanSortedUnits(alone ? 1U : static_cast<std::uint32_t>(crew_->Size()));
     DrawUnits(alone);
     planner_.Start(target_.Bounds(), kernels_);
 }
@@ -202,7 +194,7 @@ void Pipeline::Share(std::size_t count, bool alone, Work work)
             failed.store(true);
         }
     };
-    crew_.Run(count, alone, guarded);
+    crew_->Run(count, alone, guarded);
     if (failed.load())
         throw std::bad_alloc{};
 }

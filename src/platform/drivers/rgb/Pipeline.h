@@ -1,11 +1,11 @@
 // What was recorded, and the stages that draw it.
 #pragma once
 
+#include "platform/drivers/Crew.h"
 #include "platform/drivers/rgb/Frame.h"
 #include "platform/drivers/rgb/MeshFacts.h"
 #include "platform/drivers/rgb/Planner.h"
 #include "platform/drivers/rgb/Textures.h"
-#include "platform/drivers/rgb/Threads.h"
 #include "platform/drivers/rgb/Tiles.h"
 
 #include <atomic>
@@ -17,7 +17,7 @@ namespace lumora::rgb
 class Pipeline
 {
 public:
-    /// `threads` 0: one for each core.
+    /// As Crew::Of takes them.
     Pipeline(int threads, const Kernels& kernels);
 
     /// Nothing may be waiting. Everything is at the farthest depth from now on.
@@ -70,7 +70,7 @@ private:
     template<typename Work>
     void Share(std::size_t count, bool alone, Work work);
 
-    Crew crew_;
+    std::shared_ptr<Crew> crew_;
     const Kernels& kernels_;
     PixelView target_;
     DepthStore depth_;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "platform/drivers/Driver.h"
+#include "platform/drivers/SimdLevel.h"
 
 #include <memory>
 #include <vector>
@@ -11,21 +12,10 @@
 namespace lumora
 {
 
-/// Which vector instructions a driver uses.
-enum class SimdLevel
-{
-    Best,  ///< the best that the processor has
-    Plain, ///< none beyond what the compiler uses on its own
-    Sse4,
-    Avx2,
-    Avx512,
-    Neon,
-};
-
 struct RgbOptions
 {
-    int threads = 0;                  ///< that draw, the calling one among them; 0: one for each core
-    bool monochrome = false;          ///< light colors are replaced by their luminance
+    int threads = 0;         ///< that draw, the calling one among them; 0: one for each core, shared by drivers
+    bool monochrome = false; ///< light colors are replaced by their luminance
     SimdLevel simd = SimdLevel::Best; ///< where the machine or the build lacks the level, Best is taken
 };
 

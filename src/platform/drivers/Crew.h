@@ -1,21 +1,27 @@
-// The threads that draw: the calling one and its helpers.
+// Threads that share one piece of work: the calling one and its helpers.
 #pragma once
 
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <vector>
 
-namespace lumora::rgb
+namespace lumora
 {
 
 /// Shares work units out. The calling thread works too, and never waits for a helper that has not begun: one that wakes
 /// late finds the job closed. Helpers spin briefly after a job, since the next one mostly follows at once, then sleep.
+/// A job that comes while another is being worked on is done by its caller alone.
 class Crew
 {
 public:
+    /// A crew of `threads`; 0: the one that everything on the calling thread shares, with a thread for each core. The
+    /// shared one lives as long as somebody holds it.
+    static std::shared_ptr<Crew> Of(int threads);
+
     /// `size` threads including the calling one. Helpers start with the first shared job.
     explicit Crew(int size) : size_(size) {}
     ~Crew();
@@ -29,12 +35,13 @@ public:
     template<typename Work>
     void Run(std::size_t count, bool alone, Work& work)
     {
-        if (alone || size_ == 1 || count < 2)
+        if (alone || size_ == 1 || count < 2 || isBusy_.exchange(true))
         {
             for (std::size_t unit = 0; unit < count; ++unit)
                 work(unit, 0);
             return;
         }
+        const Busy busy{isBusy_};
         RunShared(
             count, [](void* context, std::size_t unit, int worker) { (*static_cast<Work*>(context))(unit, worker); },
             &work);
@@ -42,6 +49,15 @@ public:
 
 private:
     using Call = void (*)(void* context, std::size_t unit, int worker);
+
+    struct Busy
+    {
+        explicit Busy(std::atomic<bool>& isBusy) : mark(isBusy) {}
+        ~Busy() { mark.store(false); }
+        Busy(const Busy&) = delete;
+        Busy& operator=(const Busy&) = delete;
+        std::atomic<bool>& mark;
+    };
 
     void RunShared(std::size_t count, Call call, void* context);
     void StartHelpers();
@@ -51,6 +67,7 @@ private:
 
     int size_;
     std::vector<std::thread> helpers_;
+    std::atomic<bool> isBusy_{false};
 
     // The job. Helpers read these only between entering (entered_) and leaving, while the job is open.
     Call call_ = nullptr;
@@ -66,4 +83,4 @@ private:
     std::condition_variable wakes_;
 };
 
-} // namespace lumora::rgb
+} // namespace lumora

@@ -1,18 +1,22 @@
-#include "platform/drivers/rgb/Threads.h"
+#include "platform/drivers/Crew.h"
 
+#include <algorithm>
 #include <chrono>
 
 #if defined(__x86_64__) || defined(__i386__)
 #include <immintrin.h>
 #endif
 
-namespace lumora::rgb
+namespace lumora
 {
 
 namespace
 {
 
 constexpr auto SpinTime = std::chrono::microseconds(60);
+
+/// More threads than this do not make a picture come sooner.
+constexpr int MostThreads = 64;
 
 void Pause()
 {
@@ -24,6 +28,21 @@ void Pause()
 }
 
 } // namespace
+
+std::shared_ptr<Crew> Crew::Of(int threads)
+{
+    if (threads > 0)
+        return std::make_shared<Crew>(std::min(threads, MostThreads));
+    thread_local std::weak_ptr<Crew> shared;
+    std::shared_ptr<Crew> crew = shared.lock();
+    if (!crew)
+    {
+        const int cores = static_cast<int>(std::thread::hardware_concurrency());
+        crew = std::make_shared<Crew>(std::clamp(cores, 1, MostThreads));
+        shared = crew;
+    }
+    return crew;
+}
 
 Crew::~Crew()
 {
@@ -117,4 +136,4 @@ std::uint64_t Crew::AwaitJob(std::uint64_t seen)
     return announced_.load();
 }
 
-} // namespace lumora::rgb
+} // namespace lumora

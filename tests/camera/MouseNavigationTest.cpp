@@ -1,0 +1,385 @@
+// Drags as a person makes them, judged by where the camera ends, what was raised, and where the cursor is.
+#include "camera/Desk.h"
+
+#include <functional>
+
+using namespace lumora;
+using namespace lumora::test;
+
+namespace
+{
+
+using Lines = std::vector<std::string>;
+
+// What one movement does, in the words of the scheme.
+enum class Does
+{
+    Nothing,
+    WalkAlongTheView,
+    Orbit,
+    PanLevel,
+    PanInThePicture,
+    TurnAndWalkLevel,
+    Zoom,
+};
+
+struct Scheme
+{
+    const char* name;
+    D3DRMPROJECTIONTYPE projection;
+    bool onPlate;
+    std::vector<std::int16_t> held;
+    Does does;
+};
+
+/// `x` and `y` in twips to the right and down.
+void Obey(Does does, float x, float y, Vector origin, RuleCamera& camera, float& field)
+{
+    const Vector vertical{0, 1, 0};
+    switch (does)
+    {
+    case Does::Nothing:
+        break;
+    case Does::WalkAlongTheView:
+        camera.Advance({0, 0, -0.002F * y});
+        break;
+    case Does::Orbit:
+        camera.Turn(vertical, 0.0002F * x, origin);
+        camera.Turn(camera.Axis(0), 0.0002F * y, origin);
+        break;
+    case Does::PanLevel:
+        camera.Glide({0.002F * x, -0.002F * y, 0});
+        break;
+    case Does::PanInThePicture:
+        camera.Advance({0.002F * x, -0.002F * y, 0});
+        break;
+    case Does::TurnAndWalkLevel:
+        camera.Turn(vertical, 0.0002F * x, camera.position);
+        camera.Glide({0, 0, -0.002F * y});
+        break;
+    case Does::Zoom:
+        field += 0.002F * y;
+        break;
+    }
+}
+
+using headless::key::Alt;
+using headless::key::Control;
+using headless::key::Shift;
+constexpr auto Perspective = D3DRMPROJECT_PERSPECTIVE;
+constexpr auto Orthographic = D3DRMPROJECT_ORTHOGRAPHIC;
+
+TEST(MouseNavigation, drags_do_what_the_scheme_says)
+{
+    const Scheme rows[] = {
+        {"perspective, nothing", Perspective, false, {}, Does::WalkAlongTheView},
+        {"perspective, nothing, Shift", Perspective, false, {Shift}, Does::PanLevel},
+        {"perspective, nothing, Ctrl", Perspective, false, {Control}, Does::TurnAndWalkLevel},
+        {"perspective, nothing, Shift+Ctrl", Perspective, false, {Shift, Control}, Does::WalkAlongTheView},
+        {"perspective, nothing, Alt", Perspective, false, {Alt}, Does::Nothing},
+        {"perspective, nothing, Shift+Alt", Perspective, false, {Shift, Alt}, Does::Nothing},
+        {"perspective, object", Perspective, true, {}, Does::Orbit},
+        {"perspective, object, Shift", Perspective, true, {Shift}, Does::PanLevel},
+        {"perspective, object, Ctrl", Perspective, true, {Control}, Does::TurnAndWalkLevel},
+        {"perspective, object, Shift+Ctrl", Perspective, true, {Shift, Control}, Does::WalkAlongTheView},
+        {"perspective, object, Alt", Perspective, true, {Alt}, Does::Nothing},
+        {"orthographic, nothing", Orthographic, false, {}, Does::PanInThePicture},
+        {"orthographic, nothing, Shift", Orthographic, false, {Shift}, Does::PanInThePicture},
+        {"orthographic, nothing, Ctrl", Orthographic, false, {Control}, Does::Zoom},
+        {"orthographic, nothing, Shift+Ctrl", Orthographic, false, {Shift, Control}, Does::Zoom},
+        {"orthographic, nothing, Alt", Orthographic, false, {Alt}, Does::Nothing},
+        {"orthographic, object", Orthographic, true, {}, Does::Zoom},
+        {"orthographic, object, Shift", Orthographic, true, {Shift}, Does::PanInThePicture},
+        {"orthographic, object, Ctrl", Orthographic, true, {Control}, Does::Zoom},
+        {"orthographic, object, Shift+Ctrl", Orthographic, true, {Shift, Control}, Does::Zoom},
+        {"orthographic, object, Alt", Orthographic, true, {Alt}, Does::Nothing},
+    };
+    for (const auto& [name, projection, onPlate, held, does] : rows)
+    {
+        Desk desk{projection};
+        const Vector object = desk.plate->GetPosition(desk.scene);
+        const bool orbits = projection == Perspective && onPlate;
+        RuleCamera rules = desk.rules;
+        float field = desk.control->FieldOfView();
+        for (const std::int16_t modifier : held)
+            desk.Host().PressKey(modifier);
+        desk.TakeRaised();
+        desk.Press(Middle, onPlate);
+        EXPECT_FALSE(desk.Host().Display().IsCursorVisible()) << name;
+        EXPECT_EQ(desk.Cursor(), (ScreenPoint{960, 540})) << name;
+        ExpectNear(desk.SceneOrigin(), orbits ? object : Vector{7, 0, 0}, name, 1e-5F);
+        for (const auto& [x, y] : {std::pair{30, -20}, {-7, 55}})
+        {
+            desk.Move(x, y);
+            Obey(does, static_cast<float>(x) * TwipsPerPixel, static_cast<float>(y) * TwipsPerPixel, object, rules,
+                 field);
+            desk.ExpectCamera(rules, name);
+            EXPECT_NEAR(desk.control->FieldOfView(), field, 1e-5) << name;
+        }
+        desk.Release(Middle);
+        EXPECT_EQ(desk.TakeRaised(), (Lines{"BeginNavigating 0", "EndNavigating"})) << name;
+        EXPECT_EQ(desk.cameraMoves > 0, does != Does::Nothing) << name;
+        EXPECT_EQ(desk.Cursor(), desk.pressed) << name;
+        EXPECT_EQ(desk.Host().Display().CursorDisplayCounter(), 0) << name;
+        EXPECT_EQ(desk.SceneOrigin(), (Vector{7, 0, 0})) << name;
+    }
+}
+
+TEST(MouseNavigation, an_orbit_about_the_scenes_own_mesh_goes_round_its_origin)
+{
+    Desk desk;
+    desk.scene->AddVisual(Square(0, 0, 40, 1000, 0xFFFFFFFF));
+    desk.Press(Middle);
+    EXPECT_EQ(desk.SceneOrigin(), (Vector{0, 0, 0}));
+}
+
+TEST(MouseNavigation, moves_that_follow_too_soon_wait_for_the_next)
+{
+    Desk desk;
+    RuleCamera rules = desk.rules;
+    desk.Press(Middle);
+    desk.Move(0, -10);
+    rules.Advance({0, 0, 0.3F});
+    desk.Host().AdvanceTime(20);
+    desk.Host().MoveMouseBy(0, -4);
+    desk.Host().AdvanceTime(12);
+    desk.Host().MoveMouseBy(0, -4);
+    desk.ExpectCamera(rules, "32 milliseconds");
+    desk.Host().AdvanceTime(1);
+    desk.Host().MoveMouseBy(0, -2);
+    rules.Advance({0, 0, 0.3F});
+    desk.ExpectCamera(rules, "33 milliseconds");
+    desk.Release(Middle);
+    desk.TakeRaised();
+    desk.Host().MoveMouseTo(300, 250);
+    EXPECT_EQ(desk.TakeRaised(), Lines{}) << "without a drag too";
+    desk.Move(1, 0);
+    EXPECT_EQ(desk.TakeRaised(), Lines{"MouseMove 0"});
+}
+
+TEST(MouseNavigation, a_long_drag_goes_on_as_if_the_screen_had_no_edge)
+{
+    Desk desk;
+    RuleCamera rules = desk.rules;
+    desk.Host().PressKey(Shift);
+    desk.Press(Middle);
+    int warps = 0;
+    for (int step = 0; step < 200; ++step)
+    {
+        desk.Move(37, -23);
+        rules.Glide({0.002F * 37 * TwipsPerPixel, 0.002F * 23 * TwipsPerPixel, 0});
+        ExpectNear(desk.control->GetCameraPosition(), rules.position, std::to_string(step), 1e-2F);
+        warps += desk.Cursor() == ScreenPoint{960, 540} ? 1 : 0;
+        EXPECT_LE(std::abs(desk.Cursor().x - 960), 200);
+        EXPECT_LE(std::abs(desk.Cursor().y - 540), 200);
+    }
+    EXPECT_EQ(warps, 200 / 6); // six steps of 37 are more than 200
+    desk.Release(Middle);
+    EXPECT_EQ(desk.Cursor(), desk.pressed);
+}
+
+TEST(MouseNavigation, flying_sets_velocities_beyond_the_dead_zone_and_the_release_stops_everything)
+{
+    Desk desk;
+    desk.control->SetNavMouseSensitivity(100);
+    desk.control->BeginNavigating.Connect([&](std::int32_t&) { desk.control->SetMouseNavigationMode(tdlFly); });
+    desk.control->SetCameraVelocity(1, 2, 0, tdlGlide);
+    desk.control->SetCameraRotationalVelocity(1, 2, 3, 4, 5, 6, tdlAdvance);
+    desk.control->SetCameraZoomVelocity(1);
+    desk.Press(Middle);
+    struct Row
+    {
+        int y;          // pixels of this movement
+        float velocity; // afterwards
+    };
+    // The offset from the start counts: 60, 105, 150, 4650, 90 and -105 twips. Within the dead zone the last stays.
+    for (const auto& [y, velocity] :
+         {Row{-4, 0}, Row{-3, 1.05F}, Row{-3, 1.5F}, Row{-300, 46.5F}, Row{304, 46.5F}, Row{13, -1.05F}})
+    {
+        desk.Move(0, y);
+        const Velocities v = VelocitiesOf(desk.control.Control());
+        ExpectNear(v.movement, {1, 2, velocity}, std::to_string(y));
+        EXPECT_EQ(v.movementMethod, velocity == 0 ? tdlGlide : tdlAdvance);
+    }
+    desk.ExpectCamera(desk.rules, "the control itself moves nothing");
+    desk.Release(Middle);
+    const Velocities v = VelocitiesOf(desk.control.Control());
+    for (const Vector zero : {v.movement, v.rotation, v.origin})
+        EXPECT_EQ(zero, Vector{});
+    EXPECT_EQ(v.zoom, 0);
+    EXPECT_EQ(v.rotationMethod, tdlGlide);
+    desk.control->BeginNavigating = {};
+    desk.Press(Middle);
+    EXPECT_EQ(desk.control->MouseNavigationMode(), tdlWalk) << "each press walks";
+}
+
+TEST(MouseNavigation, a_flying_orbit_turns_about_the_object_and_zooms_in_flat_views)
+{
+    Desk desk;
+    desk.control->BeginNavigating.Connect([&](std::int32_t&) { desk.control->SetMouseNavigationMode(tdlFly); });
+    desk.Press(Middle, true);
+    desk.Move(10, 4);
+    const Velocities v = VelocitiesOf(desk.control.Control());
+    ExpectNear(v.rotation, {0.001F * 60, 0.001F * 150, 0}, "turn velocity", 1e-6F);
+    ExpectNear(v.origin, desk.plate->GetPosition(desk.scene), "about the object", 1e-5F);
+
+    Desk flat{Orthographic};
+    flat.control->BeginNavigating.Connect([&](std::int32_t&) { flat.control->SetMouseNavigationMode(tdlFly); });
+    flat.Press(Middle, true);
+    flat.Move(10, 4);
+    EXPECT_NEAR(VelocitiesOf(flat.control.Control()).zoom, -0.001F * 60, 1e-6);
+}
+
+TEST(MouseNavigation, without_centre_navigation_the_host_hears_everything)
+{
+    Desk desk;
+    desk.control->SetCenterNavigation(false);
+    float place[2] = {};
+    desk.control->MouseDown.Connect(
+        [&](auto&, auto&, float& x, float& y)
+        {
+            place[0] = x;
+            place[1] = y;
+        });
+    desk.Press(Middle, true);
+    desk.Move(10, 10);
+    desk.Release(Middle);
+    EXPECT_EQ(desk.TakeRaised(), (Lines{"MouseDown 4", "MouseMove 4", "MouseUp 4"}));
+    EXPECT_EQ(place[0], 100);
+    EXPECT_EQ(place[1], 100);
+    desk.ExpectCamera(desk.rules, "unmoved");
+    EXPECT_EQ(desk.Host().Display().CursorDisplayCounter(), 0);
+}
+
+TEST(MouseNavigation, other_buttons_join_a_drag_and_the_first_release_ends_it)
+{
+    Desk desk;
+    RuleCamera rules = desk.rules;
+    desk.Press(Middle);
+    desk.Move(0, -10);
+    desk.Host().PressButton(Left);
+    desk.Move(0, -10);
+    rules.Advance({0, 0, 0.6F});
+    desk.ExpectCamera(rules, "still walking");
+    desk.Release(Left);
+    EXPECT_EQ(desk.Cursor(), desk.pressed);
+    desk.Move(0, -10);
+    desk.Release(Middle);
+    EXPECT_EQ(desk.TakeRaised(),
+              (Lines{"BeginNavigating 0", "MouseDown 1", "EndNavigating", "MouseMove 4", "MouseUp 4"}));
+    desk.ExpectCamera(rules, "not any more");
+    EXPECT_EQ(desk.Host().Display().CursorDisplayCounter(), 0);
+}
+
+TEST(MouseNavigation, a_drag_obeys_limits_and_obstacles)
+{
+    Desk desk;
+    desk.Stand({{0, 0, 0}});
+    desk.plate->SetPosition(desk.scene, 0, 0, 10);
+    desk.plate->SetOrientation(desk.scene, {0, 0, 1}, {0, 1, 0});
+    desk.control->SetCollisionDetection(true);
+    desk.control->SetCollisionSamples(5);
+    desk.control->SetCollisionDistance(0.25F);
+    int stops = 0;
+    desk.control->Collision.Connect([&](auto&...) { ++stops; });
+    desk.Press(Middle);
+    for (int step = 0; step < 40; ++step)
+        desk.Move(0, -10); // 12 units in all
+    ExpectNear(desk.control->GetCameraPosition(), {0, 0, 10 - 1 - 0.25F}, "the front plane keeps its distance", 1e-3F);
+    EXPECT_EQ(stops, 40 - 29) << "every movement from the 30th on was stopped";
+    desk.control->SetPositionConstraints(tdlDistance);
+    desk.control->SetCameraMaxDistance(5);
+    desk.Move(0, 1);
+    ExpectNear(desk.control->GetCameraPosition(), {0, 0, 5}, "pulled inside", 1e-3F);
+    desk.Release(Middle);
+}
+
+// Whatever a host does in the middle of a drag, the person has the cursor again once it is over.
+TEST(MouseNavigation, hosts_that_interfere_never_keep_the_cursor)
+{
+    struct Row
+    {
+        const char* name;
+        std::function<void(Desk&)> prepare;
+        bool halts;
+    };
+    const auto raise = [](auto&...) { throw RuntimeError{error::InvalidCall, "host", "no"}; };
+    const auto throwOwn = [](auto&...) { throw std::domain_error{"the host's own"}; };
+    const auto failing = [](const char* operation, int after)
+    {
+        return [=](Desk& desk)
+        {
+            if (after == 0)
+                desk.Host().FailNext(operation, 1, error::OutOfMemory);
+            else
+                desk.control->CameraMoved.Connect([&, operation](auto&...)
+                                                  { desk.Host().FailNext(operation, 1, error::OutOfMemory); });
+        };
+    };
+    const Row rows[] = {
+        {"begin fails", [&](Desk& desk) { desk.control->BeginNavigating.Connect(raise); }, true},
+        {"begin throws", [&](Desk& desk) { desk.control->BeginNavigating.Connect(throwOwn); }, false},
+        {"moved fails", [&](Desk& desk) { desk.control->CameraMoved.Connect(raise); }, true},
+        {"moved throws", [&](Desk& desk) { desk.control->CameraMoved.Connect(throwOwn); }, false},
+        {"drawing fails", [&](Desk& desk) { desk.control->UpdatePositions.Connect(raise); }, true},
+        {"end fails", [&](Desk& desk) { desk.control->EndNavigating.Connect(raise); }, true},
+        {"end throws", [&](Desk& desk) { desk.control->EndNavigating.Connect(throwOwn); }, false},
+        {"begin halts",
+         [](Desk& desk) { desk.control->BeginNavigating.Connect([&](auto&) { desk.control->Terminate(); }); }, true},
+        {"moved halts",
+         [](Desk& desk) { desk.control->CameraMoved.Connect([&](auto&...) { desk.control->Terminate(); }); }, true},
+        {"moved closes the form",
+         [](Desk& desk) { desk.control->CameraMoved.Connect([&](auto&...) { desk.Host().Close(); }); }, true},
+        {"the object goes",
+         [](Desk& desk) { desk.control->BeginNavigating.Connect([&](auto&) { desk.scene->DeleteChild(desk.plate); }); },
+         false},
+        {"another scene",
+         [](Desk& desk)
+         { desk.control->CameraMoved.Connect([&](auto&...) { desk.control->SetScene(Frame::Make()); }); },
+         false},
+        {"no scene",
+         [](Desk& desk) { desk.control->BeginNavigating.Connect([&](auto&) { desk.control->SetScene(nullptr); }); },
+         false},
+        {"the cursor cannot be read", failing("Screen.GetCursorPos", 0), true},
+        {"the cursor cannot be parked", failing("Screen.SetCursorPos", 0), true},
+        {"the cursor cannot be hidden", failing("Screen.ShowCursor", 0), true},
+        {"the cursor cannot be put back", failing("Screen.SetCursorPos", 1), true},
+        {"the cursor cannot be shown", failing("Screen.ShowCursor", 1), true},
+    };
+    for (const auto& [name, prepare, halts] : rows)
+    {
+        Desk desk;
+        prepare(desk);
+        const auto own = [&](const std::function<void()>& action)
+        {
+            try
+            {
+                action();
+            }
+            catch (const std::domain_error&)
+            {
+            }
+        };
+        ScreenPoint expected;
+        own([&] { desk.Press(Middle, true); });
+        own([&] { desk.Move(10, 10); });
+        expected = desk.Host().Display().IsCursorVisible() ? desk.Cursor() : desk.pressed;
+        own([&] { desk.Release(Middle); });
+        EXPECT_EQ(desk.Host().Display().CursorDisplayCounter(), 0) << name;
+        EXPECT_EQ(desk.Cursor(), expected) << name;
+        EXPECT_EQ(desk.control->ViewportState() == tdlHalted, halts) << name;
+        if (halts)
+            continue;
+        desk.control->BeginNavigating = {};
+        desk.control->CameraMoved = {};
+        desk.control->EndNavigating = {};
+        desk.TakeRaised();
+        desk.Move(1, 1);
+        EXPECT_EQ(desk.TakeRaised(), Lines{"MouseMove 0"}) << name << ": the drag is over";
+        desk.Press(Middle);
+        EXPECT_FALSE(desk.Host().Display().IsCursorVisible()) << name << ": and another can begin";
+        desk.Release(Middle);
+    }
+}
+
+} // namespace

@@ -1,0 +1,239 @@
+// Dragging the on-screen controls, by a person's hand: which one a press grabs, and where the camera goes.
+#include "camera/Desk.h"
+
+#include <functional>
+#include <set>
+
+namespace lumora::test
+{
+
+namespace
+{
+
+constexpr auto Flat = D3DRMPROJECT_ORTHOGRAPHIC;
+constexpr auto Deep = D3DRMPROJECT_PERSPECTIVE;
+
+/// A desk with all on-screen controls, and a handler that lets a test choose which of them a press grabs.
+struct NavDesk : Desk
+{
+    explicit NavDesk(D3DRMPROJECTIONTYPE projection) : Desk(projection)
+    {
+        if (projection == Flat)
+        {
+            control->SetBackClippingPlane(3000);
+            control->InitializeCameraPositionAndOrientation(tdlFrontView);
+            rules = {{{0, 0, -1000}, {0, 0, 1}, {0, 1, 0}}};
+        }
+        control->SetNavControlPrimary(true);
+        control->SetNavControlGlide(true);
+        control->SetNavControlAdvance(true);
+        control->SetNavMouseSensitivity(1000000); // dead for the mouse, not for these controls
+        control->BeginNavigating.Connect(
+            [this](std::int32_t& id)
+            {
+                grabbed.insert(id);
+                if (id != 0 && wanted != 0)
+                    id = wanted;
+            });
+    }
+
+    // Presses and releases over the corner; answers a pixel that grabbed something.
+    ScreenPoint Sweep(int step)
+    {
+        ScreenPoint found{-1, -1};
+        const PixelRect client = Host().ControlArea().ClientRect();
+        for (int y = client.bottom - 1; y > client.bottom - 80; y -= step)
+            for (int x = client.left; x < client.left + 140; x += step)
+            {
+                const std::size_t before = grabbed.size();
+                raised.clear();
+                Host().PressButton(Left, x, y);
+                if (!raised.empty() && raised[0].starts_with("BeginNavigating"))
+                    found = {x, y};
+                Host().ReleaseButton(Left);
+                if (wanted != 0 && grabbed.size() > before)
+                    return found;
+            }
+        return found;
+    }
+
+    std::set<std::int32_t> grabbed;
+    std::int32_t wanted = 0;
+};
+
+std::string Named(std::int32_t id, D3DRMPROJECTIONTYPE projection)
+{
+    return "control " + std::to_string(id) + (projection == Flat ? ", orthographic" : "");
+}
+
+void SetModes(Viewport& control, tdlNavigationMode mode)
+{
+    control.SetNavControlPrimaryMode(mode);
+    control.SetNavControlGlideMode(mode);
+    control.SetNavControlAdvanceMode(mode);
+    control.SetMouseNavigationMode(mode);
+}
+
+} // namespace
+
+TEST(NavControls, every_part_that_can_be_dragged_is_grabbed_by_a_press)
+{
+    NavDesk deep{Deep};
+    deep.Sweep(1);
+    EXPECT_EQ(deep.grabbed, (std::set<std::int32_t>{1, 2, 3, 4, 6, 7, 8, 9}));
+    EXPECT_EQ(deep.Host().Display().CursorDisplayCounter(), 0);
+
+    NavDesk flat{Flat};
+    flat.Sweep(1);
+    EXPECT_EQ(flat.grabbed, (std::set<std::int32_t>{5, 10}));
+}
+
+TEST(NavControls, a_step_moves_the_camera_as_its_control_says)
+{
+    struct Row
+    {
+        std::int32_t id;
+        D3DRMPROJECTIONTYPE projection;
+        std::function<void(RuleCamera&, float dx, float dy)> moved; // by anchor minus position, in twips
+    };
+    constexpr Vector Origin{7, 0, 0}; // of the scene, as the desk sets it
+    const auto turnX = [](RuleCamera& camera, float angle) { camera.Turn(camera.Axis(0), angle, Origin); };
+    const Row rows[] = {
+        {1, Deep, [&](RuleCamera& c, float, float dy) { turnX(c, -0.0002F * dy); }},
+        {2, Deep,
+         [](RuleCamera& c, float dx, float) {
+             c.Turn({0, 1, 0}, -0.0002F * dx, Origin);
+         }},
+        {3, Deep, [&](RuleCamera& c, float dx, float) { c.Turn(c.direction, -0.0002F * dx, Origin); }},
+        {4, Deep,
+         [&](RuleCamera& c, float dx, float dy) {
+             c.Glide({-0.002F * dx, 0, 0.002F * dy});
+         }},
+        {4, Flat,
+         [&](RuleCamera& c, float dx, float dy) {
+             c.Advance({-0.002F * dx, 0, 0.002F * dy});
+         }},
+        {5, Deep,
+         [&](RuleCamera& c, float dx, float dy) {
+             c.Glide({-0.002F * dx, 0.002F * dy, 0});
+         }},
+        {5, Flat,
+         [&](RuleCamera& c, float dx, float dy) {
+             c.Advance({-0.002F * dx, 0.002F * dy, 0});
+         }},
+        {6, Deep,
+         [&](RuleCamera& c, float, float dy) {
+             c.Glide({0, 0.002F * dy, 0});
+         }},
+        {6, Flat,
+         [&](RuleCamera& c, float dx, float dy) {
+             c.Advance({0, 0.002F * dy, -0.002F * dx});
+         }},
+        {7, Deep,
+         [&](RuleCamera& c, float dx, float dy)
+         {
+             c.Glide({0, 0, 0.002F * dy});
+             c.Turn({0, 1, 0}, -0.0002F * dx, c.position);
+         }},
+        {8, Deep,
+         [&](RuleCamera& c, float dx, float dy)
+         {
+             c.Advance({0, 0, 0.002F * dy});
+             c.Turn(c.up, -0.0002F * dx, c.position);
+         }},
+        {9, Deep,
+         [&](RuleCamera& c, float dx, float dy)
+         {
+             turnX(c, -0.0002F * dy);
+             c.Turn({0, 1, 0}, -0.0002F * dx, Origin);
+         }},
+        {11, Deep, [](RuleCamera&, float, float) {}},
+    };
+    for (const Row& row : rows)
+    {
+        NavDesk desk{row.projection};
+        desk.wanted = row.id;
+        const ScreenPoint grip = desk.Sweep(3);
+        ASSERT_GE(grip.x, 0) << Named(row.id, row.projection);
+        desk.raised.clear();
+        desk.Host().PressButton(Left, grip.x, grip.y);
+        for (const auto& [x, y] : {std::pair{20, -12}, {-7, 31}})
+        {
+            desk.Move(x, y);
+            row.moved(desk.rules, -x * TwipsPerPixel, -y * TwipsPerPixel);
+        }
+        desk.ExpectCamera(desk.rules, Named(row.id, row.projection));
+        desk.Release(Left);
+        EXPECT_EQ(desk.Cursor(), grip);
+        EXPECT_EQ(desk.raised.back(), "EndNavigating");
+        EXPECT_EQ(desk.raised.size(), 2U);
+    }
+}
+
+TEST(NavControls, flying_sets_velocities_by_the_whole_drag_until_the_release)
+{
+    struct Row
+    {
+        std::int32_t id;
+        D3DRMPROJECTIONTYPE projection;
+        Vector movement; // by a drag of dx = -300, dy = 150 twips
+        Vector rotation;
+        tdlNavigationMethod method;
+        Vector origin;
+    };
+    constexpr Vector Origin{7, 0, 0};
+    constexpr Vector Camera{1, 2, 3};
+    const Row rows[] = {
+        {1, Deep, {}, {-0.03F, 0, 0}, tdlGlide, Origin},
+        {2, Deep, {}, {0, 0.06F, 0}, tdlGlide, Origin},
+        {3, Deep, {}, {0, 0, 0.06F}, tdlGlide, Origin},
+        {4, Deep, {-0.6F, 0, 0.3F}, {}, tdlGlide, {}},
+        {5, Flat, {0.6F, 0.3F, 0}, {}, tdlGlide, {}},
+        {6, Deep, {0, 0.3F, 0.6F}, {}, tdlGlide, {}},
+        {7, Deep, {0, 0, 1.5F}, {0, 0.3F, 0}, tdlGlide, Camera},
+        {8, Deep, {0, 0, 1.5F}, {0, 0.3F, 0}, tdlAdvance, {}},
+        {9, Deep, {}, {-0.03F, 0.06F, 0}, tdlGlide, Origin},
+    };
+    for (const Row& row : rows)
+    {
+        NavDesk desk{row.projection};
+        desk.wanted = row.id;
+        const ScreenPoint grip = desk.Sweep(3);
+        SetModes(desk.control.Control(), tdlFly);
+        desk.Host().PressButton(Left, grip.x, grip.y);
+        desk.Move(12, -4);
+        desk.Move(8, -6);
+        const Velocities stored = VelocitiesOf(desk.control.Control());
+        const std::string what = Named(row.id, row.projection);
+        ExpectNear(stored.movement, row.movement, what + ", movement", 1e-6F);
+        ExpectNear(stored.rotation, row.rotation, what + ", rotation", 1e-6F);
+        ExpectNear(stored.origin, row.origin, what + ", origin", 1e-6F);
+        EXPECT_EQ(row.movement == Vector{} ? stored.rotationMethod : stored.movementMethod, row.method) << what;
+        desk.ExpectCamera(desk.rules, what + " stands still");
+        desk.Release(Left);
+        EXPECT_EQ(VelocitiesOf(desk.control.Control()).movement, Vector{}) << what;
+        EXPECT_EQ(VelocitiesOf(desk.control.Control()).rotation, Vector{}) << what;
+    }
+}
+
+TEST(NavControls, the_strip_of_the_other_projections_zooms_in_the_mode_of_the_mouse)
+{
+    for (const auto& [projection, step, velocity] :
+         {std::tuple{Deep, 0.0002F, 0.0001F}, std::tuple{Flat, 0.002F, 0.001F}})
+        for (const bool flying : {false, true})
+        {
+            NavDesk desk{projection};
+            desk.wanted = 10;
+            const ScreenPoint grip = desk.Sweep(3);
+            desk.control->SetNavControlAdvanceMode(flying ? tdlWalk : tdlFly); // has no say
+            desk.control->SetMouseNavigationMode(flying ? tdlFly : tdlWalk);
+            const float field = desk.control->FieldOfView();
+            desk.Host().PressButton(Left, grip.x, grip.y);
+            desk.Move(5, -10);
+            EXPECT_NEAR(desk.control->FieldOfView(), flying ? field : field - 150 * step, 1e-6F);
+            EXPECT_NEAR(VelocitiesOf(desk.control.Control()).zoom, flying ? 150 * velocity : 0, 1e-6F);
+            desk.Release(Left);
+        }
+}
+
+} // namespace lumora::test
