@@ -1,5 +1,5 @@
-// A knot on a plinth between a glass ball, crystals, arches and turned pieces. The floor is half clear and everything stands a second
-// time below it, upside down: that is its polish.
+// A knot on a plinth between a glass ball, crystals, arches and pieces from the lathe. The floor is half clear and
+// everything stands a second time below it, upside down: that is its polish.
 #include "lumora-render/BuiltInScene.h"
 
 #include "lumora-render/GroundTexture.h"

@@ -67,6 +67,9 @@ struct Request
 
     /// The property was given a value by --set.
     bool Sets(std::string_view property) const;
+
+    /// Any of the on-screen controls was asked for.
+    bool ShowsNavControls() const;
 };
 
 /// A text to print to standard output instead of drawing: help or version.

@@ -178,16 +178,18 @@ void Session::PlaceByFraming(const Stage& stage)
     if (IsExplicit("FrontClippingPlane"))
         options.front = viewport.FrontClippingPlane();
     const auto cornersOf = request_.turntable ? TurnedCornersOf : CornersOf;
-    const Framing framing = FramePoints(cornersOf(stage.focus), cornersOf(stage.extent), options);
-    // A right-handed camera looks along its negative z axis.
-    const Vector direction = IsRightHanded(viewport.ProjectionType()) ? -look.direction : look.direction;
-    StandAt({framing.position, direction, look.up});
+    Framing framing = FramePoints(cornersOf(stage.focus), cornersOf(stage.extent), options);
+    if (request_.ShowsNavControls())
+        framing = ForNavControls(framing, look.direction, options.orthographic);
     if (!IsExplicit("BackClippingPlane"))
         viewport.SetBackClippingPlane(framing.back);
     if (!IsExplicit("FrontClippingPlane"))
         viewport.SetFrontClippingPlane(framing.front);
     if (!IsExplicit("FieldOfView"))
         viewport.SetFieldOfView(framing.field);
+    // A right-handed camera looks along its negative z axis.
+    const Vector direction = IsRightHanded(viewport.ProjectionType()) ? -look.direction : look.direction;
+    StandAt({framing.position, direction, look.up});
 }
 
 void Session::StandAt(const Standpoint& standpoint)

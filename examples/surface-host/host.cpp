@@ -91,7 +91,7 @@ void LookAtAll(Viewport& viewport, const std::shared_ptr<Frame>& model)
     viewport.SetCameraOrientation(0, 0, 1, 0, 1, 0);
     viewport.SetFrontClippingPlane(0.1F * size);
     viewport.SetBackClippingPlane(3 * size);
-    viewport.SetFieldOfView(0.04F * size);
+    viewport.SetFieldOfView(0.055F * size);
 }
 
 } // namespace
