@@ -1,5 +1,5 @@
-// A knot on a plinth between a glass ball, crystals, arches and turned pieces. The floor is half clear and everything stands a second
-// time below it, upside down: that is its polish.
+// A knot on a plinth between a glass ball, crystals, arches and pieces from the lathe. The floor is half clear and
+// everything stands a second time below it, upside down: that is its polish.
 #include "lumora-render/BuiltInScene.h"
 
 #include "lumora-render/GroundTexture.h"
@@ -266,12 +266,13 @@ void AddLights(const std::shared_ptr<Frame>& scene)
 
 } // namespace
 
-Stage MakeBuiltInScene()
+Stage MakeBuiltInScene(Sky sky)
 {
     Stage stage;
     stage.scene = Frame::Make();
     std::vector<Occluder> occluders;
-    AddSky(stage.scene);
+    if (sky == Sky::Evening)
+        AddSky(stage.scene);
     AddArches(stage.scene, occluders);
     AddPlinth(stage.scene, occluders);
     AddKnot(stage.scene, occluders);

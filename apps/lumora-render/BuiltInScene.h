@@ -6,7 +6,13 @@
 namespace lumora::render
 {
 
-/// A still life on a polished floor under an evening sky: the same at every run.
-Stage MakeBuiltInScene();
+enum class Sky
+{
+    Evening, ///< all around, as a part of the scene
+    Plain,   ///< the background's colour: nothing stands between the scene and a camera far away
+};
+
+/// A still life on a polished floor: the same at every run.
+Stage MakeBuiltInScene(Sky sky);
 
 } // namespace lumora::render

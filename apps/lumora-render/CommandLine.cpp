@@ -29,6 +29,7 @@ struct Written
     std::string device;
     std::vector<std::string> settings;
     std::vector<std::string> picks;
+    std::string navControls;
 };
 
 constexpr std::array Views{
@@ -53,7 +54,8 @@ constexpr const char* Footer = R"(
 numbered from --output (out-0.png, out-1.png, or a %d in OUT); named ones lie beside it. docs/sessions.md tells more.
 --events prints a line of JSON for each event the control raises; --pick one on what lies at a place of the last picture.
 
-Without MODEL a built-in scene is drawn. Several models stand side by side, scaled to the same size.
+Without MODEL a built-in scene is drawn. Several models stand side by side, scaled to the same size; one with on-screen
+controls is scaled to a size that they move about in well.
 Without --camera the model is framed: a three-quarter view, or the axis view of --view. With --camera the camera
 stands where it is told, relative to the untouched coordinates of the models (y up, z forward, left-handed).
 --set reaches every writable property of the control and wins over framing, for example --set FieldOfView=0.3,
@@ -159,6 +161,21 @@ Setting ParseSetting(const std::string& text)
     }
 }
 
+// Each is a property that --set could set too.
+void ParseNavControls(const std::string& text, Request& request)
+{
+    static constexpr std::array NavControls{EnumerationValue{"primary", 0}, EnumerationValue{"glide", 1},
+                                            EnumerationValue{"advance", 2}};
+    static constexpr std::array Properties{"NavControlPrimary", "NavControlGlide", "NavControlAdvance"};
+    for (std::size_t start = 0; start < text.size();)
+    {
+        const std::size_t end = std::min(text.find(',', start), text.size());
+        if (const auto chosen = Choose("--nav-controls", text.substr(start, end - start), NavControls))
+            request.settings.push_back({FindProperty(Properties[static_cast<std::size_t>(*chosen)]), true});
+        start = end + 1;
+    }
+}
+
 std::string HelpFooter()
 {
     constexpr std::string_view Place = "%LANGUAGE%";
@@ -183,9 +200,19 @@ void DeclareOptions(CLI::App& app, Request& request, Written& written)
     app.add_option("--cool-mode", request.coolMode, "1: flat with edges over it; other: edges under a flat picture")
         ->type_name("N");
     app.add_flag("--expose", request.expose, "Draw into a surface that hosts can reach");
+    app.add_option("--background", request.background,
+                   "A picture behind the scene, from the top left; implies --expose")
+        ->type_name("FILE");
+    app.add_flag("--stretch", request.stretch, "Stretch the background over the whole picture");
+    app.add_flag("--accumulate", request.accumulate, "Draw each frame over the one before; implies --expose");
+    app.add_option("--prerendered", request.prerendered, "Show a picture in place of the scene; implies --expose")
+        ->type_name("FILE");
     app.add_option("--set", written.settings, "Give a property of the control a value; may be repeated")
         ->type_name("Name=value")
         ->allow_extra_args(false);
+    app.add_option("--nav-controls", written.navControls,
+                   "The on-screen controls to show: primary, glide, advance or several with commas")
+        ->type_name("LIST");
     app.add_option("--settings", request.settingsFile, "Read properties of the control from a settings file")
         ->type_name("FILE");
     app.add_option("--save-settings", request.saveSettingsFile, "Write a settings file after the last picture")
@@ -221,12 +248,16 @@ void Understand(const Written& written, Request& request)
     request.device = Choose("--device", written.device, Devices);
     if (!written.camera.empty())
         request.camera = ParseCamera(written.camera);
+    ParseNavControls(written.navControls, request);
     for (const std::string& text : written.settings)
         request.settings.push_back(ParseSetting(text));
     const std::int32_t antiAlias = request.antiAlias.value_or(tdlNone);
     if (antiAlias != tdlNone && antiAlias != tdl2X && antiAlias != tdl4X)
         throw UsageError{"--antialias is 1, 2 or 4, not " + std::to_string(antiAlias) + "."};
-    request.expose = request.expose || antiAlias != tdlNone;
+    if (request.stretch && request.background.empty())
+        throw UsageError{"--stretch needs a --background to stretch."};
+    request.expose = request.expose || antiAlias != tdlNone || request.accumulate || !request.background.empty() ||
+                     !request.prerendered.empty();
     if (request.frames < 1 || request.frames > Request::MaximumFrames)
         throw UsageError{"--frames is a number from 1 to 100000, not " + std::to_string(request.frames) + "."};
     if (request.camera && request.view)
@@ -248,6 +279,11 @@ std::string FirstLine(const std::string& text)
 }
 
 } // namespace
+
+bool Request::ShowsNavControls() const
+{
+    return Sets("NavControlPrimary") || Sets("NavControlGlide") || Sets("NavControlAdvance");
+}
 
 bool Request::Sets(std::string_view property) const
 {

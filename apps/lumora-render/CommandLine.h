@@ -51,6 +51,10 @@ struct Request
     std::optional<std::int32_t> antiAlias; ///< a tdlAntiAlias
     std::optional<std::int32_t> coolMode;
     bool expose = false;
+    bool accumulate = false;
+    std::string background;        ///< a picture file behind the scene; may be empty
+    bool stretch = false;          ///< the background, over the whole picture
+    std::string prerendered;       ///< a picture file in place of the scene; may be empty
     std::vector<Setting> settings; ///< in the order given
     std::string settingsFile;      ///< to read before everything else; may be empty
     std::string saveSettingsFile;  ///< to write after the last picture; may be empty
@@ -63,6 +67,9 @@ struct Request
 
     /// The property was given a value by --set.
     bool Sets(std::string_view property) const;
+
+    /// Any of the on-screen controls was asked for.
+    bool ShowsNavControls() const;
 };
 
 /// A text to print to standard output instead of drawing: help or version.

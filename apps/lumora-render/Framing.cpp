@@ -181,6 +181,25 @@ Framing FramePoints(std::span<const Vector> focus, std::span<const Vector> exten
     return framing;
 }
 
+Framing ForNavControls(const Framing& framing, Vector direction, bool orthographic)
+{
+    constexpr float UsualField = 0.5F;
+    constexpr double ViewDistance = 1000;
+    Framing suited = framing;
+    if (!orthographic)
+    {
+        suited.field = std::min(framing.field, UsualField);
+        suited.front = framing.front * suited.field / framing.field;
+        return suited;
+    }
+    const Double3 forward = Normalized(direction);
+    const double farther = ViewDistance + Dot(framing.position, forward);
+    suited.position = (Double3{framing.position} - forward * farther).ToVector();
+    suited.back = NarrowDistance(framing.back + farther);
+    suited.front = 1;
+    return suited;
+}
+
 std::vector<Vector> CornersOf(const Box& box)
 {
     std::vector<Vector> corners;

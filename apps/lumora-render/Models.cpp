@@ -19,6 +19,7 @@ namespace
 
 constexpr Vector Background{0.13F, 0.145F, 0.17F};
 constexpr float Gap = 0.15F; // between models of size 1
+constexpr float WalkableSize = 10;
 
 #ifdef LUMORA_HAS_IMPORT
 
@@ -69,6 +70,13 @@ float PlaceInRow(const std::shared_ptr<Frame>& model, float left)
     return left + box.maximum.x - box.minimum.x;
 }
 
+void ScaleTo(float wanted, const std::shared_ptr<Frame>& model)
+{
+    const float size = LargestSide(model->Bounds(model->Parent()));
+    if (size > 0)
+        model->AddScale(CombineType::After, wanted / size, wanted / size, wanted / size);
+}
+
 bool HasLights(const Frame& frame)
 {
     return !frame.Lights().empty() ||
@@ -87,8 +95,10 @@ Stage LoadModels(const std::vector<std::string>& paths, Arrangement arrangement)
     {
         const std::shared_ptr<Frame> model = LoadModel(path, stage.warnings);
         stage.scene->AddChild(model);
-        if (arrangement == Arrangement::SideBySide && paths.size() > 1)
+        if (arrangement != Arrangement::AsTheyAre && paths.size() > 1)
             right = PlaceInRow(model, right + Gap);
+        else if (arrangement == Arrangement::Walkable)
+            ScaleTo(WalkableSize, model);
     }
     stage.extent = stage.scene->Bounds(nullptr);
     stage.focus = stage.extent;

@@ -22,6 +22,7 @@ struct Stage
 enum class Arrangement
 {
     AsTheyAre,  ///< coordinates untouched
+    Walkable,   ///< as SideBySide, but a single model is scaled to a size that on-screen controls suit
     SideBySide, ///< along x on common ground, scaled to the same size; a single model stays as it is
 };
 

@@ -41,8 +41,10 @@ void Complain(std::string sentence)
 Stage PrepareStage(const Request& request)
 {
     if (request.models.empty())
-        return MakeBuiltInScene();
-    return LoadModels(request.models, request.camera ? Arrangement::AsTheyAre : Arrangement::SideBySide);
+        return MakeBuiltInScene(request.ShowsNavControls() ? Sky::Plain : Sky::Evening);
+    if (request.camera)
+        return LoadModels(request.models, Arrangement::AsTheyAre);
+    return LoadModels(request.models, request.ShowsNavControls() ? Arrangement::Walkable : Arrangement::SideBySide);
 }
 
 void Warn(const std::vector<std::string>& warnings)

@@ -93,6 +93,11 @@ double MedianOf(std::vector<double> values)
 Session::Session(const Request& request, const std::vector<Setting>& stored, const headless::ResizeAction& largest)
     : request_(request), stored_(stored), hosted_(HostFor(request, stored, largest))
 {
+    // The control leaves a background out that it cannot load; a person who named one wants to hear of it.
+    if (!request.background.empty())
+        LoadPicture(request.background);
+    if (!request.prerendered.empty())
+        prerendered_ = LoadPicture(request.prerendered);
     hosted_->Host().ShowControl();
     const Viewport& control = hosted_->Control();
     if (control.ViewportState() != tdlHalted)
@@ -108,6 +113,8 @@ void Session::Show(const Stage& stage)
     Viewport& viewport = hosted_->Control();
     viewport.SetScene(stage.scene);
     viewport.SetBackColor(IsStored("BackColor") ? viewport.BackColor() : ToBackColor(stage.background));
+    if (request_.accumulate)
+        viewport.SetAccumulate(true); // once more: it clears, now in the right colour
     if (!stage.hasLights)
         LightFromCamera();
     ApplySettings();
@@ -171,16 +178,18 @@ void Session::PlaceByFraming(const Stage& stage)
     if (IsExplicit("FrontClippingPlane"))
         options.front = viewport.FrontClippingPlane();
     const auto cornersOf = request_.turntable ? TurnedCornersOf : CornersOf;
-    const Framing framing = FramePoints(cornersOf(stage.focus), cornersOf(stage.extent), options);
-    // A right-handed camera looks along its negative z axis.
-    const Vector direction = IsRightHanded(viewport.ProjectionType()) ? -look.direction : look.direction;
-    StandAt({framing.position, direction, look.up});
+    Framing framing = FramePoints(cornersOf(stage.focus), cornersOf(stage.extent), options);
+    if (request_.ShowsNavControls())
+        framing = ForNavControls(framing, look.direction, options.orthographic);
     if (!IsExplicit("BackClippingPlane"))
         viewport.SetBackClippingPlane(framing.back);
     if (!IsExplicit("FrontClippingPlane"))
         viewport.SetFrontClippingPlane(framing.front);
     if (!IsExplicit("FieldOfView"))
         viewport.SetFieldOfView(framing.field);
+    // A right-handed camera looks along its negative z axis.
+    const Vector direction = IsRightHanded(viewport.ProjectionType()) ? -look.direction : look.direction;
+    StandAt({framing.position, direction, look.up});
 }
 
 void Session::StandAt(const Standpoint& standpoint)
@@ -194,7 +203,10 @@ void Session::StandAt(const Standpoint& standpoint)
 double Session::DrawFrame()
 {
     const auto start = std::chrono::steady_clock::now();
-    hosted_->Control().RenderScene();
+    if (prerendered_)
+        hosted_->Control().DisplayPreRenderedImage(prerendered_);
+    else
+        hosted_->Control().RenderScene();
     const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - start;
     return time.count();
 }

@@ -49,6 +49,7 @@ private:
     const Request& request_;
     const std::vector<Setting>& stored_;
     std::unique_ptr<headless::HostedViewport> hosted_;
+    std::shared_ptr<lumora::Picture> prerendered_; ///< or nothing
     std::vector<double> frameMilliseconds_;
 };
 

@@ -25,6 +25,13 @@ headless::MemoryPropertyBag ChosenSettings(const Request& request, const std::ve
         bag.Set(setting.row->name, setting.value);
     if (request.expose)
         bag.Set("ExposeDDSurface", true);
+    if (request.accumulate)
+        bag.Set("Accumulate", true);
+    if (!request.background.empty())
+    {
+        bag.Set("BackgroundTexture", request.background);
+        bag.Set("BackgroundTextureStretch", request.stretch);
+    }
     const auto setIfGiven = [&](const char* name, const std::optional<std::int32_t>& value)
     {
         if (value)

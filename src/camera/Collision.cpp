@@ -92,7 +92,7 @@ float Viewport::RayPickScreenPoint(std::int32_t X, std::int32_t Y, std::shared_p
     const Vector direction = Required(drawing_.RetainedMode).VectorNormalize(far - near);
     const auto hits =
         Required(drawing_.SceneFrame).RayPick(drawing_.SceneFrame, {direction, near}, RayPickFlags::BoundingBoxes);
-    if (hits->GetSize() == 0)
+    if (!hits->HasPick(0))
         return NothingThere;
     const PickHit& nearest = hits->GetPick(0);
     MeshBuilder = std::dynamic_pointer_cast<lumora::MeshBuilder>(nearest.visual);

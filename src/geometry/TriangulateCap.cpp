@@ -37,6 +37,8 @@ constexpr double LensAngle = 0.105;
 // Ears' normals differ from the polygon's by 0.001 in each axis at most: this much of a height shifts a point sideways.
 constexpr double TiltMargin = 0.004;
 
+// In comparisons of a point with a region.
+constexpr std::int64_t WorkOfQuickTest = 4;
 constexpr std::int64_t WorkOfExactTest = 16;
 
 bool Near(Vector a, Vector b)
@@ -181,7 +183,7 @@ private:
         {
             if (other == before || other == i || other == after)
                 return false;
-            ++work_;
+            work_ += WorkOfQuickTest;
             if (!MaySeeAllAround(triple, Point(other)))
                 return false;
             work_ += WorkOfExactTest;

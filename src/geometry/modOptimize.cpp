@@ -24,8 +24,11 @@ struct PositionHash
     {
         std::uint64_t hash = 0;
         for (const double part : key)
-            hash = (hash ^ std::bit_cast<std::uint64_t>(part)) * 0x9E3779B97F4A7C15U ^ hash >> 29;
-        return static_cast<std::size_t>(hash ^ hash >> 32);
+        {
+            hash = (hash ^ std::bit_cast<std::uint64_t>(part)) * 0x9E3779B97F4A7C15U;
+            hash ^= hash >> 32; // whole numbers differ in their high bits only
+        }
+        return static_cast<std::size_t>(hash);
     }
 };
 
@@ -44,7 +47,11 @@ struct Polygons
 class Welder
 {
 public:
-    Welder(const MeshGeometry& old, bool dropRepeats) : old_(old), dropRepeats_(dropRepeats) {}
+    Welder(const MeshGeometry& old, bool dropRepeats)
+        : old_(old), dropRepeats_(dropRepeats), newIndex_(old.vertices.size(), Unknown)
+    {
+        byPosition_.reserve(old.vertices.size());
+    }
 
     Polygons Run()
     {
@@ -55,13 +62,15 @@ public:
             const auto corners = static_cast<std::size_t>(old_.faceList[at++]);
             BeginFace();
             for (std::size_t corner = 0; corner < corners; ++corner, at += stride)
-                AddCorner(VertexFor(old_.vertices[static_cast<std::size_t>(old_.faceList[at])]));
+                AddCorner(VertexFor(static_cast<std::size_t>(old_.faceList[at])));
         }
         welded_.faces.push_back(0);
         return std::move(welded_);
     }
 
 private:
+    static constexpr std::int32_t Unknown = -1;
+
     void BeginFace()
     {
         face_ = welded_.faces.size();
@@ -77,20 +86,23 @@ private:
         ++faces[face_];
     }
 
-    std::int32_t VertexFor(Vector position)
+    std::int32_t VertexFor(std::size_t old)
     {
+        if (newIndex_[old] != Unknown)
+            return newIndex_[old];
         const auto next = static_cast<std::int32_t>(welded_.vertices.size());
-        const auto [place, isNew] = known_.try_emplace(KeyOf(position), next);
+        const auto [place, isNew] = byPosition_.try_emplace(KeyOf(old_.vertices[old]), next);
         if (isNew)
-            welded_.vertices.push_back(position);
-        return place->second;
+            welded_.vertices.push_back(old_.vertices[old]);
+        return newIndex_[old] = place->second;
     }
 
     const MeshGeometry& old_;
     bool dropRepeats_;
     std::size_t face_ = 0; // where its count stands
     Polygons welded_;
-    std::unordered_map<PositionKey, std::int32_t, PositionHash> known_;
+    std::vector<std::int32_t> newIndex_; // of each old vertex, once it has been asked for
+    std::unordered_map<PositionKey, std::int32_t, PositionHash> byPosition_;
 };
 
 // Face by face; faces without corners are in no face list and so have no counterpart.

@@ -14,7 +14,7 @@ PickChoice ChooseHit(const PickedArray& hits, const PickFilter& filter, PickResu
                      const std::function<void()>& onNegativeFace)
 {
     PickChoice choice;
-    for (std::int32_t index = 0; index < hits.GetSize(); ++index)
+    for (std::int32_t index = 0; hits.HasPick(index); ++index)
     {
         const PickHit& hit = hits.GetPick(index);
         if (!filter.ZeroAppData && hit.visual->GetAppData() % AppDataStep == 0)

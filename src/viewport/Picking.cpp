@@ -78,11 +78,11 @@ void Viewport::PickScreenPointFixed(const std::shared_ptr<Frame>& frame, std::in
     picked.PickedWorld = {};
     std::shared_ptr<PickedArray> hits;
     trap([&] { hits = Required(frame).RayPick(frame, ray, RayPickFlags::BoundingBoxes); });
-    if (hits->GetSize() == 0)
+    if (!hits->HasPick(0))
         return;
     trap([&] { hits = frame->RayPick(frame, ray, RayPickFlags::Primitives); });
     NothingPicked = true;
-    if (hits->GetSize() == 0)
+    if (!hits->HasPick(0))
         return;
     PickChoice choice;
     trap([&] { choice = Choose(*hits, filter, picked); });
@@ -96,7 +96,7 @@ void Viewport::PickScreenPoint(const std::shared_ptr<Frame>& frame, std::int32_t
     const Trap trap{Source};
     std::shared_ptr<PickedArray> hits;
     trap([&] { hits = Required(drawing_.RMViewport).Pick(frame, pixelX, pixelY); });
-    if (hits->GetSize() == 0)
+    if (!hits->HasPick(0))
         return;
     PickChoice choice;
     trap([&] { choice = Choose(*hits, filter, picked); });

@@ -2,6 +2,9 @@
 #include "camera/Desk.h"
 #include "platform/headless/SessionPlayer.h"
 
+#include <random>
+#include <set>
+
 using namespace lumora;
 using namespace lumora::test;
 using headless::ParseSession;
@@ -27,6 +30,16 @@ struct Stage
     {
         SessionPlayer player{*hosted, [this](const std::string& name) { shots.push_back(name); }};
         player.Play(ParseSession(text, "walk.txt"));
+    }
+
+    /// A square that faces the origin.
+    void AddWall(Vector place)
+    {
+        const auto scene = hosted->Control().Scene();
+        const auto wall = Frame::Make(scene);
+        wall->SetOrientation(scene, place, {0, 1, 0});
+        wall->SetPosition(scene, place.x, place.y, place.z);
+        wall->AddVisual(Square(0, 0, 0, 5, 0xFFFFFFFF));
     }
 
     std::unique_ptr<headless::HostedViewport> hosted;
@@ -72,6 +85,88 @@ TEST(Session, ends_at_the_line_that_fails_and_at_a_control_that_has_halted)
     const RuntimeError halted = ErrorOf([&] { stage.Play("\npress middle 100 100\nframe\n"); });
     EXPECT_EQ(halted.Number(), error::Halted);
     EXPECT_EQ(halted.Description().rfind("walk.txt:2: ", 0), 0U) << halted.Description();
+}
+
+// A person who does anything at all, in scenes with obstacles and limits, with and without the on-screen controls.
+TEST(Session, whatever_a_person_does_the_control_lives_and_gives_the_cursor_back)
+{
+    const char* const settings[] = {
+        "CollisionDetection=True",
+        "CollisionDetection=False",
+        "CollisionSamples=3",
+        "CollisionDistance=0.2",
+        "PositionConstraints=tdlDistance",
+        "PositionConstraints=tdlUnConstrained",
+        "CameraMaxDistance=30",
+        "NavControlPrimary=True",
+        "NavControlAdvance=True",
+        "NavControlGlide=True",
+        "MouseNavigationMode=tdlFly",
+        "MouseNavigationMode=tdlWalk",
+        "ProjectionType=0",
+        "ProjectionType=1",
+        "CenterNavigation=False",
+        "CenterNavigation=True",
+        "NavControlPrimaryMode=tdlFly",
+        "KeyNavigationMethod=tdlAdvance",
+    };
+    std::set<std::int32_t> begun;
+    int collisions = 0;
+    for (unsigned seed = 1; seed <= 30; ++seed)
+    {
+        std::mt19937 random{seed};
+        const auto upTo = [&](int most) { return static_cast<int>(random() % static_cast<unsigned>(most + 1)); };
+        const auto number = [&](int most) { return std::to_string(upTo(2 * most) - most); };
+        const auto oneOf = [&](const auto& words) { return std::string{words[random() % std::size(words)]}; };
+        const char* const buttons[] = {"left", "right", "middle", "middle"};
+        const char* const modifiers[] = {"shift", "ctrl", "alt"};
+        const char* const keys[] = {"W", "E", "Add", "Z"};
+        std::string text{"set CollisionDetection=True\nset CollisionSamples=3\nset NavControlPrimary=True\n"
+                         "set NavControlGlide=True\nset NavControlAdvance=True\n"};
+        for (int line = 0; line < 80; ++line, text += "\n")
+            switch (upTo(9))
+            {
+            case 0:
+                text +=
+                    "press " + oneOf(buttons) + " " + std::to_string(upTo(60)) + " " + std::to_string(150 + upTo(50));
+                break;
+            case 1:
+                text += "release " + oneOf(buttons);
+                break;
+            case 2:
+            case 3:
+                text += "move " + number(400) + " " + number(400) + " " + std::to_string(upTo(200) + 1);
+                break;
+            case 4:
+                text += (upTo(1) != 0 ? "hold " : "drop ") + oneOf(modifiers);
+                break;
+            case 5:
+                text += (upTo(1) != 0 ? "key down " : "key up ") + oneOf(keys);
+                break;
+            case 6:
+                text += "animate " + std::to_string(upTo(200) + 1);
+                break;
+            case 7:
+                text += "set " + oneOf(settings);
+                break;
+            case 8:
+                text += "size " + std::to_string(170 + upTo(30)) + " " + std::to_string(200);
+                break;
+            default:
+                text += "moveto " + number(300) + " " + number(300);
+                break;
+            }
+        Stage stage;
+        for (const Vector wall : {Vector{0, 0, 6}, {0, 0, -6}, {6, 0, 0}, {-6, 0, 0}})
+            stage.AddWall(wall);
+        stage.hosted->Control().BeginNavigating.Connect([&](std::int32_t& id) { begun.insert(id); });
+        stage.hosted->Control().Collision.Connect([&](auto&...) { ++collisions; });
+        stage.Play(text + "release left\nrelease right\nrelease middle\n");
+        EXPECT_EQ(stage.hosted->Host().Display().CursorDisplayCounter(), 0) << text;
+        EXPECT_TRUE(IsFinite(stage.hosted->Control().GetCameraPosition())) << text;
+    }
+    EXPECT_GT(collisions, 20);
+    EXPECT_GE(begun.size(), 4U) << "drags of the scene and of several on-screen controls";
 }
 
 } // namespace

@@ -23,8 +23,6 @@ std::vector<float> Ones(const VertexList& points)
     return std::vector<float>(points.size(), 1.0F);
 }
 
-const std::string NotFinite = std::to_string(error::RMBadValue);
-
 } // namespace
 
 TEST(BezierCurves, agree_with_the_sum_of_bernstein_polynomials)
@@ -122,36 +120,40 @@ TEST(KeyFramedCurves, run_to_the_rounded_end_time)
 
 TEST(Curves, refuse_what_they_cannot_draw)
 {
-    const float infinity = INFINITY;
-    const VertexList broken{{0, 0, 0}, {NAN, 0, 0}, {1, 1, infinity}};
-    const auto bezier = [](const VertexList& points, std::int32_t count)
-    { return RaisedBy([&] { MyDll_CreateBezierCurve(points, count); }); };
-    const auto bSpline = [](const VertexList& points, std::int32_t count)
-    { return RaisedBy([&] { EvaluateBSplineCurve(points, Ones(points), count); }); };
-    const auto nSpline = [](const VertexList& points, std::int32_t count)
-    { return RaisedBy([&] { EvaluateNSpline(Root(), points, count, {}); }); };
-
-    EXPECT_EQ(bezier({}, 4), "9 MyDll_CreateBezierCurve");
-    EXPECT_EQ(bezier(Arch, -1), "9 MyDll_CreateBezierCurve");
-    EXPECT_EQ(bezier(Arch, 2147483647), "7 MyDll_CreateBezierCurve");
-    EXPECT_EQ(bezier(broken, 4), "6 MyDll_CreateBezierCurve");
-    EXPECT_EQ(bezier(VertexList(100000), 2), "5 MyDll_CreateBezierCurve");
-    EXPECT_EQ(bSpline({}, 4), "9 modBSpline");
-    EXPECT_EQ(bSpline(Arch, 1), "11 modBSpline");
-    EXPECT_EQ(bSpline(Arch, -1), "9 modBSpline");
-    EXPECT_EQ(bSpline(Arch, 2147483647), "7 modBSpline");
-    EXPECT_EQ(bSpline(broken, 4), "6 modBSpline");
+    const VertexList broken{{0, 0, 0}, {NAN, 0, 0}, {1, 1, INFINITY}};
+    const struct
+    {
+        VertexList points;
+        std::int32_t count;
+        std::string bezier;
+        std::string bSpline;
+        std::string nSpline;
+    } cases[] = {
+        {{}, 4, "9", "9", "9"},
+        {Arch, -1, "9", "9", "9"},
+        {Arch, 1, "", "11", "6"},
+        {Arch, 2147483647, "7", "7", "7"},
+        {{{1, 2, 3}}, 4, "", "", "6"},
+        {broken, 4, "6", "6", std::to_string(error::RMBadValue)},
+        {VertexList(30000), 2, "5", "", ""},
+    };
+    const auto from = [](const std::string& number, const char* source)
+    { return number.empty() ? number : number + " " + source; };
+    for (const auto& [points, count, bezier, bSpline, nSpline] : cases)
+    {
+        const std::string where = std::to_string(points.size()) + " points, " + std::to_string(count) + " samples";
+        EXPECT_EQ(RaisedBy([&] { MyDll_CreateBezierCurve(points, count); }), from(bezier, "MyDll_CreateBezierCurve"))
+            << where;
+        EXPECT_EQ(RaisedBy([&] { EvaluateBSplineCurve(points, Ones(points), count); }), from(bSpline, "modBSpline"))
+            << where;
+        EXPECT_EQ(RaisedBy([&] { EvaluateNSpline(Root(), points, count, {}); }), from(nSpline, "modNSpline")) << where;
+    }
     EXPECT_EQ(RaisedBy([] { EvaluateBSplineCurve(Arch, {}, 4); }), "9 modBSpline");
     EXPECT_EQ(RaisedBy([] { RationalBSpline(Arch, 0, Ones(Arch), 4); }), "9 modBSpline");
     EXPECT_EQ(RaisedBy([] { RationalBSpline(Arch, 100000, Ones(Arch), 4); }), "5 modBSpline");
-    EXPECT_EQ(nSpline({}, 4), "9 modNSpline");
-    EXPECT_EQ(nSpline(Arch, 1), "6 modNSpline");
-    EXPECT_EQ(nSpline({{1, 2, 3}}, 4), "6 modNSpline");
-    EXPECT_EQ(nSpline(Arch, -1), "9 modNSpline");
-    EXPECT_EQ(nSpline(broken, 4), NotFinite + " modNSpline");
-    for (const float time : {NAN, infinity})
-        EXPECT_NE(RaisedBy([&] { EvaluateNSpline(Root(), Arch, 4, {.useTimes = true, .times = {0, 1, time}}); }), "");
     EXPECT_EQ(RaisedBy([] { EvaluateNSpline(Root(), Arch, 4, {.useTimes = true, .times = {0, 1}}); }), "9 modNSpline");
+    for (const float time : {NAN, INFINITY})
+        EXPECT_NE(RaisedBy([&] { EvaluateNSpline(Root(), Arch, 4, {.useTimes = true, .times = {0, 1, time}}); }), "");
 }
 
 } // namespace lumora

@@ -56,23 +56,6 @@ TEST(Primitives, approach_the_area_and_volume_of_round_ones)
     }
 }
 
-TEST(Primitives, put_a_discs_corners_on_its_circle_in_the_sense_asked_for)
-{
-    for (const auto& [sense, height] : {std::pair{TurnSense::Clockwise, -0.5F}, {TurnSense::CounterClockwise, 0.5F}})
-    {
-        const auto mesh = MeshBuilder::Make();
-        CreateDisc(Root(), *mesh, {0, height, 0.5F}, {0, 1, 0}, 4, sense);
-        const Polygon square = PolygonsOf(*mesh).at(0);
-        ASSERT_EQ(square.size(), 4U);
-        for (const Vector corner : square)
-        {
-            EXPECT_NEAR(corner.y, height, 1e-6);
-            EXPECT_NEAR(std::hypot(corner.x, corner.z), 0.5, 1e-6);
-        }
-        EXPECT_NEAR(VectorArea(square).y, height, 1e-6) << "half a unit of area, facing away from the middle";
-    }
-}
-
 TEST(Primitives, refuse_counts_without_a_shape)
 {
     const struct

@@ -204,15 +204,6 @@ TEST(Tubes, turn_no_more_than_the_path_does_and_shrink_by_equal_factors)
     tiny.steps = 2;
     tiny.endScale = 1e-7F;
     EXPECT_NEAR(Grid{tiny}(2, 0).x, 0.01, 1e-6) << "not the square root of the end scale";
-
-    Sweep ribbon;
-    ribbon.profile = {{-1, 2, 3}, {1, 0, 0}};
-    ribbon.path = Bend;
-    ribbon.steps = 7;
-    ribbon.endScale = 0.1F;
-    const Grid moved{ribbon};
-    for (std::size_t s = 0; s <= 7; ++s)
-        EXPECT_TRUE(IsNear(moved(1, s) - moved(0, s), {2, -2, -3}, 1e-5)) << "two points are only moved";
 }
 
 TEST(Tubes, start_along_the_path_or_as_the_profile_faces)
@@ -230,25 +221,6 @@ TEST(Tubes, start_along_the_path_or_as_the_profile_faces)
     }
     const VertexList opposite = OrientProfile(Root(), Square, {0, 0, -1});
     EXPECT_TRUE(IsNear(GetPolygonNormal(Root(), opposite), {0, 0, -1}, 1e-5));
-}
-
-TEST(Sweeps, stay_finite_where_directions_vanish)
-{
-    const VertexList flat{{-1, 0, 0}, {0, 0, 0}, {1, 0, 0}};
-    for (const VertexList& profile : {Square, flat, VertexList(3)})
-        for (const VertexList& path : {VertexList(4), VertexList{{0, 0, 0}, {0, 0, 5}, {0, 0, 0}}, Bend})
-            for (const auto method : {CurveMethod::Bezier, CurveMethod::KeyFramed, CurveMethod::BSpline})
-            {
-                Sweep sweep;
-                sweep.profile = profile;
-                sweep.path = path;
-                sweep.curveMethod = method;
-                sweep.steps = 4;
-                sweep.turnFraction = 0.5F;
-                sweep.wrap = sweep.caps = sweep.dropCoincident = true;
-                for (const Vector v : Welded(sweep)->GetGeometry().vertices)
-                    EXPECT_TRUE(IsFinite(v));
-            }
 }
 
 TEST(Sweeps, refuse_what_has_no_shape)
@@ -304,17 +276,24 @@ TEST(Sweeps, repeat_any_call_that_fails_in_passing)
     tube.steps = 2;
     tube.turnFraction = 0.1F;
     tube.wrap = tube.caps = tube.dropCoincident = true;
+    const auto make = [&]
+    {
+        const auto mesh = CreateSweptMesh(Root(), tube);
+        OptimizeMesh(Root(), *mesh, {.copyFaceColors = true});
+        return mesh->GetGeometry();
+    };
     faults::Record();
-    const MeshGeometry expected = CreateSweptMesh(Root(), tube)->GetGeometry();
+    const MeshGeometry expected = make();
     const auto calls = static_cast<std::int64_t>(faults::Recorded().size());
-    for (std::int64_t call = 0; call + 1 < calls; ++call)
+    for (std::int64_t call = 0; call + 1 < calls; ++call) // the last one is this test's own
     {
         faults::FailCall(call, error::Overflow);
-        const MeshGeometry geometry = CreateSweptMesh(Root(), tube)->GetGeometry();
+        const MeshGeometry geometry = make();
         ASSERT_EQ(geometry.vertices, expected.vertices) << call;
         ASSERT_EQ(geometry.faceList, expected.faceList) << call;
         faults::FailCall(call, error::ObjectNotSet);
-        ASSERT_EQ(RaisedBy([&] { CreateSweptMesh(Root(), tube); }), "91 modSweep") << call;
+        const std::string raised = RaisedBy(make);
+        ASSERT_TRUE(raised == "91 modSweep" || raised == "91 modOptimize") << call << " " << raised;
     }
     faults::Clear();
 }

@@ -28,6 +28,22 @@ void ExpectNear(Vector actual, Vector expected, float tolerance)
     EXPECT_NEAR(actual.z, expected.z, tolerance);
 }
 
+struct ListedHits : HitSource
+{
+    explicit ListedHits(std::deque<PickHit> list) : hits(std::move(list)) {}
+
+    std::optional<PickHit> Next() override
+    {
+        if (hits.empty())
+            return std::nullopt;
+        PickHit next = std::move(hits.front());
+        hits.pop_front();
+        return next;
+    }
+
+    std::deque<PickHit> hits;
+};
+
 struct PickScene : ::testing::Test
 {
     PickScene()
@@ -217,7 +233,8 @@ TEST(ChooseHit, tells_of_faces_below_zero_and_goes_on)
 {
     const auto frame = Frame::Make();
     const auto mesh = Square(0, 0, 1, 1, 0xFFFFFFFF);
-    const PickedArray hits{{{mesh, {frame}, {-1, {1, 1, 1}}}, {mesh, {frame}, {4, {2, 2, 2}}}}};
+    const PickedArray hits{std::make_unique<ListedHits>(
+        std::deque<PickHit>{{mesh, {frame}, {-1, {1, 1, 1}}}, {mesh, {frame}, {4, {2, 2, 2}}}})};
     PickResult picked;
     int told = 0;
     const PickChoice choice = ChooseHit(hits, {.Wireframe = true, .ZeroAppData = true}, picked, [&] { ++told; });

@@ -98,4 +98,16 @@ TEST(Animations, refuse_what_has_no_meaning)
     EXPECT_TRUE(Raises(error::RMBadValue, [&] { animation.PositionAt(INFINITY); }));
 }
 
+TEST(Animations, take_their_options_as_one_sum)
+{
+    Animation animation;
+    animation.SetOptions(38); // positions, linear, closed
+    EXPECT_EQ(animation.GetOptions(), 38U);
+    for (const std::uint32_t refused : {0U, 6U, 35U, 39U, 44U, 46U, 102U})
+        EXPECT_TRUE(Raises(error::RMBadValue, [&] { animation.SetOptions(refused); })) << refused;
+    animation.SetInterpolation(Animation::Interpolation::Spline);
+    animation.SetClosed(false);
+    EXPECT_EQ(animation.GetOptions(), 41U);
+}
+
 } // namespace lumora
