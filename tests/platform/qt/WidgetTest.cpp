@@ -2,8 +2,13 @@
 #include "platform/qt/QtSession.h"
 #include "properties/PropertyTable.h"
 #include "properties/PropertyValues.h"
+#include "support/TemporaryFolder.h"
 
+#include <QLabel>
+#include <QMessageBox>
 #include <QMetaProperty>
+#include <QPushButton>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace lumora::test
@@ -203,6 +208,42 @@ TEST(QtWidget, a_halted_control_shows_a_sentence_and_design_time_starts_nothing)
     EXPECT_EQ(designed.viewport().DirectDraw(), nullptr);
     EXPECT_EQ(designed.viewport().Camera(), nullptr);
     EXPECT_EQ(designed.ViewportState(), tdlRunning);
+}
+
+TEST(QtWidget, the_about_box_names_the_control_and_comes_back_from_its_tool)
+{
+    const tests::TemporaryFolder data; // without a registry there is no tool
+    qputenv("XDG_DATA_HOME", QByteArray::fromStdString(data / ""));
+    const auto widget = MakeWidget();
+    QStringList seen;
+    QTimer person; // acts whenever a dialog waits for one
+    QObject::connect(&person, &QTimer::timeout,
+                     [&]
+                     {
+                         QWidget* const dialog = QApplication::activeModalWidget();
+                         if (auto* const box = qobject_cast<QMessageBox*>(dialog))
+                         {
+                             seen << box->text();
+                             box->accept();
+                         }
+                         else if (dialog && seen.isEmpty())
+                         {
+                             for (const char* label : {"lblTitle", "lblVersion", "lblDescription"})
+                                 seen << dialog->findChild<QLabel*>(label)->text();
+                             seen << dialog->windowTitle();
+                             // Not from here: a timer waits for its own slot.
+                             QMetaObject::invokeMethod(dialog->findChild<QPushButton*>("cmdSysInfo"),
+                                                       &QPushButton::click, Qt::QueuedConnection);
+                         }
+                         else if (dialog && seen.size() > 4)
+                             dialog->findChild<QPushButton*>("cmdOK")->click();
+                     });
+    person.start(10);
+    widget->viewport().ShowAboutBox();
+    qunsetenv("XDG_DATA_HOME");
+    EXPECT_EQ(seen, (QStringList{"3D Lumora Viewport", "Version 2.0.353", "Direct3D Retained Mode Viewport",
+                                 "About 3D Lumora Viewport", "System Information Is Unavailable At This Time"}))
+        << seen.join('|').toStdString();
 }
 
 TEST(QtWidget, a_control_that_is_held_outlives_its_widget)
