@@ -4,6 +4,7 @@
 #include "viewport/PickResult.h"
 
 #include <cmath>
+#include <deque>
 #include <limits>
 
 namespace lumora::test
