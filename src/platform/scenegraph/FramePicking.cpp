@@ -173,8 +173,13 @@ void ScenePick::OpenVisual(const Waiting& visual)
     const rays::DoubleBox box{entry.mesh->Bounds().minimum, entry.mesh->Bounds().maximum};
     const rays::Interval within =
         rays::Within(onlyBox ? box : box.Grown(rays::PickMargin(box)), LocalRay(visual.reference));
-    if (!within.IsEmpty() && within.first <= query_.limit)
-        Push({within.first, visual.reference, onlyBox ? Kind::Hit : Kind::Mesh});
+    if (within.IsEmpty() || within.first > query_.limit)
+        return;
+    const Waiting found{within.first, visual.reference, onlyBox ? Kind::Hit : Kind::Mesh};
+    if (!onlyBox && (waiting_.empty() || within.first < waiting_.front().distance))
+        OpenMesh(found); // its turn already
+    else
+        Push(found);
 }
 
 void ScenePick::OpenMesh(const Waiting& item)
