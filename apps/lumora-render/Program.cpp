@@ -44,7 +44,7 @@ Stage PrepareStage(const Request& request)
         return MakeBuiltInScene(request.ShowsNavControls() ? Sky::Plain : Sky::Evening);
     if (request.camera)
         return LoadModels(request.models, Arrangement::AsTheyAre);
-    return LoadModels(request.models, request.ShowsNavControls() ? Arrangement::Walkable : Arrangement::SideBySide);
+    return LoadModels(request.models, request.IsForWalking() ? Arrangement::Walkable : Arrangement::SideBySide);
 }
 
 void Warn(const std::vector<std::string>& warnings)

@@ -179,8 +179,8 @@ void Session::PlaceByFraming(const Stage& stage)
         options.front = viewport.FrontClippingPlane();
     const auto cornersOf = request_.turntable ? TurnedCornersOf : CornersOf;
     Framing framing = FramePoints(cornersOf(stage.focus), cornersOf(stage.extent), options);
-    if (request_.ShowsNavControls())
-        framing = ForNavControls(framing, look.direction, options.orthographic);
+    if (request_.IsForWalking())
+        framing = ForWalking(framing, look.direction, options.orthographic);
     if (!IsExplicit("BackClippingPlane"))
         viewport.SetBackClippingPlane(framing.back);
     if (!IsExplicit("FrontClippingPlane"))
