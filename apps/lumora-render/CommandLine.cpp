@@ -54,8 +54,8 @@ constexpr const char* Footer = R"(
 numbered from --output (out-0.png, out-1.png, or a %d in OUT); named ones lie beside it. docs/sessions.md tells more.
 --events prints a line of JSON for each event the control raises; --pick one on what lies at a place of the last picture.
 
-Without MODEL a built-in scene is drawn. Several models stand side by side, scaled to the same size; one with on-screen
-controls is scaled to a size that they move about in well.
+Without MODEL a built-in scene is drawn. Several models stand side by side, scaled to the same size. A single model with
+--nav-controls or --play is scaled to 10 units: movements of the mouse are scene units.
 Without --camera the model is framed: a three-quarter view, or the axis view of --view. With --camera the camera
 stands where it is told, relative to the untouched coordinates of the models (y up, z forward, left-handed).
 --set reaches every writable property of the control and wins over framing, for example --set FieldOfView=0.3,

@@ -70,6 +70,9 @@ struct Request
 
     /// Any of the on-screen controls was asked for.
     bool ShowsNavControls() const;
+
+    /// Somebody moves about in the scene, by hand or by a session.
+    bool IsForWalking() const { return ShowsNavControls() || !play.empty(); }
 };
 
 /// A text to print to standard output instead of drawing: help or version.

@@ -45,9 +45,9 @@ stage::Stage LoadModels(const Request& request)
     using stage::Arrangement;
     std::optional<Progress> progress;
     stage::LoadOptions options;
-    options.arrangement = request.camera               ? Arrangement::AsTheyAre
-                          : request.ShowsNavControls() ? Arrangement::Walkable
-                                                       : Arrangement::SideBySide;
+    options.arrangement = request.camera           ? Arrangement::AsTheyAre
+                          : request.IsForWalking() ? Arrangement::Walkable
+                                                   : Arrangement::SideBySide;
     options.begin = [&](const std::string& path)
     {
         progress.reset();

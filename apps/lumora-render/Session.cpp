@@ -144,8 +144,8 @@ void Session::PlaceByFraming(const stage::Stage& shown)
         options.front = viewport.FrontClippingPlane();
     const auto cornersOf = request_.turntable ? stage::TurnedCornersOf : stage::CornersOf;
     stage::Framing framing = stage::FramePoints(cornersOf(shown.focus), cornersOf(shown.extent), options);
-    if (request_.ShowsNavControls())
-        framing = stage::ForNavControls(framing, look.direction, options.orthographic);
+    if (request_.IsForWalking())
+        framing = stage::ForWalking(framing, look.direction, options.orthographic);
     if (!IsExplicit("BackClippingPlane"))
         viewport.SetBackClippingPlane(framing.back);
     if (!IsExplicit("FrontClippingPlane"))

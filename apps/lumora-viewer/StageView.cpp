@@ -64,7 +64,7 @@ void StageView::Place(Vector direction, Vector up)
     std::vector<Vector> focus = stage::CornersOf(stage_.focus);
     if (focus.empty())
         focus.push_back({});
-    const stage::Framing framing = stage::ForNavControls(
+    const stage::Framing framing = stage::ForWalking(
         stage::FramePoints(focus, stage::CornersOf(stage_.extent), options), direction, options.orthographic);
     control.SetBackClippingPlane(std::max(framing.back, framing.front + LeastBack));
     control.SetFrontClippingPlane(framing.front);

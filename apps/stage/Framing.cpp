@@ -181,7 +181,7 @@ Framing FramePoints(std::span<const Vector> focus, std::span<const Vector> exten
     return framing;
 }
 
-Framing ForNavControls(const Framing& framing, Vector direction, bool orthographic)
+Framing ForWalking(const Framing& framing, Vector direction, bool orthographic)
 {
     constexpr float UsualField = 0.5F;
     constexpr double ViewDistance = 1000;

@@ -40,9 +40,10 @@ inline constexpr Vector ThreeQuarterDirection{-0.56F, -0.36F, 0.75F};
 /// Error RMBadValue when there are no points, or when the numbers do not fit a Single.
 Framing FramePoints(std::span<const Vector> focus, std::span<const Vector> extent, const FramingOptions& options);
 
-/// The same picture with planes that suit the on-screen controls: in perspective they have their usual size where the
-/// front plane is near enough, in the other projections the camera stands where the control's own views stand.
-Framing ForNavControls(const Framing& framing, Vector direction, bool orthographic);
+/// The same picture from a camera that suits walking and the on-screen controls: in perspective the front plane is near
+/// the camera, where the controls have their usual size; in the other projections the camera stands as far away as in
+/// the control's own views.
+Framing ForWalking(const Framing& framing, Vector direction, bool orthographic);
 
 std::vector<Vector> CornersOf(const Box& box);
 

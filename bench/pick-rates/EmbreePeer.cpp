@@ -23,7 +23,10 @@ public:
     EmbreePeer(const EmbreePeer&) = delete;
     EmbreePeer& operator=(const EmbreePeer&) = delete;
 
-    std::string Name() const override { return "Embree " + std::to_string(RTC_VERSION_MAJOR) + "." + std::to_string(RTC_VERSION_MINOR); }
+    std::string Name() const override
+    {
+        return "Embree " + std::to_string(RTC_VERSION_MAJOR) + "." + std::to_string(RTC_VERSION_MINOR);
+    }
 
     double Build(const Mesh& mesh) override
     {

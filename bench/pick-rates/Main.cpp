@@ -1,4 +1,5 @@
-// Ray picks a second beside Embree's, what the first pick and the tree cost, and how picks grow with triangles and meshes.
+// Ray picks a second beside Embree's, what the first pick and the tree cost, and how picks grow with triangles and
+// meshes.
 //
 // Usage: pick-rates [--seconds s]
 #include "Peer.h"
@@ -86,7 +87,8 @@ void CompareRates(Peer* peer, const Mesh& mesh, double seconds)
         for (std::size_t i = 0; i < Batch; ++i)
         {
             hits -= our[i] < rays::Missed ? 1 : 0;
-            differences += (their[i] == INFINITY) != (our[i] == rays::Missed) || std::abs(their[i] - our[i]) > 1e-3 ? 1 : 0;
+            differences +=
+                (their[i] == INFINITY) != (our[i] == rays::Missed) || std::abs(their[i] - our[i]) > 1e-3 ? 1 : 0;
         }
         differences += hits;
         rays += Batch;
@@ -103,7 +105,8 @@ void CompareRates(Peer* peer, const Mesh& mesh, double seconds)
     }
     else
         std::printf("  no comparison: built without Embree   tree %.3f   RayPick %.3f\n", tree, pick);
-    std::printf("  %.1f bytes for each triangle\n", static_cast<double>(builder->Rays().ByteSize()) / mesh->TriangleCount());
+    std::printf("  %.1f bytes for each triangle\n",
+                static_cast<double>(builder->Rays().ByteSize()) / mesh->TriangleCount());
 }
 
 void CompareBuilds(Peer* peer, const Mesh& mesh)

@@ -89,7 +89,8 @@ float Eight(const DrawMesh& mesh, const Ray& ray)
         const Lanes t = DotOf(ac, q) * inverse;
         Lanes hit = _mm256_and_ps(_mm256_cmp_ps(u, zero, _CMP_GE_OQ), _mm256_cmp_ps(v, zero, _CMP_GE_OQ));
         hit = _mm256_and_ps(hit, _mm256_cmp_ps(u + v, one, _CMP_LE_OQ));
-        hit = _mm256_and_ps(hit, _mm256_and_ps(_mm256_cmp_ps(t, zero, _CMP_GE_OQ), _mm256_cmp_ps(t, nearest, _CMP_LT_OQ)));
+        hit = _mm256_and_ps(hit,
+                            _mm256_and_ps(_mm256_cmp_ps(t, zero, _CMP_GE_OQ), _mm256_cmp_ps(t, nearest, _CMP_LT_OQ)));
         nearest = _mm256_blendv_ps(nearest, t, hit);
     }
     float lanes[8];

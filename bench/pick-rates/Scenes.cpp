@@ -39,8 +39,8 @@ CubeScene Cubes(std::uint32_t count)
             continue;
         std::vector<Vector> corners;
         for (int i = 0; i < 8; ++i)
-            corners.push_back(Vector{(i & 1) != 0 ? 0.5F : -0.5F, (i & 2) != 0 ? 0.5F : -0.5F, (i & 4) != 0 ? 0.5F : -0.5F} *
-                              size);
+            corners.push_back(
+                Vector{(i & 1) != 0 ? 0.5F : -0.5F, (i & 2) != 0 ? 0.5F : -0.5F, (i & 4) != 0 ? 0.5F : -0.5F} * size);
         const auto mesh = MeshBuilder::Make();
         mesh->AddFaces(corners, {}, std::vector<std::int32_t>{4, 0, 2, 3, 1, 4, 5, 7, 6, 4, 4, 4, 6, 2, 0, 4,
                                                               1, 3, 7, 5, 4, 2, 6, 7, 3, 4, 0, 1, 5, 4, 0});

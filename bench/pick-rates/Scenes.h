@@ -14,8 +14,8 @@ namespace lumora::bench
 /// The same triangles as a mesh builder, compiled.
 std::shared_ptr<MeshBuilder> BuilderOf(const Mesh& mesh);
 
-/// Small cubes, each a mesh of its own in a frame of its own, spread over a space of 100 around the origin, around which
-/// none are.
+/// Small cubes, each a mesh of its own in a frame of its own, spread over a space of 100 around the origin, around
+/// which none are.
 struct CubeScene
 {
     std::shared_ptr<Frame> root;

@@ -225,6 +225,8 @@ std::vector<MemberRow<MeshBuilder>> MeshRows()
             "of one vertex; v 0 is the top of the image"),
         Method("GenerateNormals", "CreaseAngle", &MeshBuilder::GenerateNormals,
                "makes normals from the faces, radians"),
+        Method("PreparePicking", "", &MeshBuilder::PreparePicking,
+               "makes ready for fast picks what picks would make once they repeat"),
         Property("Quality", &MeshBuilder::GetQuality, &MeshBuilder::SetQuality, "the most a device draws of this mesh"),
     };
 }

@@ -215,8 +215,8 @@ private:
     {
         std::shared_ptr<Material> material;
         trap_([&] { material = MakeGlow(color * 0.25F); });
-        trap_([&] { shaft->SetColor(CreateColorRGBA(color.x, color.y, color.z, SolidAlpha)); });
-        trap_([&] { shaft->SetMaterial(material); });
+        trap_([&] { Required(shaft).SetColor(CreateColorRGBA(color.x, color.y, color.z, SolidAlpha)); });
+        trap_([&] { Required(shaft).SetMaterial(material); });
         std::shared_ptr<MeshBuilder> copy;
         trap_([&] { copy = root_.CreateMeshBuilder(); });
         trap_([&] { copy->AddMeshBuilder(shaft); });

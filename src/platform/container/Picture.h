@@ -4,7 +4,9 @@
 #include "platform/automation/Variant.h"
 #include "platform/drivers/PixelView.h"
 
+#include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 
 namespace lumora
@@ -32,6 +34,9 @@ private:
 /// decoding takes no more memory than such dimensions need. FileNotFound when it cannot be read; InvalidPicture when it
 /// is not a whole picture, with the reason, or when the library was built without picture files.
 std::shared_ptr<Picture> LoadPicture(const std::string& path);
+
+/// The same for a file's contents; `name` is what errors call it.
+std::shared_ptr<Picture> DecodePicture(std::span<const std::uint8_t> file, const std::string& name);
 
 /// Writes a PNG file of `pixels` (alpha ignored). PathFileAccess when it cannot be written; InvalidCall for no pixels
 /// or more than 8192 by 8192 in all; InvalidPicture when the library was built without picture files.

@@ -31,6 +31,11 @@ std::shared_ptr<Picture> LoadPicture(const std::string&)
     RaiseNotBuilt();
 }
 
+std::shared_ptr<Picture> DecodePicture(std::span<const std::uint8_t>, const std::string&)
+{
+    RaiseNotBuilt();
+}
+
 void SavePicture(const std::string&, const PixelView&)
 {
     faults::Point("Picture.Save");
@@ -75,7 +80,7 @@ std::vector<std::uint8_t> ReadWholeFile(const std::string& path)
     return bytes;
 }
 
-int CountJpegScans(const std::vector<std::uint8_t>& file)
+int CountJpegScans(std::span<const std::uint8_t> file)
 {
     if (file.size() < 2 || file[0] != 0xFF || file[1] != 0xD8)
         return 0;
@@ -85,7 +90,7 @@ int CountJpegScans(const std::vector<std::uint8_t>& file)
     return scans;
 }
 
-picturecodec::Size CheckedSize(const std::string& path, const std::vector<std::uint8_t>& file)
+picturecodec::Size CheckedSize(const std::string& path, std::span<const std::uint8_t> file)
 {
     const auto size = picturecodec::ReadSize(file);
     if (!size)
@@ -121,9 +126,10 @@ std::shared_ptr<Bitmap> ToBitmap(const picturecodec::Decoded& decoded)
     return bitmap;
 }
 
-std::shared_ptr<Picture> DecodeFile(const std::string& path)
+std::shared_ptr<Picture> DecodeChecked(std::span<const std::uint8_t> file, const std::string& path)
 {
-    const std::vector<std::uint8_t> file = ReadWholeFile(path);
+    if (file.size() > MaximumFileSize)
+        RaiseInvalid(path, "the file is larger than 256 MB");
     const picturecodec::Size size = CheckedSize(path, file);
     const picturecodec::Decoded decoded = picturecodec::Decode(file, DecodingMemory(size, file.size()));
     if (!decoded.bytes)
@@ -179,7 +185,12 @@ auto WithinMemory(Work&& work)
 std::shared_ptr<Picture> LoadPicture(const std::string& path)
 {
     faults::Point("Picture.Load");
-    return WithinMemory([&] { return DecodeFile(path); });
+    return WithinMemory([&] { return DecodeChecked(ReadWholeFile(path), path); });
+}
+
+std::shared_ptr<Picture> DecodePicture(std::span<const std::uint8_t> file, const std::string& name)
+{
+    return WithinMemory([&] { return DecodeChecked(file, name); });
 }
 
 void SavePicture(const std::string& path, const PixelView& pixels)

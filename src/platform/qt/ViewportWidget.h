@@ -25,7 +25,7 @@ class QtWindow;
 /// Every property of the control is a property of the widget, by the same name, and every event a signal; methods, and
 /// events whose arguments a handler wants to change, are reached by viewport(). Writing a property by the widget shows
 /// its effect at the next paint event; everything else is drawn when RenderScene is called. Nothing is drawn while
-/// Enabled is False, as it is at first.
+/// Enabled is False, as it is at first; setEnabled is that property, and enables the widget along with it.
 ///
 /// Positions in events are the widget's logical pixels, those of QMouseEvent; pictures have the device's. The widget
 /// may live on a screen with any scale factor and move between screens.

@@ -29,14 +29,36 @@ std::vector<std::shared_ptr<Frame>> PathTo(const Frame& top, Frame& holder)
     return path;
 }
 
+// Places on faces in the reference frame's coordinates; of boxes the distance alone.
+class FramePick : public ScenePick
+{
+public:
+    FramePick(std::shared_ptr<Frame> top, const PickQuery& query, const WorldRay& ownRay)
+        : ScenePick(std::move(top), query), onlyDistance_(query.flags == RayPickFlags::BoundingBoxes), ownRay_(ownRay)
+    {
+    }
+
+protected:
+    Vector PositionAt(double distance) const override
+    {
+        return onlyDistance_ ? Vector{0, 0, static_cast<float>(distance)}
+                             : (ownRay_.origin + ownRay_.direction * distance).ToVector();
+    }
+
+private:
+    bool onlyDistance_;
+    WorldRay ownRay_; // as the caller counts
+};
+
 } // namespace
 
 // The search.
 
-ScenePick::ScenePick(std::shared_ptr<Frame> top, PickQuery query)
-    : top_(std::move(top)), root_(top_->Root()), index_(&root_->Index()), query_(std::move(query))
+ScenePick::ScenePick(std::shared_ptr<Frame> top, const PickQuery& query)
+    : top_(std::move(top)), root_(top_->Root()), index_(&root_->Index()), query_(query)
 {
     index_->Refresh();
+    waiting_.reserve(32);
     boxRay_ = rays::Prepared(query_.ray, index_->Tree());
     if (boxRay_)
         for (const rays::Reference root : index_->Roots())
@@ -151,8 +173,13 @@ void ScenePick::OpenVisual(const Waiting& visual)
     const rays::DoubleBox box{entry.mesh->Bounds().minimum, entry.mesh->Bounds().maximum};
     const rays::Interval within =
         rays::Within(onlyBox ? box : box.Grown(rays::PickMargin(box)), LocalRay(visual.reference));
-    if (!within.IsEmpty() && within.first <= query_.limit)
-        Push({within.first, visual.reference, onlyBox ? Kind::Hit : Kind::Mesh});
+    if (within.IsEmpty() || within.first > query_.limit)
+        return;
+    const Waiting found{within.first, visual.reference, onlyBox ? Kind::Hit : Kind::Mesh};
+    if (!onlyBox && (waiting_.empty() || within.first < waiting_.front().distance))
+        OpenMesh(found); // its turn already
+    else
+        Push(found);
 }
 
 void ScenePick::OpenMesh(const Waiting& item)
@@ -186,7 +213,7 @@ PickHit ScenePick::Described(const Waiting& hit) const
     const auto& entry = (*index_)[hit.reference];
     return {entry.mesh->shared_from_this(),
             PathTo(*top_, *entry.frame),
-            {static_cast<std::int32_t>(hit.face), query_.positionAt(hit.distance)}};
+            {static_cast<std::int32_t>(hit.face), PositionAt(hit.distance)}};
 }
 
 std::optional<PickHit> ScenePick::Next()
@@ -199,8 +226,8 @@ std::optional<PickHit> ScenePick::Next()
     }
     if (settled_.empty())
         return std::nullopt;
-    PickHit hit = std::move(settled_.front());
-    settled_.pop_front();
+    PickHit hit = std::move(settled_.back());
+    settled_.pop_back();
     return hit;
 }
 
@@ -208,6 +235,7 @@ void ScenePick::Settle()
 {
     while (const auto hit = NextHit())
         settled_.push_back(Described(*hit));
+    std::ranges::reverse(settled_);
     Leave();
 }
 
@@ -235,14 +263,9 @@ std::shared_ptr<PickedArray> Frame::RayPick(const std::shared_ptr<Frame>& refere
 
     Frame* space = SpaceOf(reference);
     const Matrix4 toWorld = space != nullptr ? space->WorldTransform() : Matrix4::Identity();
-    PickQuery query;
-    query.ray = {TransformPoint(origin, toWorld), TransformDirection(direction, toWorld)};
-    query.flags = flags;
-    if (flags == RayPickFlags::BoundingBoxes)
-        query.positionAt = [](double distance) { return Vector{0, 0, static_cast<float>(distance)}; };
-    else
-        query.positionAt = [origin, direction](double distance) { return (origin + direction * distance).ToVector(); };
-    return std::make_shared<PickedArray>(std::make_unique<ScenePick>(shared_from_this(), std::move(query)));
+    const WorldRay worldRay{TransformPoint(origin, toWorld), TransformDirection(direction, toWorld)};
+    return std::make_shared<PickedArray>(
+        std::make_unique<FramePick>(shared_from_this(), PickQuery{worldRay, flags}, WorldRay{origin, direction}));
 }
 
 Box Frame::Bounds(const std::shared_ptr<Frame>& reference)

@@ -4,7 +4,6 @@
 #include "platform/scenegraph/Frame.h"
 #include "platform/scenegraph/rays/SceneIndex.h"
 
-#include <functional>
 #include <vector>
 
 namespace lumora
@@ -18,8 +17,7 @@ struct PickQuery
 {
     WorldRay ray;
     RayPickFlags flags = RayPickFlags::Primitives;
-    double limit = rays::Missed;               ///< the farthest distance of a hit
-    std::function<Vector(double)> positionAt; ///< what hits report, by distance
+    double limit = rays::Missed; ///< the farthest distance of a hit
 };
 
 /// What a ray meets at and below `top`: nearest first, equal distances in the order of the traversal. Frames whose
@@ -31,7 +29,7 @@ struct PickQuery
 class ScenePick : public HitSource
 {
 public:
-    ScenePick(std::shared_ptr<Frame> top, PickQuery query);
+    ScenePick(std::shared_ptr<Frame> top, const PickQuery& query);
     ~ScenePick() override;
     ScenePick(const ScenePick&) = delete;
     ScenePick& operator=(const ScenePick&) = delete;
@@ -41,13 +39,17 @@ public:
     /// Finds all that is still to come, and needs the scene no more.
     void Settle();
 
+protected:
+    /// What a hit at a distance reports as its position.
+    virtual Vector PositionAt(double distance) const = 0;
+
 private:
     enum class Kind : std::uint8_t
     {
         Node,
-        Visual,   // by its box in the world
-        Mesh,     // by its own box
-        RestOf,   // all hits of a mesh but the first
+        Visual, // by its box in the world
+        Mesh,   // by its own box
+        RestOf, // all hits of a mesh but the first
         Hit,
     };
 
@@ -80,7 +82,7 @@ private:
     PickQuery query_;
     std::optional<rays::BoxRay> boxRay_;
     std::vector<Waiting> waiting_; // a heap
-    std::deque<PickHit> settled_;
+    std::vector<PickHit> settled_; // the last one first
 };
 
 } // namespace lumora

@@ -165,8 +165,8 @@ public:
 
     // Picking.
 
-    /// Compiles the mesh and builds its tree for rays now, which picks would otherwise do once they repeat. The tree lasts
-    /// until the mesh changes.
+    /// Compiles the mesh and builds its tree for rays now, which picks would otherwise do once they repeat. The tree
+    /// lasts until the mesh changes.
     void PreparePicking();
 
     /// What finds hits on Compiled(). For use within this library.

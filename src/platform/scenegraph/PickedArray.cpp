@@ -13,7 +13,7 @@ bool PickedArray::Reach(std::size_t count) const
     while (hits_.size() < count && source_)
     {
         if (auto hit = source_->Next())
-            hits_.push_back(std::move(*hit));
+            hits_.push_back(std::make_unique<PickHit>(std::move(*hit)));
         else
             source_.reset();
     }
@@ -39,7 +39,7 @@ const PickHit& PickedArray::GetPick(std::int32_t index) const
     if (index < 0 || !Reach(static_cast<std::size_t>(index) + 1))
         throw RuntimeError{error::SubscriptOutOfRange, "PickedArray",
                            "There is no hit " + std::to_string(index) + " among " + std::to_string(GetSize())};
-    return hits_[static_cast<std::size_t>(index)];
+    return *hits_[static_cast<std::size_t>(index)];
 }
 
 } // namespace lumora

@@ -4,7 +4,6 @@
 #include "platform/math/Vector.h"
 #include "platform/scenegraph/SceneObject.h"
 
-#include <deque>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -65,14 +64,15 @@ public:
     /// Whether there is a hit of this index; searches no further.
     bool HasPick(std::int32_t index) const;
 
-    /// Searches no further than this hit. Error 9 outside 0 .. GetSize() - 1. The hit stays where it is as long as the array.
+    /// Searches no further than this hit. Error 9 outside 0 .. GetSize() - 1. The hit stays where it is as long as the
+    /// array.
     const PickHit& GetPick(std::int32_t index) const;
 
 private:
     bool Reach(std::size_t count) const;
 
-    mutable std::deque<PickHit> hits_;
-    mutable std::unique_ptr<HitSource> source_; // nothing once all hits are there
+    mutable std::vector<std::unique_ptr<PickHit>> hits_; // stay where they are while more come
+    mutable std::unique_ptr<HitSource> source_;          // nothing once all hits are there
 };
 
 } // namespace lumora

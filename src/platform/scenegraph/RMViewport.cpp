@@ -182,6 +182,36 @@ Vector RMViewport::InverseTransform(const Vector4& screen)
     return world;
 }
 
+// Hits say where on the screen they are.
+class RMViewport::ScreenPick : public ScenePick
+{
+public:
+    struct View
+    {
+        std::int32_t x;
+        std::int32_t y;
+        Matrix4 worldToCamera;
+        Planes planes;
+    };
+
+    ScreenPick(std::shared_ptr<Frame> top, const PickQuery& query, const View& view)
+        : ScenePick(std::move(top), query), ray_(query.ray), view_(view)
+    {
+    }
+
+protected:
+    Vector PositionAt(double distance) const override
+    {
+        const Double3 place = TransformPoint(ray_.origin + ray_.direction * distance, view_.worldToCamera);
+        return {static_cast<float>(view_.x), static_cast<float>(view_.y),
+                static_cast<float>(view_.planes.DepthOf(place))};
+    }
+
+private:
+    WorldRay ray_;
+    View view_;
+};
+
 std::shared_ptr<PickedArray> RMViewport::Pick(const std::shared_ptr<Frame>& frame, std::int32_t x, std::int32_t y)
 {
     faults::Point("RMViewport.Pick");
@@ -199,13 +229,8 @@ std::shared_ptr<PickedArray> RMViewport::Pick(const std::shared_ptr<Frame>& fram
     PickQuery query;
     query.ray = {from, TransformPoint(CameraPoint(x, y, 1), cameraToWorld) - from};
     query.limit = 1;
-    query.positionAt = [=, ray = query.ray, toCamera = *worldToCamera,
-                        planes = Planes{front_, back_, LookSign(), IsOrthographic()}](double distance)
-    {
-        const double depth = planes.DepthOf(TransformPoint(ray.origin + ray.direction * distance, toCamera));
-        return Vector{static_cast<float>(x), static_cast<float>(y), static_cast<float>(depth)};
-    };
-    return std::make_shared<PickedArray>(std::make_unique<ScenePick>(frame, std::move(query)));
+    return std::make_shared<PickedArray>(std::make_unique<ScreenPick>(
+        frame, query, ScreenPick::View{x, y, *worldToCamera, Planes{front_, back_, LookSign(), IsOrthographic()}}));
 }
 
 } // namespace lumora

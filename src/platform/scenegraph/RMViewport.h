@@ -99,6 +99,8 @@ private:
         double DepthOf(Double3 cameraPoint) const;
     };
 
+    class ScreenPick;
+
     bool IsOrthographic() const;
     double LookSign() const; // -1 for the right-handed projections: along which z the camera looks
     bool HasDepth() const { return back_ > front_; }

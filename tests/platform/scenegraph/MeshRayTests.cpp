@@ -19,9 +19,12 @@ struct Way
 };
 
 const Way Ways[] = {
-    {"plain loop", Method::Plain, PlainKernels()},          {"sweep", Method::Sweep, BestKernels()},
-    {"sweep without vectors", Method::Sweep, PlainKernels()}, {"tree", Method::Tree, BestKernels()},
-    {"tree without vectors", Method::Tree, PlainKernels()}, {"as it comes", Method::Automatic, BestKernels()},
+    {"plain loop", Method::Plain, PlainKernels()},
+    {"sweep", Method::Sweep, BestKernels()},
+    {"sweep without vectors", Method::Sweep, PlainKernels()},
+    {"tree", Method::Tree, BestKernels()},
+    {"tree without vectors", Method::Tree, PlainKernels()},
+    {"as it comes", Method::Automatic, BestKernels()},
 };
 
 // Triangles of given corners; each is a face of its own.
@@ -94,9 +97,9 @@ DrawMesh Sphere(int rings, int sectors)
         {
             const double down = std::numbers::pi * ring / rings;
             const double around = 2 * std::numbers::pi * sector / sectors;
-            vertices.push_back(Double3{std::sin(down) * std::cos(around), std::cos(down),
-                                       std::sin(down) * std::sin(around)}
-                                   .ToVector());
+            vertices.push_back(
+                Double3{std::sin(down) * std::cos(around), std::cos(down), std::sin(down) * std::sin(around)}
+                    .ToVector());
         }
     vertices.push_back({0, -1, 0});
     for (int ring = 0; ring < rings; ++ring)
@@ -191,7 +194,8 @@ TEST(MeshRays, meet_the_triangles_that_geometry_says_and_where)
             };
             const auto volume = [](Double3 a, Double3 b, Double3 c)
             {
-                return Long{a.x} * (Long{b.y} * c.z - Long{b.z} * c.y) + Long{a.y} * (Long{b.z} * c.x - Long{b.x} * c.z) +
+                return Long{a.x} * (Long{b.y} * c.z - Long{b.z} * c.y) +
+                       Long{a.y} * (Long{b.z} * c.x - Long{b.x} * c.z) +
                        Long{a.z} * (Long{b.x} * c.y - Long{b.y} * c.x);
             };
             const Long sides[3] = {volume(d, at(0), at(1)), volume(d, at(1), at(2)), volume(d, at(2), at(0))};

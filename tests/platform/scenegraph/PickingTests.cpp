@@ -225,7 +225,8 @@ public:
             const auto same = std::ranges::find_if(expected,
                                                    [&](const Expected& e)
                                                    {
-                                                       return e.visual == hit.visual && e.holder == hit.framePath.back() &&
+                                                       return e.visual == hit.visual &&
+                                                              e.holder == hit.framePath.back() &&
                                                               e.face == hit.description.faceIndex && !e.isFound;
                                                    });
             ASSERT_NE(same, expected.end()) << "a hit that is none";
@@ -295,7 +296,8 @@ private:
                 if (flags == RayPickFlags::BoundingBoxes)
                     CollectBox(*mesh, frame, o, d, expected);
                 const MeshGeometry shape = mesh->GetGeometry();
-                for (std::size_t face = 0; flags == RayPickFlags::Primitives && face < shape.faceList.size() / 4; ++face)
+                for (std::size_t face = 0; flags == RayPickFlags::Primitives && face < shape.faceList.size() / 4;
+                     ++face)
                 {
                     const auto at = [&](std::size_t i)
                     {

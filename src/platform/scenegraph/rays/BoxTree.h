@@ -1,15 +1,15 @@
 // A tree of boxes, eight to a node, for the triangles of a mesh and for the visuals of a scene.
 //
-// Coordinates in nodes are scaled by a power of two so that all lie about within 1: Singles can then neither overflow nor
-// lose what is small. Boxes are tested in single precision with margins that cover every rounding, so that a box is
+// Coordinates in nodes are scaled by a power of two so that all lie about within 1: Singles can then neither overflow
+// nor lose what is small. Boxes are tested in single precision with margins that cover every rounding, so that a box is
 // never missed; what lies in the leaves is tested in double precision.
 #pragma once
 
+#include "platform/scenegraph/rays/LargeArray.h"
 #include "platform/scenegraph/rays/TriangleTest.h"
 
 #include <cstdint>
 #include <optional>
-#include <vector>
 
 namespace lumora::rays
 {
@@ -34,7 +34,7 @@ struct alignas(64) Node
 
 struct BoxTree
 {
-    std::vector<Node> nodes;
+    LargeArray<Node> nodes;
     Reference root = NoReference;
     double scale = 1;
     DoubleBox bounds; ///< of everything in the tree, not scaled
@@ -72,7 +72,7 @@ class TreeBuilder
 public:
     using MakeLeaf = Reference (*)(void* context, const Leaf& leaf);
 
-    TreeBuilder(std::vector<BoxItem>& items, std::uint32_t leafSize, MakeLeaf makeLeaf, void* context)
+    TreeBuilder(LargeArray<BoxItem>& items, std::uint32_t leafSize, MakeLeaf makeLeaf, void* context)
         : items_(items), leafSize_(leafSize), makeLeaf_(makeLeaf), context_(context)
     {
     }
@@ -90,7 +90,7 @@ private:
     template<typename IsLeft>
     void Partition(const Range& range, IsLeft&& isLeft, Range& left, Range& right);
 
-    std::vector<BoxItem>& items_;
+    LargeArray<BoxItem>& items_;
     std::uint32_t leafSize_;
     MakeLeaf makeLeaf_;
     void* context_;

@@ -9,8 +9,8 @@ namespace
 // Up to so many triangles a tree is built in no more time than a few sweeps take.
 constexpr std::uint32_t SmallMesh = 64;
 
-// Building a tree takes about as long as so many sweeps, from a thousand triangles to a million: pick-rates measures it.
-// A mesh that was swept so often has cost, in the worst case, twice what would have been best.
+// Building a tree takes as long as 60 to 300 sweeps, from a thousand triangles to a million (pick-rates measures it). A
+// mesh that was swept about so often has cost, in the worst case, not much more than twice what would have been best.
 constexpr std::uint32_t SweepsPerTree = 100;
 
 double MeetsMeshTriangle(const DrawMesh& mesh, const ShearedRay& ray, std::size_t triangle, double limit)

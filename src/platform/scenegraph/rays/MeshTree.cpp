@@ -15,9 +15,9 @@ Vector CornerOf(const DrawMesh& mesh, std::uint32_t triangle, int corner)
 }
 
 // The triangles' boxes, not scaled, and what they span.
-std::vector<BoxItem> ItemsOf(const DrawMesh& mesh, DoubleBox& bounds)
+LargeArray<BoxItem> ItemsOf(const DrawMesh& mesh, DoubleBox& bounds)
 {
-    std::vector<BoxItem> items;
+    LargeArray<BoxItem> items;
     items.reserve(mesh.TriangleCount());
     Box all;
     for (std::uint32_t triangle = 0; triangle < mesh.TriangleCount(); ++triangle)
@@ -41,7 +41,7 @@ std::vector<BoxItem> ItemsOf(const DrawMesh& mesh, DoubleBox& bounds)
     return items;
 }
 
-void Scale(std::vector<BoxItem>& items, double scale)
+void Scale(LargeArray<BoxItem>& items, double scale)
 {
     const auto factor = static_cast<float>(scale);
     for (BoxItem& item : items)
@@ -55,7 +55,7 @@ void Scale(std::vector<BoxItem>& items, double scale)
 struct LeafMaker
 {
     const DrawMesh& mesh;
-    std::vector<TriangleBlock>& blocks;
+    LargeArray<TriangleBlock>& blocks;
 
     static Reference Make(void* context, const Leaf& leaf)
     {
@@ -68,7 +68,8 @@ struct LeafMaker
             for (int corner = 0; corner < 3; ++corner)
             {
                 constexpr float none = std::numeric_limits<float>::quiet_NaN();
-                const Vector place = isThere ? CornerOf(self.mesh, block.triangle[lane], corner) : Vector{none, none, none};
+                const Vector place =
+                    isThere ? CornerOf(self.mesh, block.triangle[lane], corner) : Vector{none, none, none};
                 block.corner[corner][0][lane] = place.x;
                 block.corner[corner][1][lane] = place.y;
                 block.corner[corner][2][lane] = place.z;
@@ -83,21 +84,20 @@ struct LeafMaker
 
 std::size_t MeshTree::ByteSize() const
 {
-    return boxes.nodes.capacity() * sizeof(Node) + blocks.capacity() * sizeof(TriangleBlock);
+    return boxes.nodes.size() * sizeof(Node) + blocks.size() * sizeof(TriangleBlock);
 }
 
 MeshTree BuildMeshTree(const DrawMesh& mesh)
 {
     MeshTree tree;
-    std::vector<BoxItem> items = ItemsOf(mesh, tree.boxes.bounds);
+    LargeArray<BoxItem> items = ItemsOf(mesh, tree.boxes.bounds);
     // Within what a Single's factor can be; the coordinates of the largest meshes then reach 4.
-    tree.boxes.scale = std::clamp(ScaleFor(tree.boxes.bounds.IsEmpty() ? 1 : tree.boxes.bounds.Reach()), 0x1p-126, 0x1p126);
+    tree.boxes.scale =
+        std::clamp(ScaleFor(tree.boxes.bounds.IsEmpty() ? 1 : tree.boxes.bounds.Reach()), 0x1p-126, 0x1p126);
     Scale(items, tree.boxes.scale);
     tree.blocks.reserve(items.size() * 2 / 5 + 1);
     LeafMaker maker{mesh, tree.blocks};
     TreeBuilder{items, TriangleBlock::Width, LeafMaker::Make, &maker}.Build(tree.boxes);
-    tree.boxes.nodes.shrink_to_fit();
-    tree.blocks.shrink_to_fit();
     return tree;
 }
 

@@ -57,8 +57,9 @@ struct ScaledBox
 
 ScaledBox Scaled(const DoubleBox& box, double scale)
 {
-    return {{RoundedDown(box.minimum.x * scale), RoundedDown(box.minimum.y * scale), RoundedDown(box.minimum.z * scale)},
-            {RoundedUp(box.maximum.x * scale), RoundedUp(box.maximum.y * scale), RoundedUp(box.maximum.z * scale)}};
+    return {
+        {RoundedDown(box.minimum.x * scale), RoundedDown(box.minimum.y * scale), RoundedDown(box.minimum.z * scale)},
+        {RoundedUp(box.maximum.x * scale), RoundedUp(box.maximum.y * scale), RoundedUp(box.maximum.z * scale)}};
 }
 
 } // namespace
@@ -315,7 +316,7 @@ void SceneIndex::Rebuild()
         if (entry.frame != nullptr && !entry.worldBox.IsEmpty())
             tree_.bounds.Include(entry.worldBox);
     tree_.scale = tree_.bounds.IsEmpty() ? 1 : ScaleFor(tree_.bounds.Reach());
-    std::vector<BoxItem> items;
+    LargeArray<BoxItem> items;
     items.reserve(entries_.size());
     for (std::uint32_t id = 0; id < entries_.size(); ++id)
     {

@@ -16,9 +16,9 @@ class ScenePick;
 namespace lumora::rays
 {
 
-/// Made for a root when it is first picked in, and told by frames and meshes of every change. A change costs a note; the
-/// next pick takes the notes up: boxes of what moved are fitted into the tree where they are, and the tree is built anew
-/// when much changed or once as many changes as there are visuals have worn it. About 300 bytes for each visual.
+/// Made for a root when it is first picked in, and told by frames and meshes of every change. A change costs a note;
+/// the next pick takes the notes up: boxes of what moved are fitted into the tree where they are, and the tree is built
+/// anew when much changed or once as many changes as there are visuals have worn it. About 300 bytes for each visual.
 ///
 /// Who changes a frame or a mesh says so before (BeforeChange), so that unfinished picks answer for the scene they
 /// were cast into.

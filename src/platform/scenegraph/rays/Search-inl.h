@@ -8,7 +8,8 @@ struct Waiting
 };
 
 // Pushes the nearest of the chosen lanes last, so that it comes first.
-RAYS_INLINE int PushLanes(const Node& node, std::uint32_t lanes, const float* entry, Waiting* stack, int size)
+RAYS_INLINE int PushLanes(const MeshTree& tree, const Node& node, std::uint32_t lanes, const float* entry,
+                          Waiting* stack, int size)
 {
     const int first = size;
     while (lanes != 0)
@@ -16,6 +17,9 @@ RAYS_INLINE int PushLanes(const Node& node, std::uint32_t lanes, const float* en
         const int lane = std::countr_zero(lanes);
         lanes &= lanes - 1;
         const Waiting added{node.child[lane], entry[lane]};
+        // What waits will mostly be looked at; by then it is there.
+        if ((added.reference & LeafBit) == 0)
+            __builtin_prefetch(&tree.boxes.nodes[added.reference]);
         int place = size++;
         for (; place > first && stack[place - 1].entry < added.entry; --place)
             stack[place] = stack[place - 1];
@@ -49,7 +53,7 @@ RAYS_INLINE void WalkTree(const MeshTree& tree, const BoxRay& boxes, float limit
                 descends = true;
             }
             else
-                size = PushLanes(node, lanes, entry, stack, size);
+                size = PushLanes(tree, node, lanes, entry, stack, size);
         }
         while (!descends)
         {

@@ -1,4 +1,5 @@
-// Building a tree from the top: wide nodes by repeated splits in two, each where binned surface areas say it costs least.
+// Building a tree from the top: wide nodes by repeated splits in two, each where binned surface areas say it costs
+// least.
 #include "platform/scenegraph/rays/BoxTree.h"
 
 #include <bit>
@@ -104,7 +105,8 @@ struct TreeBuilder::Bins
     std::uint32_t items[MaximumBins][4];
 
     explicit Bins(const Range& range)
-        : origin(range.lowestCentre), count(static_cast<int>(std::min(std::uint32_t{MaximumBins}, 4 + range.Count() / 8)))
+        : origin(range.lowestCentre),
+          count(static_cast<int>(std::min(std::uint32_t{MaximumBins}, 4 + range.Count() / 8)))
     {
         const Quad size = range.highestCentre - range.lowestCentre;
         for (int axis = 0; axis < 4; ++axis)

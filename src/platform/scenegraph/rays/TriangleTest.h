@@ -1,4 +1,5 @@
-// The one test of a ray against a triangle, in double precision. Everything faster only decides which triangles need it.
+// The one test of a ray against a triangle, in double precision. Everything faster only decides which triangles need
+// it.
 #pragma once
 
 #include "platform/math/Matrix.h"
@@ -24,7 +25,7 @@ inline constexpr double Missed = std::numeric_limits<double>::infinity();
 /// triangles that share a side see it in the same place and no ray passes between them.
 struct ShearedRay
 {
-    int axis[3]; ///< which coordinate serves as x, y and z
+    int axis[3];      ///< which coordinate serves as x, y and z
     double origin[3]; ///< in that order too
     double shearX;
     double shearY;
@@ -48,8 +49,8 @@ inline ShearedRay Sheared(const LocalRay& ray)
             direction[z]};
 }
 
-/// The distance at which the ray meets the triangle, from either side, sides and corners included; Missed beyond `limit`,
-/// behind the origin, for triangles seen edge-on and for corners that are not finite.
+/// The distance at which the ray meets the triangle, from either side, sides and corners included; Missed beyond
+/// `limit`, behind the origin, for triangles seen edge-on and for corners that are not finite.
 ///
 /// The signs of the three areas are never wrong: rounding can only make one 0, which counts as met. That alone would
 /// take lines that merely continue a triangle's side, hence the question whether the ray is within the corners' extent.
