@@ -1,5 +1,6 @@
 // Panels, pictures and what is found again at the next start.
 #include "apps/viewer/ViewerSession.h"
+#include "stage/Framing.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -9,6 +10,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTreeWidget>
+#include <QWindow>
 
 namespace lumora::viewer
 {
@@ -183,6 +185,23 @@ TEST_F(ViewerTest, nothing_is_painted_while_nothing_moves)
     EXPECT_EQ(counter.paints, 0);
     EXPECT_EQ(pictures, 0);
     EXPECT_FALSE(window_->Motion().IsRunning());
+}
+
+TEST_F(ViewerTest, single_keys_look_from_the_axes_and_at_everything)
+{
+    Start({folder_ / "cube.obj"});
+    window_->View().setFocus();
+    const auto press = [&](Qt::Key key)
+    {
+        QTest::keyClick(window_->windowHandle(), key);
+        QApplication::processEvents();
+        return FindShown(Picture()).place;
+    };
+    press(Qt::Key_3);
+    EXPECT_EQ(Control().GetCameraOrientation().direction, (Vector{0, -1, 0})) << "from above";
+    window_->resize(500, 700);
+    QApplication::processEvents();
+    EXPECT_NEAR(press(Qt::Key_F).width(), 500 * (1 - stage::FramingMargin), 2);
 }
 
 TEST_F(ViewerTest, the_about_box_opens_from_the_menu_and_closes_by_keyboard)
