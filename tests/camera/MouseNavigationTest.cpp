@@ -12,7 +12,6 @@ namespace
 
 using Lines = std::vector<std::string>;
 
-
 TEST(MouseNavigation, drags_do_what_the_scheme_says)
 {
     for (const auto& [name, projection, onPlate, held, does] : Schemes)
