@@ -1,7 +1,7 @@
 // Frame times of the RGB driver beside those of Mesa's llvmpipe, and how they grow with triangles, pixels, visuals,
 // threads and instruction sets.
 //
-// Usage: frame-times [--threads n] [--seconds s] [--only text] [--no-growth] [file.obj ...]
+// Usage: frame-times [--threads n] [--seconds s] [--only text] [--alone] [--no-growth] [file.obj ...]
 #include "Painters.h"
 #include "platform/drivers/rgb/RgbDriver.h"
 
@@ -24,6 +24,7 @@ struct Options
     int threads = 0;
     double seconds = 3; ///< for each load
     bool growth = true;
+    bool comparison = true;
     std::string only; ///< loads whose names hold this
     std::vector<std::string> files;
 };
@@ -188,6 +189,8 @@ Options Parsed(int count, char** words)
             options.seconds = std::atof(words[++i]);
         else if (std::strcmp(words[i], "--only") == 0 && i + 1 < count)
             options.only = words[++i];
+        else if (std::strcmp(words[i], "--alone") == 0)
+            options.comparison = false;
         else if (std::strcmp(words[i], "--no-growth") == 0)
             options.growth = false;
         else
@@ -243,7 +246,7 @@ int main(int count, char** words)
 try
 {
     const Options options = Parsed(count, words);
-    const std::unique_ptr<Painter> openGl = OpenGlIfThere();
+    const std::unique_ptr<Painter> openGl = options.comparison ? OpenGlIfThere() : nullptr;
     const std::unique_ptr<Painter> rgb = MakeRgbPainter(options.threads, lumora::SimdLevel::Best);
     std::vector<Load> loads = StandardLoads();
     for (const std::string& file : options.files)

@@ -114,6 +114,8 @@ private:
     void AddSurvivors(std::uint32_t count, std::uint32_t firstTriangle)
     {
         const DrawState& state = State();
+        // Most triangles lie in one tile: their pairs fit, others make room for themselves.
+        bins_.records.Reserve(bins_.records.Size() + count);
         for (std::uint32_t i = 0; i < count; ++i)
         {
             const auto a = static_cast<std::uint32_t>(survivors_.a[i]);
@@ -125,7 +127,8 @@ private:
             if (survivors_.tiles[i] == TriangleSurvivors::Unfinished)
                 AddTriangle(a, b, c, triangle);
             else
-                AddSmall({{a, b, c}, FaceOf(triangle), state_}, static_cast<std::uint32_t>(survivors_.tiles[i]));
+                AddSmall({{a, b, c}, state.isFlat ? FaceOf(triangle) : 0, state_},
+                         static_cast<std::uint32_t>(survivors_.tiles[i]));
         }
     }
 
@@ -134,6 +137,8 @@ private:
         const std::uint32_t number = Append(record);
         const std::uint32_t left = tiles & 0xFF;
         const std::uint32_t top = (tiles >> 8) & 0xFF;
+        if ((tiles & 0xFFFF) == tiles >> 16)
+            return bins_.pairs.Append((top * static_cast<std::uint32_t>(batch_.tilesPerRow) + left) << 16 | number);
         const std::uint32_t right = (tiles >> 16) & 0xFF;
         const std::uint32_t bottom = tiles >> 24;
         for (std::uint32_t y = top; y <= bottom; ++y)

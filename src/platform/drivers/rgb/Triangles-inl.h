@@ -23,7 +23,7 @@ struct Edge
 /// A vector of triangles in a tile. Edges, step and rests are those of small triangles only.
 struct TriangleLanes
 {
-    const ScreenPosition* corner[3][LaneCount];
+    ScreenPosition corner[3][LaneCount];
     std::int32_t left[LaneCount], top[LaneCount], right[LaneCount], bottom[LaneCount]; ///< the pixels to visit
     std::int32_t isSmall[LaneCount];
     std::int32_t start[3][LaneCount], perX[3][LaneCount], perY[3][LaneCount]; ///< as in Edge
@@ -279,9 +279,9 @@ LANES_INLINE bool SetEdge(Edge& edge, double& atTile, const ScreenPosition& from
 template<bool IsTextured, Blending B, bool Fog, Interpolation P>
 void SetUpAndDrawLarge(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane, Attributes& a)
 {
-    const ScreenPosition& c0 = *t.corner[0][lane];
-    const ScreenPosition& c1 = *t.corner[1][lane];
-    const ScreenPosition& c2 = *t.corner[2][lane];
+    const ScreenPosition& c0 = t.corner[0][lane];
+    const ScreenPosition& c1 = t.corner[1][lane];
+    const ScreenPosition& c2 = t.corner[2][lane];
     LargeTriangle large;
     double atTile[3];
     if (!SetEdge(large.edges[0], atTile[0], c1, c2, tile) || !SetEdge(large.edges[1], atTile[1], c2, c0, tile) ||
@@ -322,13 +322,33 @@ LANES_INLINE void DrawOne(const TileView& tile, const DrawState& state, const Tr
     DrawSmall<IsTextured, B, Fog, P>(tile, state, t, lane, a);
 }
 
+struct CornerLanes
+{
+    Ints x, y;
+    Floats depth, inverseW;
+};
+
+LANES_INLINE CornerLanes LoadCorners(const ScreenPosition* positions)
+{
+    CornerLanes result;
+    Floats x, y;
+    LoadQuads(reinterpret_cast<const float*>(positions), x, y, result.depth, result.inverseW);
+    result.x = BitsOf(x);
+    result.y = BitsOf(y);
+    return result;
+}
+
 /// What follows from the corners. Where a triangle is not small the 32 bits of its edges overflow, and nobody uses
 /// them.
 void SetUpLanes(TriangleLanes& t, const TileView& tile, const PixelRect& limits)
 {
     Ints x[3], y[3];
     for (int i = 0; i < 3; ++i)
-        LoadPlaces(t.corner[i], x[i], y[i]);
+    {
+        const CornerLanes corner = LoadCorners(t.corner[i]);
+        x[i] = corner.x;
+        y[i] = corner.y;
+    }
     const Ints left = Least3(x);
     const Ints right = Greatest3(x);
     const Ints top = Least3(y);
@@ -372,9 +392,9 @@ LANES_INLINE void ShadeOne(const TileView& tile, const DrawState& state, const T
     if constexpr (IsTextured)
         return DrawOne<IsTextured, B, Fog, Interpolation::Perspective>(tile, state, t, lane, a);
     constexpr float FullRange = 255.0F;
-    const float w0 = t.corner[0][lane]->inverseW;
-    const float w1 = t.corner[1][lane]->inverseW;
-    const float w2 = t.corner[2][lane]->inverseW;
+    const float w0 = t.corner[0][lane].inverseW;
+    const float w1 = t.corner[1][lane].inverseW;
+    const float w2 = t.corner[2][lane].inverseW;
     if (state.isFlat && !Fog)
         DrawOne<IsTextured, B, Fog, Interpolation::Constant>(tile, state, t, lane, a);
     else if (IsNearlyFlat(w0, w1, w2, FullRange))
@@ -387,6 +407,169 @@ LANES_INLINE void ShadeOne(const TileView& tile, const DrawState& state, const T
         DrawOne<IsTextured, B, Fog, Interpolation::Perspective>(tile, state, t, lane, a);
 }
 
+// Tiny triangles, of which a dense scan has one or two for each pixel: a lane for each triangle instead of one for each
+// pixel. Their pixels come out of the vectors one triangle after the other, so that the order of submission holds.
+
+inline constexpr int MostTinyPixels = 4; ///< in the box of a tiny triangle
+
+/// The candidates of a vector of tiny triangles: the n-th pixel of each one's box.
+struct TinyPixels
+{
+    float depth[MostTinyPixels][LaneCount];
+    std::uint32_t color[MostTinyPixels][LaneCount];
+    std::int32_t pixel[MostTinyPixels][LaneCount]; ///< in the tile
+    std::uint32_t covered[MostTinyPixels];         ///< a bit for each lane
+};
+
+/// A bit for each triangle that is tiny and may be interpolated on the screen.
+LANES_INLINE std::uint32_t FindTiny(const TriangleLanes& t, bool isConstant)
+{
+    constexpr float FullRange = 255.0F;
+    const Ints width = Load(t.right) - Load(t.left);
+    const Ints height = Load(t.bottom) - Load(t.top);
+    const Ints zero = Splat(0);
+    const Ints most = Splat(MostTinyPixels);
+    Mask tiny = Both(IsLess(zero, Load(t.isSmall)), Both(IsLess(zero, width), IsLess(zero, height)));
+    tiny = Except(tiny, Either(IsLess(most, width), Either(IsLess(most, height), IsLess(most, width * height))));
+    if (!isConstant)
+    {
+        const Floats w[3] = {LoadCorners(t.corner[0]).inverseW, LoadCorners(t.corner[1]).inverseW,
+                             LoadCorners(t.corner[2]).inverseW};
+        const Floats least = Least(w[0], Least(w[1], w[2]));
+        const Floats greatest = Greatest(w[0], Greatest(w[1], w[2]));
+        tiny = Both(tiny, IsLessOrEqual((greatest - least) * Splat(FullRange), least));
+    }
+    return LaneBits(tiny);
+}
+
+/// ColorAttributes for each lane.
+struct ColorLanes
+{
+    Floats base[3], toSecond[3], toThird[3];
+
+    explicit ColorLanes(const ColorBlock (&corners)[3][LaneCount])
+    {
+        const Floats scale = Splat(255.0F);
+        Floats alpha;
+        LoadQuads(&corners[0][0].red, base[0], base[1], base[2], alpha);
+        LoadQuads(&corners[1][0].red, toSecond[0], toSecond[1], toSecond[2], alpha);
+        LoadQuads(&corners[2][0].red, toThird[0], toThird[1], toThird[2], alpha);
+        for (int i = 0; i < 3; ++i)
+        {
+            base[i] = base[i] * scale;
+            toSecond[i] = toSecond[i] * scale - base[i];
+            toThird[i] = toThird[i] * scale - base[i];
+        }
+    }
+
+    Ints Pixels(Floats second, Floats third) const
+    {
+        const auto byte = [&](int i) LANES_LAMBDA
+        { return Truncated(base[i] + second * toSecond[i] + third * toThird[i] + Splat(0.5F)); };
+        return ShiftedLeft<16>(byte(0)) | ShiftedLeft<8>(byte(1)) | byte(2);
+    }
+};
+
+/// `count`: of pixels in the largest box.
+LANES_INLINE void ShadeTiny(const TriangleLanes& t, const ColorLanes& color, int count, TinyPixels& to)
+{
+    const Floats depth0 = LoadCorners(t.corner[0]).depth;
+    const Floats toSecond = LoadCorners(t.corner[1]).depth - depth0;
+    const Floats toThird = LoadCorners(t.corner[2]).depth - depth0;
+    const Floats step = Load(t.step);
+    const Floats restSecond = Load(t.restSecond);
+    const Floats restThird = Load(t.restThird);
+    const Ints left = Load(t.left);
+    const Ints right = Load(t.right);
+    const Ints bottom = Load(t.bottom);
+    Ints x = left;
+    Ints y = Load(t.top);
+    Ints value[3], perX[3], toNextRow[3];
+    for (int i = 0; i < 3; ++i)
+    {
+        perX[i] = Load(t.perX[i]);
+        const Ints perY = Load(t.perY[i]);
+        value[i] = Load(t.start[i]) + perX[i] * x + perY * y;
+        toNextRow[i] = perY - perX[i] * (right - left - Splat(1));
+    }
+    for (int n = 0; n < count; ++n)
+    {
+        const Floats second = ToFloats(value[1]) * step + restSecond;
+        const Floats third = ToFloats(value[2]) * step + restThird;
+        Store(Least(depth0 + second * toSecond + third * toThird, Splat(FarthestDepth)), to.depth[n]);
+        Store(color.Pixels(second, third), to.color[n]);
+        Store(ShiftedLeft<TileShift>(y) + x, to.pixel[n]);
+        to.covered[n] = LaneBits(Except(IsLess(y, bottom), IsLess(value[0] | value[1] | value[2], Splat(0))));
+        x = x + Splat(1);
+        const Mask isRowDone = IsEqual(x, right);
+        for (int i = 0; i < 3; ++i)
+            value[i] = value[i] + Choose(isRowDone, toNextRow[i], perX[i]);
+        y = Choose(isRowDone, y + Splat(1), y);
+        x = Choose(isRowDone, left, x);
+    }
+}
+
+LANES_INLINE void StoreTiny(const TileView& tile, const TinyPixels& from, int lane, int count)
+{
+    for (int n = 0; n < count; ++n)
+    {
+        const std::int32_t pixel = from.pixel[n][lane];
+        if ((from.covered[n] >> lane & 1) == 0 || !(from.depth[n][lane] <= tile.depths[pixel]))
+            continue;
+        tile.depths[pixel] = from.depth[n][lane];
+        tile.colors[pixel] = from.color[n][lane];
+    }
+}
+
+/// A vector of records, from the first on. Lanes beyond the last repeat it.
+struct RecordLanes
+{
+    const Record* record[LaneCount];
+    const VertexBlocks* blocks[LaneCount];
+    int count; ///< of lanes in use
+};
+
+LANES_INLINE RecordLanes LoadRecords(const Batch& batch, const Bins& bins, const std::uint16_t* references,
+                                     std::size_t count, TriangleLanes& t)
+{
+    RecordLanes r;
+    r.count = static_cast<int>(std::min<std::size_t>(LaneCount, count));
+    for (int lane = 0; lane < LaneCount; ++lane)
+    {
+        const Record& record = bins.records[references[std::min(lane, r.count - 1)]];
+        const VertexBlocks& blocks = BlocksOf(batch, bins, record.vertex[0]);
+        r.record[lane] = &record;
+        r.blocks[lane] = &blocks;
+        for (int corner = 0; corner < 3; ++corner)
+        {
+            const std::uint32_t vertex = record.vertex[corner] & ~Record::Local;
+            t.corner[corner][lane] = blocks.positions[vertex];
+            __builtin_prefetch(blocks.colors.Data() + vertex); // needed once the vector is set up
+        }
+    }
+    return r;
+}
+
+/// Computes the pixels of the triangles whose bits are set. Answers how many a triangle has at most.
+LANES_INLINE int SetUpTiny(const Batch& batch, const DrawState& state, const RecordLanes& records,
+                           const TriangleLanes& t, TinyPixels& pixels)
+{
+    alignas(64) ColorBlock colors[3][LaneCount];
+    int most = 0;
+    for (int lane = 0; lane < LaneCount; ++lane)
+    {
+        const Record& record = *records.record[lane];
+        for (int corner = 0; corner < 3; ++corner)
+            colors[corner][lane] = state.isFlat
+                                       ? batch.faces.colors[record.face]
+                                       : records.blocks[lane]->colors[record.vertex[corner] & ~Record::Local];
+        most = std::max(most, (t.right[lane] - t.left[lane]) * (t.bottom[lane] - t.top[lane]));
+    }
+    most = std::min(most, MostTinyPixels);
+    ShadeTiny(t, ColorLanes{colors}, most, pixels);
+    return most;
+}
+
 template<bool IsTextured, Blending B, bool Fog>
 void DrawTriangles(const TileView& tile, const Batch& batch, const Bins& bins, const DrawState& state,
                    const std::uint16_t* references, std::size_t count)
@@ -396,30 +579,31 @@ void DrawTriangles(const TileView& tile, const Batch& batch, const Bins& bins, c
         Intersection({area.left - tile.left, area.top - tile.top, area.right - tile.left, area.bottom - tile.top},
                      {0, 0, TileSize, TileSize});
     TriangleLanes t;
+    TinyPixels pixels;
     for (std::size_t first = 0; first < count; first += LaneCount)
     {
-        const int lanes = static_cast<int>(std::min<std::size_t>(LaneCount, count - first));
-        for (int lane = 0; lane < LaneCount; ++lane)
-        {
-            const Record& record =
-                bins.records[references[first + static_cast<std::size_t>(std::min(lane, lanes - 1))]];
-            const VertexBlocks& blocks = BlocksOf(batch, bins, record.vertex[0]);
-            for (int corner = 0; corner < 3; ++corner)
-            {
-                const std::uint32_t vertex = record.vertex[corner] & ~Record::Local;
-                t.corner[corner][lane] = blocks.positions.Data() + vertex;
-                __builtin_prefetch(blocks.colors.Data() + vertex); // needed once the vector is set up
-            }
-        }
+        const RecordLanes records = LoadRecords(batch, bins, references + first, count - first, t);
         SetUpLanes(t, tile, limits);
-        for (int lane = 0; lane < lanes; ++lane)
+        std::uint32_t tiny = 0;
+        int mostPixels = 0;
+        if constexpr (!IsTextured && B == Blending::Opaque && !Fog)
         {
+            tiny = FindTiny(t, state.isFlat);
+            if (tiny != 0)
+                mostPixels = SetUpTiny(batch, state, records, t, pixels);
+        }
+        for (int lane = 0; lane < records.count; ++lane)
+        {
+            if ((tiny >> lane & 1) != 0)
+            {
+                StoreTiny(tile, pixels, lane, mostPixels);
+                continue;
+            }
             if (t.left[lane] >= t.right[lane] || t.top[lane] >= t.bottom[lane])
                 continue;
             Attributes a;
-            SetAttributes<IsTextured, B, Fog>(a, batch, bins, state,
-                                              bins.records[references[first + static_cast<std::size_t>(lane)]],
-                                              *t.corner[0][lane], *t.corner[1][lane], *t.corner[2][lane]);
+            SetAttributes<IsTextured, B, Fog>(a, batch, bins, state, *records.record[lane], t.corner[0][lane],
+                                              t.corner[1][lane], t.corner[2][lane]);
             ShadeOne<IsTextured, B, Fog>(tile, state, t, lane, a);
         }
     }
