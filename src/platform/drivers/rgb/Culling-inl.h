@@ -103,8 +103,8 @@ std::uint32_t CullTriangles(const std::uint32_t* indices, std::uint32_t count, s
         if (!IsAny(keep))
             continue;
         const Mask turn = Except(counterClockwise, unfinished);
-        const Mask isTiny = Except(Except(Both(keep, IsLess(lastX - firstX, Splat(2))), unfinished),
-                                   IsLess(Splat(1), lastY - firstY));
+        const Mask isTiny =
+            Except(Except(Both(keep, IsLess(lastX - firstX, Splat(2))), unfinished), IsLess(Splat(1), lastY - firstY));
         if (IsAny(isTiny))
         {
             keep = Except(keep, Both(isTiny, CoversNone(t, turn, firstX, firstY, lastX, lastY)));

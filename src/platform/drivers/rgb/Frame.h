@@ -174,7 +174,8 @@ struct DrawState
     bool needsCoordinates = false;
     bool sortsTranslucent = false; ///< translucent triangles wait
     bool isTextureTranslucent = false;
-    PixelRect area; ///< only these pixels
+    bool hasHighlight = false; ///< where it stays apart from the diffuse color
+    PixelRect area;            ///< only these pixels
     std::uint32_t part = 0;
     std::uint32_t group = 0;
     CullMode cull = CullMode::None;

@@ -205,6 +205,18 @@ HWY_INLINE void LoadQuads(const float* from, Floats& a, Floats& b, Floats& c, Fl
 {
     hn::LoadInterleaved4(AsFloat, from, a, b, c, d);
 }
+/// Numbers below LaneCount, ready to be looked up by.
+using LaneOrder = decltype(hn::IndicesFromVec(AsFloat, Ints{}));
+
+HWY_INLINE LaneOrder LaneOrderOf(Ints numbers)
+{
+    return hn::IndicesFromVec(AsFloat, numbers);
+}
+/// One of LaneCount floats for each lane.
+HWY_INLINE Floats ByLane(const float* from, LaneOrder order)
+{
+    return hn::TableLookupLanes(Load(from), order);
+}
 /// A bit for each lane, from the lowest.
 HWY_INLINE std::uint32_t LaneBits(Mask m)
 {

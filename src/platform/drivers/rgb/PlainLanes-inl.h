@@ -283,6 +283,18 @@ inline void LoadQuads(const float* from, Floats& a, Floats& b, Floats& c, Floats
         d.lane[i] = from[4 * i + 3];
     }
 }
+/// Numbers below LaneCount, ready to be looked up by.
+using LaneOrder = Ints;
+
+inline LaneOrder LaneOrderOf(const Ints& numbers)
+{
+    return numbers;
+}
+/// One of LaneCount floats for each lane.
+inline Floats ByLane(const float* from, const LaneOrder& order)
+{
+    return EachLane<Floats>([&](int i) { return from[order.lane[i]]; });
+}
 /// A bit for each lane, from the lowest.
 inline std::uint32_t LaneBits(const Mask& m)
 {

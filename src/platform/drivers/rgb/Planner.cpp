@@ -232,6 +232,7 @@ void Planner::AddState(const RecordedItem& recorded, const Pass& pass, std::uint
     state.group = group;
     state.cull = pass.state.cull;
     state.texture = texture;
+    state.hasHighlight = texture != nullptr && of.material.power > 0 && item.lit;
     const int fog = state.fog.mode == FogMode::None ? 0 : 1;
     const int blending = static_cast<int>(state.blending);
     state.drawRun = state.primitive == Primitive::Triangles

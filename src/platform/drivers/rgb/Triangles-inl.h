@@ -7,9 +7,10 @@
 //
 // Everything about small triangles is set up for a vector of them at once.
 //
-// Triangles in a box of up to 32 pixels are drawn as masked rows, with weights from the exact edge functions: however
-// thin the triangle is, they are right. Larger ones are drawn by blocks of 8 by 8 pixels, with weights linear in x and
-// y: blocks outside are left out, those inside need no edge tests, and those behind everything drawn are hidden.
+// Triangles in a box of up to 32 pixels are drawn as masked rows (textured ones by Fragments-inl.h), with weights from
+// the exact edge functions: however thin the triangle is, they are right. Larger ones are drawn by blocks of 8 by 8
+// pixels, with weights linear in x and y: blocks outside are left out, those inside need no edge tests, and those
+// behind everything drawn are hidden.
 
 inline constexpr std::int32_t SmallBox = 32 * SubPixels;
 
@@ -29,6 +30,8 @@ struct TriangleLanes
     std::int32_t start[3][LaneCount], perX[3][LaneCount], perY[3][LaneCount]; ///< as in Edge
     float step[LaneCount]; ///< of a corner's weight for one step of its edge
     float restSecond[LaneCount], restThird[LaneCount];
+
+    bool IsEmpty(int lane) const { return left[lane] >= right[lane] || top[lane] >= bottom[lane]; }
 };
 
 LANES_INLINE const VertexBlocks& BlocksOf(const Batch& batch, const Bins& bins, std::uint32_t vertex)
@@ -111,7 +114,7 @@ LANES_INLINE Mask LanesWithin(int x, int left, int right)
     return Except(IsLess(place, Splat(right)), IsLess(place, Splat(left)));
 }
 
-template<bool IsTextured, Blending B, bool Fog, Interpolation P>
+template<Blending B, bool Fog, Interpolation P>
 void DrawSmall(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane, const Attributes& a)
 {
     const Floats step = Splat(t.step[lane]);
@@ -138,7 +141,7 @@ void DrawSmall(const TileView& tile, const DrawState& state, const TriangleLanes
                 const Floats third = ToFloats(value[2]) * step + restThird;
                 const Floats depth =
                     Least(At<Interpolation::Linear>(a.depth, {second, third, second}), Splat(FarthestDepth));
-                DrawPixels<IsTextured, B, Fog, P>(tile, state, a, x, y, mask, depth, second, third);
+                DrawPixels<false, B, Fog, P>(tile, state, a, x, y, mask, depth, second, third);
             }
             for (int i = 0; i < 3; ++i)
                 value[i] = value[i] + Splat(t.perY[i][lane]);
@@ -291,17 +294,17 @@ void SetUpAndDrawLarge(const TileView& tile, const DrawState& state, const Trian
                               (std::int64_t{c1.y} - c0.y) * (std::int64_t{c2.x} - c0.x);
     const double inverseArea = 1.0 / static_cast<double>(area);
     const double perPixel = SubPixels * inverseArea;
-    a.secondPerX = static_cast<float>((c2.y - c0.y) * perPixel);
-    a.secondPerY = static_cast<float>((c0.x - c2.x) * perPixel);
-    a.thirdPerX = static_cast<float>((c0.y - c1.y) * perPixel);
-    a.thirdPerY = static_cast<float>((c1.x - c0.x) * perPixel);
+    a.steps.secondPerX = static_cast<float>((c2.y - c0.y) * perPixel);
+    a.steps.secondPerY = static_cast<float>((c0.x - c2.x) * perPixel);
+    a.steps.thirdPerX = static_cast<float>((c0.y - c1.y) * perPixel);
+    a.steps.thirdPerY = static_cast<float>((c1.x - c0.x) * perPixel);
     const double second = atTile[1] * inverseArea;
     const double third = atTile[2] * inverseArea;
-    large.second = {static_cast<float>(second), a.secondPerX, a.secondPerY};
-    large.third = {static_cast<float>(third), a.thirdPerX, a.thirdPerY};
+    large.second = {static_cast<float>(second), a.steps.secondPerX, a.steps.secondPerY};
+    large.third = {static_cast<float>(third), a.steps.thirdPerX, a.steps.thirdPerY};
     large.depth.plane = {static_cast<float>(a.depth.base + second * a.depth.toSecond + third * a.depth.toThird),
-                         a.secondPerX * a.depth.toSecond + a.thirdPerX * a.depth.toThird,
-                         a.secondPerY * a.depth.toSecond + a.thirdPerY * a.depth.toThird};
+                         a.steps.secondPerX * a.depth.toSecond + a.steps.thirdPerX * a.depth.toThird,
+                         a.steps.secondPerY * a.depth.toSecond + a.steps.thirdPerY * a.depth.toThird};
     large.depth.nearest = std::min(c0.depth, std::min(c1.depth, c2.depth));
     large.depth.farthest = std::max(c0.depth, std::max(c1.depth, c2.depth));
     DrawLarge<IsTextured, B, Fog, P>(tile, state, {t.left[lane], t.top[lane], t.right[lane], t.bottom[lane]}, a, large);
@@ -312,14 +315,8 @@ LANES_INLINE void DrawOne(const TileView& tile, const DrawState& state, const Tr
 {
     if (t.isSmall[lane] == 0)
         return SetUpAndDrawLarge<IsTextured, B, Fog, P>(tile, state, t, lane, a);
-    if constexpr (IsTextured)
-    {
-        a.secondPerX = static_cast<float>(t.perX[1][lane]) * t.step[lane];
-        a.secondPerY = static_cast<float>(t.perY[1][lane]) * t.step[lane];
-        a.thirdPerX = static_cast<float>(t.perX[2][lane]) * t.step[lane];
-        a.thirdPerY = static_cast<float>(t.perY[2][lane]) * t.step[lane];
-    }
-    DrawSmall<IsTextured, B, Fog, P>(tile, state, t, lane, a);
+    if constexpr (!IsTextured)
+        DrawSmall<B, Fog, P>(tile, state, t, lane, a);
 }
 
 struct CornerLanes
@@ -407,120 +404,6 @@ LANES_INLINE void ShadeOne(const TileView& tile, const DrawState& state, const T
         DrawOne<IsTextured, B, Fog, Interpolation::Perspective>(tile, state, t, lane, a);
 }
 
-// Tiny triangles, of which a dense scan has one or two for each pixel: a lane for each triangle instead of one for each
-// pixel. Their pixels come out of the vectors one triangle after the other, so that the order of submission holds.
-
-inline constexpr int MostTinyPixels = 4; ///< in the box of a tiny triangle
-
-/// The candidates of a vector of tiny triangles: the n-th pixel of each one's box.
-struct TinyPixels
-{
-    float depth[MostTinyPixels][LaneCount];
-    std::uint32_t color[MostTinyPixels][LaneCount];
-    std::int32_t pixel[MostTinyPixels][LaneCount]; ///< in the tile
-    std::uint32_t covered[MostTinyPixels];         ///< a bit for each lane
-};
-
-/// A bit for each triangle that is tiny and may be interpolated on the screen.
-LANES_INLINE std::uint32_t FindTiny(const TriangleLanes& t, bool isConstant)
-{
-    constexpr float FullRange = 255.0F;
-    const Ints width = Load(t.right) - Load(t.left);
-    const Ints height = Load(t.bottom) - Load(t.top);
-    const Ints zero = Splat(0);
-    const Ints most = Splat(MostTinyPixels);
-    Mask tiny = Both(IsLess(zero, Load(t.isSmall)), Both(IsLess(zero, width), IsLess(zero, height)));
-    tiny = Except(tiny, Either(IsLess(most, width), Either(IsLess(most, height), IsLess(most, width * height))));
-    if (!isConstant)
-    {
-        const Floats w[3] = {LoadCorners(t.corner[0]).inverseW, LoadCorners(t.corner[1]).inverseW,
-                             LoadCorners(t.corner[2]).inverseW};
-        const Floats least = Least(w[0], Least(w[1], w[2]));
-        const Floats greatest = Greatest(w[0], Greatest(w[1], w[2]));
-        tiny = Both(tiny, IsLessOrEqual((greatest - least) * Splat(FullRange), least));
-    }
-    return LaneBits(tiny);
-}
-
-/// ColorAttributes for each lane.
-struct ColorLanes
-{
-    Floats base[3], toSecond[3], toThird[3];
-
-    explicit ColorLanes(const ColorBlock (&corners)[3][LaneCount])
-    {
-        const Floats scale = Splat(255.0F);
-        Floats alpha;
-        LoadQuads(&corners[0][0].red, base[0], base[1], base[2], alpha);
-        LoadQuads(&corners[1][0].red, toSecond[0], toSecond[1], toSecond[2], alpha);
-        LoadQuads(&corners[2][0].red, toThird[0], toThird[1], toThird[2], alpha);
-        for (int i = 0; i < 3; ++i)
-        {
-            base[i] = base[i] * scale;
-            toSecond[i] = toSecond[i] * scale - base[i];
-            toThird[i] = toThird[i] * scale - base[i];
-        }
-    }
-
-    Ints Pixels(Floats second, Floats third) const
-    {
-        const auto byte = [&](int i) LANES_LAMBDA
-        { return Truncated(base[i] + second * toSecond[i] + third * toThird[i] + Splat(0.5F)); };
-        return ShiftedLeft<16>(byte(0)) | ShiftedLeft<8>(byte(1)) | byte(2);
-    }
-};
-
-/// `count`: of pixels in the largest box.
-LANES_INLINE void ShadeTiny(const TriangleLanes& t, const ColorLanes& color, int count, TinyPixels& to)
-{
-    const Floats depth0 = LoadCorners(t.corner[0]).depth;
-    const Floats toSecond = LoadCorners(t.corner[1]).depth - depth0;
-    const Floats toThird = LoadCorners(t.corner[2]).depth - depth0;
-    const Floats step = Load(t.step);
-    const Floats restSecond = Load(t.restSecond);
-    const Floats restThird = Load(t.restThird);
-    const Ints left = Load(t.left);
-    const Ints right = Load(t.right);
-    const Ints bottom = Load(t.bottom);
-    Ints x = left;
-    Ints y = Load(t.top);
-    Ints value[3], perX[3], toNextRow[3];
-    for (int i = 0; i < 3; ++i)
-    {
-        perX[i] = Load(t.perX[i]);
-        const Ints perY = Load(t.perY[i]);
-        value[i] = Load(t.start[i]) + perX[i] * x + perY * y;
-        toNextRow[i] = perY - perX[i] * (right - left - Splat(1));
-    }
-    for (int n = 0; n < count; ++n)
-    {
-        const Floats second = ToFloats(value[1]) * step + restSecond;
-        const Floats third = ToFloats(value[2]) * step + restThird;
-        Store(Least(depth0 + second * toSecond + third * toThird, Splat(FarthestDepth)), to.depth[n]);
-        Store(color.Pixels(second, third), to.color[n]);
-        Store(ShiftedLeft<TileShift>(y) + x, to.pixel[n]);
-        to.covered[n] = LaneBits(Except(IsLess(y, bottom), IsLess(value[0] | value[1] | value[2], Splat(0))));
-        x = x + Splat(1);
-        const Mask isRowDone = IsEqual(x, right);
-        for (int i = 0; i < 3; ++i)
-            value[i] = value[i] + Choose(isRowDone, toNextRow[i], perX[i]);
-        y = Choose(isRowDone, y + Splat(1), y);
-        x = Choose(isRowDone, left, x);
-    }
-}
-
-LANES_INLINE void StoreTiny(const TileView& tile, const TinyPixels& from, int lane, int count)
-{
-    for (int n = 0; n < count; ++n)
-    {
-        const std::int32_t pixel = from.pixel[n][lane];
-        if ((from.covered[n] >> lane & 1) == 0 || !(from.depth[n][lane] <= tile.depths[pixel]))
-            continue;
-        tile.depths[pixel] = from.depth[n][lane];
-        tile.colors[pixel] = from.color[n][lane];
-    }
-}
-
 /// A vector of records, from the first on. Lanes beyond the last repeat it.
 struct RecordLanes
 {
@@ -550,61 +433,13 @@ LANES_INLINE RecordLanes LoadRecords(const Batch& batch, const Bins& bins, const
     return r;
 }
 
-/// Computes the pixels of the triangles whose bits are set. Answers how many a triangle has at most.
-LANES_INLINE int SetUpTiny(const Batch& batch, const DrawState& state, const RecordLanes& records,
-                           const TriangleLanes& t, TinyPixels& pixels)
-{
-    alignas(64) ColorBlock colors[3][LaneCount];
-    int most = 0;
-    for (int lane = 0; lane < LaneCount; ++lane)
-    {
-        const Record& record = *records.record[lane];
-        for (int corner = 0; corner < 3; ++corner)
-            colors[corner][lane] = state.isFlat
-                                       ? batch.faces.colors[record.face]
-                                       : records.blocks[lane]->colors[record.vertex[corner] & ~Record::Local];
-        most = std::max(most, (t.right[lane] - t.left[lane]) * (t.bottom[lane] - t.top[lane]));
-    }
-    most = std::min(most, MostTinyPixels);
-    ShadeTiny(t, ColorLanes{colors}, most, pixels);
-    return most;
-}
-
+/// One triangle of a vector by itself.
 template<bool IsTextured, Blending B, bool Fog>
-void DrawTriangles(const TileView& tile, const Batch& batch, const Bins& bins, const DrawState& state,
-                   const std::uint16_t* references, std::size_t count)
+LANES_INLINE void DrawAlone(const TileView& tile, const Batch& batch, const Bins& bins, const DrawState& state,
+                            const Record& record, const TriangleLanes& t, int lane)
 {
-    const PixelRect& area = state.area;
-    const PixelRect limits =
-        Intersection({area.left - tile.left, area.top - tile.top, area.right - tile.left, area.bottom - tile.top},
-                     {0, 0, TileSize, TileSize});
-    TriangleLanes t;
-    TinyPixels pixels;
-    for (std::size_t first = 0; first < count; first += LaneCount)
-    {
-        const RecordLanes records = LoadRecords(batch, bins, references + first, count - first, t);
-        SetUpLanes(t, tile, limits);
-        std::uint32_t tiny = 0;
-        int mostPixels = 0;
-        if constexpr (!IsTextured && B == Blending::Opaque && !Fog)
-        {
-            tiny = FindTiny(t, state.isFlat);
-            if (tiny != 0)
-                mostPixels = SetUpTiny(batch, state, records, t, pixels);
-        }
-        for (int lane = 0; lane < records.count; ++lane)
-        {
-            if ((tiny >> lane & 1) != 0)
-            {
-                StoreTiny(tile, pixels, lane, mostPixels);
-                continue;
-            }
-            if (t.left[lane] >= t.right[lane] || t.top[lane] >= t.bottom[lane])
-                continue;
-            Attributes a;
-            SetAttributes<IsTextured, B, Fog>(a, batch, bins, state, *records.record[lane], t.corner[0][lane],
-                                              t.corner[1][lane], t.corner[2][lane]);
-            ShadeOne<IsTextured, B, Fog>(tile, state, t, lane, a);
-        }
-    }
+    Attributes a;
+    SetAttributes<IsTextured, B, Fog>(a, batch, bins, state, record, t.corner[0][lane], t.corner[1][lane],
+                                      t.corner[2][lane]);
+    ShadeOne<IsTextured, B, Fog>(tile, state, t, lane, a);
 }
