@@ -125,8 +125,9 @@ void Pipeline::RunCommand(const Command& command)
         return planner_.AddClear(command.parts, command.area, command.color);
     if (command.kind == Command::Kind::Waiting)
     {
-        RunBatch();
-        return RunSorted(command);
+        for (std::uint32_t i = command.first; i < command.first + command.count; ++i)
+            planner_.AddItem(waiting_[i], passes_[waiting_[i].pass], Share::Waiting);
+        return RunBatch();
     }
     const RecordedItem& recorded = items_[command.first];
     planner_.AddItem(recorded, passes_[recorded.pass], Share::AtOnce);
@@ -134,48 +135,60 @@ void Pipeline::RunCommand(const Command& command)
         RunBatch();
 }
 
+/// What is drawn at once, and then, sorted, what waits.
 void Pipeline::RunBatch()
 {
     if (planner_.IsEmpty())
         return;
     const bool alone = planner_.PrimitiveCount() < SmallPrimitiveCount;
+    const std::uint32_t threads = alone ? 1U : static_cast<std::uint32_t>(crew_->Size());
     PlaceAndLight(alone);
-    planner_.PlanUnits(alone ? 1U : static_cast<std::uint32_t>(crew_->Size()));
+    planner_.PlanUnits(threads);
+    if (!batch_.waitingUnits.empty())
+    {
+        CollectWaiting(alone);
+        SortWaiting();
+        planner_.PlanSortedUnits(threads);
+    }
     DrawUnits(alone);
     planner_.Start(target_.Bounds(), kernels_);
 }
 
-void Pipeline::RunSorted(const Command& command)
+void Pipeline::CollectWaiting(bool alone)
 {
-    for (std::uint32_t i = command.first; i < command.first + command.count; ++i)
-        planner_.AddItem(waiting_[i], passes_[waiting_[i].pass], Share::Waiting);
-    const bool alone = planner_.PrimitiveCount() < SmallPrimitiveCount;
-    PlaceAndLight(alone);
-    planner_.PlanUnits(1);
-    for (const Segment& segment : batch_.segments)
-        CollectSorted(batch_, segment, batch_.sorted);
-    SortWaiting();
-    planner_.PlanSortedUnits(alone ? 1U : static_cast<std::uint32_t>(crew_->Size()));
-    DrawUnits(alone);
-    planner_.Start(target_.Bounds(), kernels_);
+    if (collected_.size() < batch_.waitingUnits.size())
+        collected_.resize(batch_.waitingUnits.size());
+    Share(batch_.waitingUnits.size(), alone,
+          [&](std::size_t unit, int) { CollectSorted(batch_, batch_.waitingUnits[unit], collected_[unit]); });
+    for (std::size_t unit = 0; unit < batch_.waitingUnits.size(); ++unit)
+        batch_.sorted.Append(collected_[unit].Items());
+    batch_.order.Resize(batch_.sorted.Size());
+    for (std::uint32_t i = 0; i < batch_.sorted.Size(); ++i)
+        batch_.order[i] = {batch_.sorted[i].key, i};
 }
 
-/// By key, equal ones in order of submission: a radix sort of 11 bits at a time.
+/// By key, equal ones in order of submission: a radix sort of 11 bits at a time. Digits that are the same everywhere
+/// are left out.
 void Pipeline::SortWaiting()
 {
     constexpr int DigitBits = 11;
     constexpr std::uint32_t Digits = 1U << DigitBits;
-    sortSpace_.Resize(batch_.sorted.Size());
-    for (int shift = 0; shift < 32; shift += DigitBits)
+    constexpr int Passes = 3;
+    std::uint32_t starts[Passes][Digits + 1] = {};
+    const auto digit = [](std::uint32_t key, int pass) { return (key >> (pass * DigitBits)) & (Digits - 1); };
+    for (const SortedPlace& place : batch_.order.Items())
+        for (int pass = 0; pass < Passes; ++pass)
+            ++starts[pass][digit(place.key, pass) + 1];
+    sortSpace_.Resize(batch_.order.Size());
+    for (int pass = 0; pass < Passes; ++pass)
     {
-        std::uint32_t starts[Digits + 1] = {};
-        for (const SortedTriangle& triangle : batch_.sorted.Items())
-            ++starts[((triangle.key >> shift) & (Digits - 1)) + 1];
-        for (std::uint32_t digit = 0; digit < Digits; ++digit)
-            starts[digit + 1] += starts[digit];
-        for (const SortedTriangle& triangle : batch_.sorted.Items())
-            sortSpace_[starts[(triangle.key >> shift) & (Digits - 1)]++] = triangle;
-        std::swap(batch_.sorted, sortSpace_);
+        if (std::ranges::find(starts[pass], batch_.order.Size()) != std::end(starts[pass]))
+            continue;
+        for (std::uint32_t i = 0; i < Digits; ++i)
+            starts[pass][i + 1] += starts[pass][i];
+        for (const SortedPlace& place : batch_.order.Items())
+            sortSpace_[starts[pass][digit(place.key, pass)]++] = place;
+        std::swap(batch_.order, sortSpace_);
     }
 }
 
