@@ -1,21 +1,32 @@
-// Textured triangles in small boxes: what is covered and not hidden is collected over several triangles, and textures
-// are read for full vectors. Included inside a namespace, once.
+// Triangles in small boxes: the pixels that they cover are listed over several triangles, and everything about them is
+// computed for full vectors. Included inside a namespace, once.
+//
+// The list is in order of submission, and pixels leave the vectors in the order of the list.
 
 /// A row for each number that a fragment needs of its triangle, with a place for each triangle of a vector.
 struct FragmentTable
 {
     enum Row
     {
-        InverseW, // of an attribute: three rows
+        // Edges of corners 1 and 2, in whole numbers below 2^24.
+        Start,
+        PerX = Start + 2,
+        PerY = PerX + 2,
+        // From edge functions to weights.
+        Step = PerY + 2,
+        Rests,
+        // Attributes take three rows.
+        Depth = Rests + 2,
+        InverseW = Depth + 3,
         SecondW = InverseW + 3,
         ThirdW,
-        U,
+        IsLinear, ///< 1, or 0 where perspective shows
+        Colors,
+        U = Colors + 4 * 3,
         V = U + 3,
         EyeDepth = V + 3,
-        Colors = EyeDepth + 3,
-        Highlights = Colors + 4 * 3,
-        Steps = Highlights + 3 * 3,
-        Count = Steps + 4,
+        Highlights = EyeDepth + 3,
+        Count = Highlights + 3 * 3,
     };
 
     alignas(64) float rows[Count][LaneCount];
@@ -31,31 +42,48 @@ struct FragmentTable
 };
 
 /// The same for each fragment of a vector, as shading reads it.
-struct FragmentValues
+class FragmentValues
 {
-    const FragmentTable& table;
-    LaneOrder order;
+public:
     AttributeLanes inverseW, u, v, eyeDepth;
     Floats secondW, thirdW;
 
     LANES_INLINE FragmentValues(const FragmentTable& from, Ints triangles)
-        : table(from), order(LaneOrderOf(triangles)), inverseW(At(FragmentTable::InverseW)), u(At(FragmentTable::U)),
-          v(At(FragmentTable::V)), eyeDepth(At(FragmentTable::EyeDepth)), secondW(Row(FragmentTable::SecondW)),
-          thirdW(Row(FragmentTable::ThirdW))
+        : table_(from), order_(LaneOrderOf(triangles))
     {
+        inverseW = Attribute(FragmentTable::InverseW);
+        u = Attribute(FragmentTable::U);
+        v = Attribute(FragmentTable::V);
+        eyeDepth = Attribute(FragmentTable::EyeDepth);
+        secondW = Row(FragmentTable::SecondW);
+        thirdW = Row(FragmentTable::ThirdW);
     }
 
-    LANES_INLINE AttributeLanes Color(int channel) const { return At(FragmentTable::Colors + 3 * channel); }
-    LANES_INLINE AttributeLanes Highlight(int channel) const { return At(FragmentTable::Highlights + 3 * channel); }
+    LANES_INLINE Floats Row(int row) const { return ByLane(table_.rows[row], order_); }
+    LANES_INLINE AttributeLanes Attribute(int row) const { return {Row(row), Row(row + 1), Row(row + 2)}; }
+    LANES_INLINE AttributeLanes Color(int channel) const { return Attribute(FragmentTable::Colors + 3 * channel); }
+    LANES_INLINE AttributeLanes Highlight(int channel) const
+    {
+        return Attribute(FragmentTable::Highlights + 3 * channel);
+    }
+    LANES_INLINE Mask IsLinear() const { return IsLess(Splat(0.5F), Row(FragmentTable::IsLinear)); }
     LANES_INLINE WeightSteps<Floats> Steps() const
     {
-        const int row = FragmentTable::Steps;
-        return {Row(row), Row(row + 1), Row(row + 2), Row(row + 3)};
+        const Floats step = Row(FragmentTable::Step);
+        return {Row(FragmentTable::PerX) * step, Row(FragmentTable::PerY) * step, Row(FragmentTable::PerX + 1) * step,
+                Row(FragmentTable::PerY + 1) * step};
+    }
+    /// The weight of corner 1 (0) or 2 (1).
+    LANES_INLINE Floats Weight(int which, Floats x, Floats y) const
+    {
+        const Floats edge = Row(FragmentTable::Start + which) + Row(FragmentTable::PerX + which) * x +
+                            Row(FragmentTable::PerY + which) * y; // exact
+        return edge * Row(FragmentTable::Step) + Row(FragmentTable::Rests + which);
     }
 
 private:
-    LANES_INLINE Floats Row(int row) const { return ByLane(table.rows[row], order); }
-    LANES_INLINE AttributeLanes At(int row) const { return {Row(row), Row(row + 1), Row(row + 2)}; }
+    const FragmentTable& table_;
+    LaneOrder order_;
 };
 
 /// Blocks of one corner of a vector of triangles, as lanes.
@@ -71,186 +99,246 @@ struct BlockLanes
     }
 };
 
-LANES_INLINE void SetColors(FragmentTable& table, int row, int channels, float scale,
-                            const ColorBlock (&blocks)[3][LaneCount])
+/// Color blocks of all corners into the table. Answers the largest change of a channel from corner 0 to another.
+template<int Channels>
+LANES_INLINE Floats SetColors(FragmentTable& table, int row, float scale, const ColorBlock (&blocks)[3][LaneCount])
 {
     const BlockLanes corners[3] = {BlockLanes{blocks[0]}, BlockLanes{blocks[1]}, BlockLanes{blocks[2]}};
-    for (int i = 0; i < channels; ++i)
-        table.Set(row + 3 * i, corners[0].value[i] * Splat(scale), corners[1].value[i] * Splat(scale),
-                  corners[2].value[i] * Splat(scale));
+    Floats range = Splat(0.0F);
+    for (int i = 0; i < Channels; ++i)
+    {
+        const Floats scales = Splat(i == 3 ? 1.0F : scale);
+        AttributeLanes color;
+        color.Set(corners[0].value[i] * scales, corners[1].value[i] * scales, corners[2].value[i] * scales);
+        Store(color.base, table.rows[row + 3 * i]);
+        Store(color.toSecond, table.rows[row + 3 * i + 1]);
+        Store(color.toThird, table.rows[row + 3 * i + 2]);
+        range = Greatest(range, Greatest(Absolute(color.toSecond), Absolute(color.toThird)));
+    }
+    return range;
 }
 
-template<bool Fog>
-void FillTable(FragmentTable& table, const Batch& batch, const DrawState& state, const RecordLanes& records,
+/// What every fragment needs.
+LANES_INLINE void FillEdges(FragmentTable& table, const TriangleLanes& t)
+{
+    for (int i = 0; i < 2; ++i)
+    {
+        Store(ToFloats(Load(t.start[i + 1])), table.rows[FragmentTable::Start + i]);
+        Store(ToFloats(Load(t.perX[i + 1])), table.rows[FragmentTable::PerX + i]);
+        Store(ToFloats(Load(t.perY[i + 1])), table.rows[FragmentTable::PerY + i]);
+    }
+    Store(Load(t.step), table.rows[FragmentTable::Step]);
+    Store(Load(t.restSecond), table.rows[FragmentTable::Rests]);
+    Store(Load(t.restThird), table.rows[FragmentTable::Rests + 1]);
+}
+
+/// Answers whether every triangle may be interpolated on the screen.
+template<bool IsTextured, bool Fog>
+bool FillTable(FragmentTable& table, const Batch& batch, const DrawState& state, const RecordLanes& records,
                const TriangleLanes& t)
 {
     alignas(64) ColorBlock blocks[3][LaneCount];
-    alignas(64) CoordinateBlock coordinates[3][LaneCount];
     for (int lane = 0; lane < LaneCount; ++lane)
         for (int corner = 0; corner < 3; ++corner)
-        {
-            const Record& record = *records.record[lane];
-            const std::uint32_t vertex = record.vertex[corner] & ~Record::Local;
-            blocks[corner][lane] =
-                state.isFlat ? batch.faces.colors[record.face] : records.blocks[lane]->colors[vertex];
-            coordinates[corner][lane] = records.blocks[lane]->coordinates[vertex];
-        }
-    SetColors(table, FragmentTable::Colors, 4, 1.0F, blocks);
-    const BlockLanes places[3] = {BlockLanes{coordinates[0]}, BlockLanes{coordinates[1]}, BlockLanes{coordinates[2]}};
-    table.Set(FragmentTable::U, places[0].value[0], places[1].value[0], places[2].value[0]);
-    table.Set(FragmentTable::V, places[0].value[1], places[1].value[1], places[2].value[1]);
-    if constexpr (Fog)
+            blocks[corner][lane] = state.isFlat ? batch.faces.colors[records.record[lane]->face]
+                                                : records.blocks[lane]->colors[records.Vertex(lane, corner)];
+    const Floats range = SetColors<4>(table, FragmentTable::Colors, IsTextured ? 1.0F : 255.0F, blocks);
+    FillEdges(table, t);
+    const CornerLanes corners[3] = {LoadCorners(t.corner[0]), LoadCorners(t.corner[1]), LoadCorners(t.corner[2])};
+    table.Set(FragmentTable::Depth, corners[0].depth, corners[1].depth, corners[2].depth);
+    table.Set(FragmentTable::InverseW, corners[0].inverseW, corners[1].inverseW, corners[2].inverseW);
+    Store(corners[1].inverseW, table.rows[FragmentTable::SecondW]);
+    Store(corners[2].inverseW, table.rows[FragmentTable::ThirdW]);
+    if constexpr (IsTextured || Fog)
+    {
+        alignas(64) CoordinateBlock coordinates[3][LaneCount];
+        for (int lane = 0; lane < LaneCount; ++lane)
+            for (int corner = 0; corner < 3; ++corner)
+                coordinates[corner][lane] = records.blocks[lane]->coordinates[records.Vertex(lane, corner)];
+        const BlockLanes places[3] = {BlockLanes{coordinates[0]}, BlockLanes{coordinates[1]},
+                                      BlockLanes{coordinates[2]}};
+        table.Set(FragmentTable::U, places[0].value[0], places[1].value[0], places[2].value[0]);
+        table.Set(FragmentTable::V, places[0].value[1], places[1].value[1], places[2].value[1]);
         table.Set(FragmentTable::EyeDepth, places[0].value[2], places[1].value[2], places[2].value[2]);
-    const Floats w[3] = {LoadCorners(t.corner[0]).inverseW, LoadCorners(t.corner[1]).inverseW,
-                         LoadCorners(t.corner[2]).inverseW};
-    table.Set(FragmentTable::InverseW, w[0], w[1], w[2]);
-    Store(w[1], table.rows[FragmentTable::SecondW]);
-    Store(w[2], table.rows[FragmentTable::ThirdW]);
-    const Floats step = Load(t.step);
-    float(*steps)[LaneCount] = table.rows + FragmentTable::Steps;
-    Store(ToFloats(Load(t.perX[1])) * step, steps[0]);
-    Store(ToFloats(Load(t.perY[1])) * step, steps[1]);
-    Store(ToFloats(Load(t.perX[2])) * step, steps[2]);
-    Store(ToFloats(Load(t.perY[2])) * step, steps[3]);
-    if (!state.hasHighlight)
-        return;
-    for (int lane = 0; lane < LaneCount; ++lane)
-        for (int corner = 0; corner < 3; ++corner)
-        {
-            const Record& record = *records.record[lane];
-            const std::uint32_t vertex = record.vertex[corner] & ~Record::Local;
-            blocks[corner][lane] =
-                state.isFlat ? batch.faces.highlights[record.face] : records.blocks[lane]->highlights[vertex];
-        }
-    SetColors(table, FragmentTable::Highlights, 3, 255.0F, blocks);
+    }
+    if (IsTextured && state.hasHighlight)
+    {
+        for (int lane = 0; lane < LaneCount; ++lane)
+            for (int corner = 0; corner < 3; ++corner)
+                blocks[corner][lane] = state.isFlat ? batch.faces.highlights[records.record[lane]->face]
+                                                    : records.blocks[lane]->highlights[records.Vertex(lane, corner)];
+        SetColors<3>(table, FragmentTable::Highlights, 255.0F, blocks);
+    }
+    if constexpr (IsTextured)
+        return false;
+    const Floats least = Least(corners[0].inverseW, Least(corners[1].inverseW, corners[2].inverseW));
+    const Floats greatest = Greatest(corners[0].inverseW, Greatest(corners[1].inverseW, corners[2].inverseW));
+    const Mask isLinear = IsLessOrEqual((greatest - least) * (Fog ? Splat(FullRange) : range), least);
+    Store(Choose(isLinear, Splat(1.0F), Splat(0.0F)), table.rows[FragmentTable::IsLinear]);
+    return IsAll(isLinear);
 }
 
-/// Pixels of a vector of triangles, one triangle after the other. Whether they are hidden is decided already, but where
-/// holes decide whether depth is written.
-struct Fragments
+/// The columns that small triangles cover in each of their rows.
+struct Spans
 {
-    static constexpr int Enough = 64;
-    static constexpr int Room = Enough + 34 * 34 + 2 * LaneCount;
+    static constexpr int MostRows = SmallBox / SubPixels + 2;
 
-    int count = 0;
-    std::int32_t pixel[Room];    ///< in the tile
-    std::int32_t triangle[Room]; ///< its lane
-    float second[Room], third[Room];
-    float depth[Room]; ///< only where there are holes
+    std::int32_t first[MostRows][LaneCount]; ///< in the tile
+    std::int32_t count[MostRows][LaneCount];
 
-    /// What the last vector holds beyond the last fragment.
-    void Pad()
+    /// `rows`: of the highest triangle.
+    ///
+    /// An edge's whole numbers v + n * perX change their sign at n = v / |perX|. Adding a half keeps the quotient at
+    /// least 2^-14 away from whole numbers, and single precision is closer than that wherever it is within the box.
+    LANES_INLINE void Find(const TriangleLanes& t, int rows)
     {
-        for (int i = count; i < count + LaneCount; ++i)
+        constexpr float Steep = 1.0e6F; // an edge along the row: all of it, or none
+        const Floats zero = Splat(0.0F);
+        const Floats one = Splat(1.0F);
+        const Ints left = Load(t.left);
+        const Ints top = Load(t.top);
+        const Floats width = ToFloats(Load(t.right) - left);
+        Ints value[3], perY[3];
+        Floats inverse[3];
+        Mask isRising[3];
+        for (int i = 0; i < 3; ++i)
         {
-            pixel[i] = triangle[i] = 0;
-            second[i] = third[i] = depth[i] = 0;
+            const Ints perX = Load(t.perX[i]);
+            perY[i] = Load(t.perY[i]);
+            value[i] = Load(t.start[i]) + perX * left + perY[i] * top;
+            isRising[i] = IsLess(Splat(0), perX);
+            inverse[i] = Choose(IsEqual(perX, Splat(0)), Splat(Steep), one / Absolute(ToFloats(perX)));
+        }
+        for (int row = 0; row < rows; ++row)
+        {
+            Floats low = zero;
+            Floats high = width;
+            for (int i = 0; i < 3; ++i)
+            {
+                const Floats steps = RoundedDown((ToFloats(value[i]) + Splat(0.5F)) * inverse[i]);
+                low = Greatest(low, Choose(isRising[i], zero - steps, zero));
+                high = Least(high, Choose(isRising[i], width, steps + one));
+                value[i] = value[i] + perY[i];
+            }
+            low = Least(low, width);
+            Store(left + Truncated(low), first[row]);
+            Store(Truncated(Greatest(high, zero) - low), count[row]);
         }
     }
 };
 
-template<Blending B>
-void CollectSmall(const TileView& tile, const TriangleLanes& t, int lane, Fragments& to)
+/// Pixels of a vector of triangles, one triangle after the other.
+struct Fragments
 {
-    Attribute depthOf;
-    depthOf.Set(t.corner[0][lane].depth, t.corner[1][lane].depth, t.corner[2][lane].depth);
-    const Floats step = Splat(t.step[lane]);
-    const Floats restSecond = Splat(t.restSecond[lane]);
-    const Floats restThird = Splat(t.restThird[lane]);
-    const int left = t.left[lane];
-    const int right = t.right[lane];
-    int drawn = 0;
-    for (int x = left; x < right; x += LaneCount)
+    static constexpr int Enough = 128;
+    static constexpr int Room = Enough + Spans::MostRows * Spans::MostRows + 2 * LaneCount;
+
+    int count = 0;
+    std::int32_t pixel[Room];    ///< in the tile
+    std::int32_t triangle[Room]; ///< its lane
+
+    LANES_INLINE void Add(const TriangleLanes& t, const Spans& spans, int lane)
     {
-        x = std::min(x, TileSize - LaneCount); // no vector may reach beyond the tile
-        const Mask columns = LanesWithin(x, std::max(left, drawn), right);
-        drawn = x + LaneCount;
-        const Ints place = LaneNumbers() + Splat(x);
-        Ints value[3];
-        for (int i = 0; i < 3; ++i)
-            value[i] = place * Splat(t.perX[i][lane]) + Splat(t.start[i][lane] + t.perY[i][lane] * t.top[lane]);
-        for (int y = t.top[lane]; y < t.bottom[lane]; ++y)
+        const int before = count;
+        const int rows = t.bottom[lane] - t.top[lane];
+        for (int row = 0; row < rows; ++row)
         {
-            Mask mask = Except(columns, IsLess(value[0] | value[1] | value[2], Splat(0)));
-            const Floats second = ToFloats(value[1]) * step + restSecond;
-            const Floats third = ToFloats(value[2]) * step + restThird;
-            const Floats depth =
-                Least(Splat(depthOf.base) + second * Splat(depthOf.toSecond) + third * Splat(depthOf.toThird),
-                      Splat(FarthestDepth));
-            float* depths = tile.depths + y * TileSize + x;
-            const Floats depthThere = Load(depths);
-            mask = Both(mask, IsLessOrEqual(depth, depthThere));
-            for (int i = 0; i < 3; ++i)
-                value[i] = value[i] + Splat(t.perY[i][lane]);
-            if (!IsAny(mask))
+            const int covered = spans.count[row][lane];
+            if (covered <= 0)
                 continue;
-            if constexpr (B == Blending::Opaque || B == Blending::Blended)
-                Store(Choose(mask, depth, depthThere), depths);
-            const ChosenLanes chosen = FindChosen(mask);
-            StoreChosen(place + Splat(y * TileSize), chosen, to.pixel + to.count);
-            StoreChosen(BitsOf(second), chosen, reinterpret_cast<std::int32_t*>(to.second + to.count));
-            StoreChosen(BitsOf(third), chosen, reinterpret_cast<std::int32_t*>(to.third + to.count));
-            if constexpr (B == Blending::Stippled)
-                StoreChosen(BitsOf(depth), chosen, reinterpret_cast<std::int32_t*>(to.depth + to.count));
-            Store(Splat(lane), to.triangle + to.count);
-            to.count += static_cast<int>(chosen.count);
+            const int place = (t.top[lane] + row) * TileSize + spans.first[row][lane];
+            for (int done = 0; done < covered; done += LaneCount)
+                Store(LaneNumbers() + Splat(place + done), pixel + count + done);
+            count += covered;
         }
+        for (int i = before; i < count; i += LaneCount)
+            Store(Splat(lane), triangle + i);
+    }
+
+    /// What the last vector holds beyond the last fragment.
+    LANES_INLINE void Pad()
+    {
+        Store(Splat(0), pixel + count);
+        Store(Splat(0), triangle + count);
+    }
+
+    /// How many from `first` on, at most a vector, lie on different pixels.
+    int CountDistinct(int first, int most) const
+    {
+        if (triangle[first] == triangle[first + most - 1])
+            return most;
+        for (int i = first + 1; i < first + most; ++i)
+            for (int j = first; j < i; ++j)
+                if (pixel[i] == pixel[j])
+                    return i - first;
+        return most;
+    }
+};
+
+/// Pixels go out one after the other: where two of a vector lie on each other, the depth that the first wrote counts.
+template<bool WritesDepth>
+LANES_INLINE void StoreFragments(const TileView& tile, const std::int32_t* pixel, int count, Floats depth, Ints color)
+{
+    float depths[LaneCount];
+    std::uint32_t colors[LaneCount];
+    Store(depth, depths);
+    Store(color, colors);
+    for (int i = 0; i < count; ++i)
+    {
+        const auto at = static_cast<std::uint32_t>(pixel[i]);
+        if (!(depths[i] <= tile.depths[at]))
+            continue;
+        if constexpr (WritesDepth)
+            tile.depths[at] = depths[i];
+        tile.colors[at] = colors[i];
     }
 }
 
-/// How many fragments from `first` on, at most a vector, lie on different pixels.
-inline int DistinctPixels(const Fragments& fragments, int first, int most)
-{
-    if (fragments.triangle[first] == fragments.triangle[first + most - 1])
-        return most;
-    for (int i = first + 1; i < first + most; ++i)
-        for (int j = first; j < i; ++j)
-            if (fragments.pixel[i] == fragments.pixel[j])
-                return i - first;
-    return most;
-}
+inline constexpr float NeverDrawn = 2.0F; ///< a depth beyond all
 
-/// Shades what was collected, and forgets it.
-template<Blending B, bool Fog>
-void ShadeFragments(const TileView& tile, const DrawState& state, const FragmentTable& table, Fragments& fragments)
+/// Tests, shades and stores what was listed, and empties the list.
+template<bool IsTextured, Blending B, bool Fog, Interpolation P>
+void DrawFragments(const TileView& tile, const DrawState& state, const FragmentTable& table, Fragments& fragments)
 {
     constexpr bool IsBlended = B == Blending::Blended || B == Blending::Veiled;
+    // Where shading costs more than a look at the depth that is there.
+    constexpr bool LooksFirst = IsTextured || IsBlended || Fog;
     fragments.Pad();
     for (int first = 0, count = 0; first < fragments.count; first += count)
     {
         count = std::min(LaneCount, fragments.count - first);
         if constexpr (IsBlended)
-            count = DistinctPixels(fragments, first, count);
-        const std::int32_t* pixel = fragments.pixel + first;
-        Ints below = Splat(0);
+            count = fragments.CountDistinct(first, count);
+        const Ints pixel = Load(fragments.pixel + first);
+        const FragmentValues values{table, Load(fragments.triangle + first)};
+        const Floats x = ToFloats(pixel & Splat(TileSize - 1));
+        const Floats y = ToFloats(ShiftedRight<TileShift>(pixel));
+        const Floats second = values.Weight(0, x, y);
+        const Floats third = values.Weight(1, x, y);
+        Floats depth = Least(At<Interpolation::Linear>(values.Attribute(FragmentTable::Depth), {second, third, second}),
+                             Splat(FarthestDepth));
+        Mask mask = AllLanes();
+        if constexpr (LooksFirst)
+        {
+            mask = IsLessOrEqual(depth, Gather(tile.depths, pixel));
+            if (!IsAny(mask))
+                continue;
+        }
+        Ints below = pixel;
         if constexpr (IsBlended)
-            below = Gather(tile.colors, Load(pixel));
-        const Floats second = Load(fragments.second + first);
-        const Floats third = Load(fragments.third + first);
-        Floats rank = second;
+            below = Gather(tile.colors, pixel);
+        Floats rank = depth;
         if constexpr (B == Blending::Stippled)
         {
             const Ints three = Splat(3);
-            const Ints row = ShiftedRight<TileShift>(Load(pixel)) & three;
-            rank = Gather(StippleRows[0], row * Splat(12) + (Load(pixel) & three));
+            const Ints row = ShiftedRight<TileShift>(pixel) & three;
+            rank = Gather(StippleRows[0], row * Splat(12) + (pixel & three));
         }
         Ints shaded = below;
-        const Mask mask = ShadePixels<true, B, Fog, Interpolation::Perspective>(
-            state, FragmentValues{table, Load(fragments.triangle + first)}, second, third, LanesWithin(0, 0, count),
-            below, rank, shaded);
-        std::uint32_t colors[LaneCount];
-        Store(shaded, colors);
-        const std::uint32_t drawn = B == Blending::Stippled ? LaneBits(mask) : 0;
-        for (int i = 0; i < count; ++i)
-        {
-            if constexpr (B == Blending::Stippled)
-            {
-                if ((drawn >> i & 1) == 0 || !(fragments.depth[first + i] <= tile.depths[pixel[i]]))
-                    continue;
-                tile.depths[pixel[i]] = fragments.depth[first + i];
-            }
-            tile.colors[pixel[i]] = colors[i];
-        }
+        mask = ShadePixels<IsTextured, B, Fog, P>(state, values, second, third, mask, below, rank, shaded);
+        if constexpr (B == Blending::Stippled)
+            depth = Choose(mask, depth, Splat(NeverDrawn));
+        StoreFragments<B != Blending::Veiled>(tile, fragments.pixel + first, count, depth, shaded);
     }
     fragments.count = 0;
 }

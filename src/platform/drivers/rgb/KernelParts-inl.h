@@ -6,7 +6,6 @@
 #include "platform/drivers/rgb/Culling-inl.h"
 #include "platform/drivers/rgb/Shading-inl.h"
 #include "platform/drivers/rgb/Triangles-inl.h"
-#include "platform/drivers/rgb/Tiny-inl.h"
 #include "platform/drivers/rgb/Fragments-inl.h"
 #include "platform/drivers/rgb/TriangleRuns-inl.h"
 #include "platform/drivers/rgb/Lines-inl.h"

@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
-#include <type_traits>
 
 // Levels that would hardly differ from another, or whose vectors cannot be members of a structure. Sanitizers take long
 // to compile each level, and what they find in one they find in all: they get AVX2 alone.

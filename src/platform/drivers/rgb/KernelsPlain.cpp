@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
-#include <type_traits>
 
 #define LANES_INLINE inline
 #define LANES_NOINLINE __attribute__((noinline))

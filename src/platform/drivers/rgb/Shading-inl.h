@@ -8,6 +8,7 @@ enum class Interpolation
     Constant,    ///< nothing varies but depth
     Linear,      ///< linear on the screen
     Perspective, ///< linear in space
+    Mixed,       ///< some lanes linear, the others perspective
 };
 
 /// A value at corner 0, and how much more corners 1 and 2 have. A number is one for a whole primitive, or one for each
@@ -103,10 +104,16 @@ LANES_INLINE Floats At(const AttributeOf<Number>& a, const Weights& weights)
 template<Interpolation P, typename Values>
 LANES_INLINE Weights InSpace(const Values& a, Floats second, Floats third)
 {
-    if constexpr (P != Interpolation::Perspective)
+    if constexpr (P == Interpolation::Constant || P == Interpolation::Linear)
         return {second, third, second};
     const Floats w = Splat(1.0F) / At<Interpolation::Linear>(a.inverseW, {second, third, second});
-    return {second * Splat(a.secondW) * w, third * Splat(a.thirdW) * w, w};
+    const Weights weights{second * Splat(a.secondW) * w, third * Splat(a.thirdW) * w, w};
+    if constexpr (P == Interpolation::Mixed)
+    {
+        const Mask isLinear = a.IsLinear();
+        return {Choose(isLinear, second, weights.second), Choose(isLinear, third, weights.third), w};
+    }
+    return weights;
 }
 
 struct Texel

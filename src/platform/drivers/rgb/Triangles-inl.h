@@ -7,12 +7,13 @@
 //
 // Everything about small triangles is set up for a vector of them at once.
 //
-// Triangles in a box of up to 32 pixels are drawn as masked rows (textured ones by Fragments-inl.h), with weights from
-// the exact edge functions: however thin the triangle is, they are right. Larger ones are drawn by blocks of 8 by 8
-// pixels, with weights linear in x and y: blocks outside are left out, those inside need no edge tests, and those
-// behind everything drawn are hidden.
+// Triangles in a box of up to 32 pixels are drawn by Fragments-inl.h, with weights from the exact edge functions:
+// however thin the triangle is, they are right. Larger ones are drawn by blocks of 8 by 8 pixels, with weights linear
+// in x and y: blocks outside are left out, those inside need no edge tests, and those behind everything drawn are
+// hidden.
 
 inline constexpr std::int32_t SmallBox = 32 * SubPixels;
+inline constexpr float FullRange = 255.0F; ///< of a color channel
 
 /// An edge, opposite to the corner of its number; values are per tile.
 struct Edge
@@ -112,41 +113,6 @@ LANES_INLINE Mask LanesWithin(int x, int left, int right)
 {
     const Ints place = LaneNumbers() + Splat(x);
     return Except(IsLess(place, Splat(right)), IsLess(place, Splat(left)));
-}
-
-template<Blending B, bool Fog, Interpolation P>
-void DrawSmall(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane, const Attributes& a)
-{
-    const Floats step = Splat(t.step[lane]);
-    const Floats restSecond = Splat(t.restSecond[lane]);
-    const Floats restThird = Splat(t.restThird[lane]);
-    const int left = t.left[lane];
-    const int right = t.right[lane];
-    int drawn = 0;
-    for (int x = left; x < right; x += LaneCount)
-    {
-        x = std::min(x, TileSize - LaneCount); // no vector may reach beyond the tile
-        const Mask columns = LanesWithin(x, std::max(left, drawn), right);
-        drawn = x + LaneCount;
-        const Ints place = LaneNumbers() + Splat(x);
-        Ints value[3];
-        for (int i = 0; i < 3; ++i)
-            value[i] = place * Splat(t.perX[i][lane]) + Splat(t.start[i][lane] + t.perY[i][lane] * t.top[lane]);
-        for (int y = t.top[lane]; y < t.bottom[lane]; ++y)
-        {
-            const Mask mask = Except(columns, IsLess(value[0] | value[1] | value[2], Splat(0)));
-            if (IsAny(mask))
-            {
-                const Floats second = ToFloats(value[1]) * step + restSecond;
-                const Floats third = ToFloats(value[2]) * step + restThird;
-                const Floats depth =
-                    Least(At<Interpolation::Linear>(a.depth, {second, third, second}), Splat(FarthestDepth));
-                DrawPixels<false, B, Fog, P>(tile, state, a, x, y, mask, depth, second, third);
-            }
-            for (int i = 0; i < 3; ++i)
-                value[i] = value[i] + Splat(t.perY[i][lane]);
-        }
-    }
 }
 
 /// A value that is linear on the screen, from the tile's first pixel.
@@ -310,15 +276,6 @@ void SetUpAndDrawLarge(const TileView& tile, const DrawState& state, const Trian
     DrawLarge<IsTextured, B, Fog, P>(tile, state, {t.left[lane], t.top[lane], t.right[lane], t.bottom[lane]}, a, large);
 }
 
-template<bool IsTextured, Blending B, bool Fog, Interpolation P>
-LANES_INLINE void DrawOne(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane, Attributes& a)
-{
-    if (t.isSmall[lane] == 0)
-        return SetUpAndDrawLarge<IsTextured, B, Fog, P>(tile, state, t, lane, a);
-    if constexpr (!IsTextured)
-        DrawSmall<B, Fog, P>(tile, state, t, lane, a);
-}
-
 struct CornerLanes
 {
     Ints x, y;
@@ -381,35 +338,14 @@ void SetUpLanes(TriangleLanes& t, const TileView& tile, const PixelRect& limits)
     }
 }
 
-/// Chooses the cheapest interpolation that is right.
-template<bool IsTextured, Blending B, bool Fog>
-LANES_INLINE void ShadeOne(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane,
-                           Attributes& a)
-{
-    if constexpr (IsTextured)
-        return DrawOne<IsTextured, B, Fog, Interpolation::Perspective>(tile, state, t, lane, a);
-    constexpr float FullRange = 255.0F;
-    const float w0 = t.corner[0][lane].inverseW;
-    const float w1 = t.corner[1][lane].inverseW;
-    const float w2 = t.corner[2][lane].inverseW;
-    if (state.isFlat && !Fog)
-        DrawOne<IsTextured, B, Fog, Interpolation::Constant>(tile, state, t, lane, a);
-    else if (IsNearlyFlat(w0, w1, w2, FullRange))
-        DrawOne<IsTextured, B, Fog, Interpolation::Linear>(tile, state, t, lane, a);
-    else if (const float range = Fog ? FullRange : a.color.Range(); range == 0)
-        DrawOne<IsTextured, B, Fog, Interpolation::Constant>(tile, state, t, lane, a);
-    else if (IsNearlyFlat(w0, w1, w2, range))
-        DrawOne<IsTextured, B, Fog, Interpolation::Linear>(tile, state, t, lane, a);
-    else
-        DrawOne<IsTextured, B, Fog, Interpolation::Perspective>(tile, state, t, lane, a);
-}
-
 /// A vector of records, from the first on. Lanes beyond the last repeat it.
 struct RecordLanes
 {
     const Record* record[LaneCount];
     const VertexBlocks* blocks[LaneCount];
     int count; ///< of lanes in use
+
+    std::uint32_t Vertex(int lane, int corner) const { return record[lane]->vertex[corner] & ~Record::Local; }
 };
 
 LANES_INLINE RecordLanes LoadRecords(const Batch& batch, const Bins& bins, const std::uint16_t* references,
@@ -433,13 +369,35 @@ LANES_INLINE RecordLanes LoadRecords(const Batch& batch, const Bins& bins, const
     return r;
 }
 
-/// One triangle of a vector by itself.
+/// Chooses the cheapest interpolation that is right.
 template<bool IsTextured, Blending B, bool Fog>
-LANES_INLINE void DrawAlone(const TileView& tile, const Batch& batch, const Bins& bins, const DrawState& state,
-                            const Record& record, const TriangleLanes& t, int lane)
+LANES_INLINE void ShadeLarge(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane,
+                             Attributes& a)
+{
+    if constexpr (IsTextured)
+        return SetUpAndDrawLarge<IsTextured, B, Fog, Interpolation::Perspective>(tile, state, t, lane, a);
+    const float w0 = t.corner[0][lane].inverseW;
+    const float w1 = t.corner[1][lane].inverseW;
+    const float w2 = t.corner[2][lane].inverseW;
+    if (state.isFlat && !Fog)
+        SetUpAndDrawLarge<IsTextured, B, Fog, Interpolation::Constant>(tile, state, t, lane, a);
+    else if (IsNearlyFlat(w0, w1, w2, FullRange))
+        SetUpAndDrawLarge<IsTextured, B, Fog, Interpolation::Linear>(tile, state, t, lane, a);
+    else if (const float range = Fog ? FullRange : a.color.Range(); range == 0)
+        SetUpAndDrawLarge<IsTextured, B, Fog, Interpolation::Constant>(tile, state, t, lane, a);
+    else if (IsNearlyFlat(w0, w1, w2, range))
+        SetUpAndDrawLarge<IsTextured, B, Fog, Interpolation::Linear>(tile, state, t, lane, a);
+    else
+        SetUpAndDrawLarge<IsTextured, B, Fog, Interpolation::Perspective>(tile, state, t, lane, a);
+}
+
+/// A large triangle of a vector.
+template<bool IsTextured, Blending B, bool Fog>
+LANES_INLINE void DrawLargeOne(const TileView& tile, const Batch& batch, const Bins& bins, const DrawState& state,
+                               const Record& record, const TriangleLanes& t, int lane)
 {
     Attributes a;
     SetAttributes<IsTextured, B, Fog>(a, batch, bins, state, record, t.corner[0][lane], t.corner[1][lane],
                                       t.corner[2][lane]);
-    ShadeOne<IsTextured, B, Fog>(tile, state, t, lane, a);
+    ShadeLarge<IsTextured, B, Fog>(tile, state, t, lane, a);
 }
