@@ -261,19 +261,27 @@ struct Fragments
         Store(Splat(0), pixel + count);
         Store(Splat(0), triangle + count);
     }
-
-    /// How many from `first` on, at most a vector, lie on different pixels.
-    int CountDistinct(int first, int most) const
-    {
-        if (triangle[first] == triangle[first + most - 1])
-            return most;
-        for (int i = first + 1; i < first + most; ++i)
-            for (int j = first; j < i; ++j)
-                if (pixel[i] == pixel[j])
-                    return i - first;
-        return most;
-    }
 };
+
+/// How many of up to a vector of fragments, from the first on, lie on different pixels. One primitive's always do.
+inline int CountDistinct(const std::int32_t* pixel, const std::int32_t* primitive, int most)
+{
+    if (primitive[0] == primitive[most - 1])
+        return most;
+    for (int i = 1; i < most; ++i)
+        for (int j = 0; j < i; ++j)
+            if (pixel[i] == pixel[j])
+                return i;
+    return most;
+}
+
+/// The places of pixels in the stipple.
+LANES_INLINE Floats StippleRankOf(Ints pixel)
+{
+    const Ints three = Splat(3);
+    const Ints row = ShiftedRight<TileShift>(pixel) & three;
+    return Gather(StippleRows[0], row * Splat(12) + (pixel & three));
+}
 
 /// Pixels go out one after the other: where two of a vector lie on each other, the depth that the first wrote counts.
 template<bool WritesDepth>
@@ -308,7 +316,7 @@ void DrawFragments(const TileView& tile, const DrawState& state, const FragmentT
     {
         count = std::min(LaneCount, fragments.count - first);
         if constexpr (IsBlended)
-            count = fragments.CountDistinct(first, count);
+            count = CountDistinct(fragments.pixel + first, fragments.triangle + first, count);
         const Ints pixel = Load(fragments.pixel + first);
         const FragmentValues values{table, Load(fragments.triangle + first)};
         const Floats x = ToFloats(pixel & Splat(TileSize - 1));
@@ -329,11 +337,7 @@ void DrawFragments(const TileView& tile, const DrawState& state, const FragmentT
             below = Gather(tile.colors, pixel);
         Floats rank = depth;
         if constexpr (B == Blending::Stippled)
-        {
-            const Ints three = Splat(3);
-            const Ints row = ShiftedRight<TileShift>(pixel) & three;
-            rank = Gather(StippleRows[0], row * Splat(12) + (pixel & three));
-        }
+            rank = StippleRankOf(pixel);
         Ints shaded = below;
         mask = ShadePixels<IsTextured, B, Fog, P>(state, values, second, third, mask, below, rank, shaded);
         if constexpr (B == Blending::Stippled)

@@ -304,6 +304,8 @@ private:
         const std::uint32_t number = Append(record);
         bins_.coveredPixels += static_cast<std::uint64_t>(16 + 4 * (pixels.Width() + pixels.Height()));
         const TileRange tiles{pixels};
+        if (tiles.IsOne())
+            return bins_.pairs.Append(TileNumber(tiles.left, tiles.top) << 16 | number);
         const std::int64_t dx = std::int64_t{to.x} - from.x;
         const std::int64_t dy = std::int64_t{to.y} - from.y;
         const std::int64_t reach = (std::abs(dx) + std::abs(dy)) * (TileSize / 2 + 1) * SubPixels;
@@ -312,7 +314,7 @@ private:
             {
                 const std::int64_t centreX = (std::int64_t{x} * TileSize + TileSize / 2) * SubPixels;
                 const std::int64_t centreY = (std::int64_t{y} * TileSize + TileSize / 2) * SubPixels;
-                if (tiles.IsOne() || std::abs(Cross(from, to, centreX, centreY)) <= reach)
+                if (std::abs(Cross(from, to, centreX, centreY)) <= reach)
                     bins_.pairs.Append(TileNumber(x, y) << 16 | number);
             }
     }
