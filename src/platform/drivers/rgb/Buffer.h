@@ -41,6 +41,9 @@ public:
         data_.get()[size_++] = value;
     }
 
+    /// Where Reserve made room.
+    void AppendReserved(const T& value) { data_.get()[size_++] = value; }
+
     void Append(std::span<const T> values)
     {
         Reserve(size_ + values.size());

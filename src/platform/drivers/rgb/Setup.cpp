@@ -85,6 +85,8 @@ public:
     }
 
 private:
+    static constexpr auto Unfinished = static_cast<std::uint32_t>(TriangleSurvivors::Unfinished);
+
     const DrawState& State() const { return batch_.states[state_]; }
     const Part& CurrentPart() const { return batch_.parts[State().part]; }
     const DrawMesh& Mesh() const { return *CurrentPart().item->mesh; }
@@ -113,18 +115,31 @@ private:
 
     void AddSurvivors(std::uint32_t count, std::uint32_t firstTriangle)
     {
-        bins_.records.Reserve(bins_.records.Size() + count);
+        constexpr std::size_t MostOfOne = 7; // that clipping makes of a triangle
+        bins_.records.Reserve(bins_.records.Size() + MostOfOne * count);
+        const bool isPlain = !State().sortsTranslucent && !State().isFlat;
+        const auto tilesPerRow = static_cast<std::uint32_t>(batch_.tilesPerRow);
         for (std::uint32_t i = 0; i < count; ++i)
         {
+            const auto tiles = static_cast<std::uint32_t>(survivors_.tiles[i]);
+            const bool isOneTile = (tiles & 0xFFFF) == tiles >> 16 && tiles != Unfinished;
+            if (isPlain && isOneTile) // nearly all of a scan
+            {
+                const auto number = static_cast<std::uint32_t>(bins_.records.Size());
+                const std::array<std::uint32_t, 3> corners = survivors_.Corners(i);
+                bins_.records.AppendReserved({{corners[0], corners[1], corners[2]}, 0, state_});
+                bins_.pairs.Append((((tiles >> 8) & 0xFF) * tilesPerRow + (tiles & 0xFF)) << 16 | number);
+                continue;
+            }
             const std::uint32_t triangle = firstTriangle + static_cast<std::uint32_t>(survivors_.triangle[i]);
             if (!State().sortsTranslucent || !IsTranslucent(batch_, State(), triangle))
-                AddSurvivor(survivors_.Corners(i).data(), triangle, static_cast<std::uint32_t>(survivors_.tiles[i]));
+                AddSurvivor(survivors_.Corners(i).data(), triangle, tiles);
         }
     }
 
     void AddSurvivor(const std::uint32_t* vertex, std::uint32_t triangle, std::uint32_t tiles)
     {
-        if (tiles == static_cast<std::uint32_t>(TriangleSurvivors::Unfinished))
+        if (tiles == Unfinished)
             return AddTriangle(vertex[0], vertex[1], vertex[2], triangle);
         AddSmall({{vertex[0], vertex[1], vertex[2]}, FaceOf(triangle), state_}, tiles);
     }
