@@ -7,6 +7,7 @@
 #include <array>
 #include <bit>
 #include <cstdlib>
+#include <tuple>
 
 namespace lumora::rgb
 {
@@ -115,7 +116,8 @@ private:
 
     void AddSurvivors(std::uint32_t count, std::uint32_t firstTriangle)
     {
-        constexpr std::size_t MostOfOne = 7; // that clipping makes of a triangle
+        constexpr std::size_t MostOfOne =
+            std::tuple_size_v<decltype(ClipPolygon::corners)> - 2; // that clipping makes of a triangle
         bins_.records.Reserve(bins_.records.Size() + MostOfOne * count);
         const bool isPlain = !State().sortsTranslucent && !State().isFlat;
         const auto tilesPerRow = static_cast<std::uint32_t>(batch_.tilesPerRow);
