@@ -1,4 +1,4 @@
-// A tile's stretches of triangles, a vector at a time: small ones as fragments, large ones one by one. Included inside
+// A tile's stretches of triangles, a vector at a time: small ones as fragments, others one by one. Included inside
 // a namespace, once.
 
 template<bool IsTextured, Blending B, bool Fog>
@@ -13,32 +13,46 @@ public:
     LANES_INLINE void Draw(const RecordLanes& records, const TriangleLanes& t)
     {
         int rows = 0;
+        std::uint32_t listed = 0; // a bit for each triangle
         for (int lane = 0; lane < records.count; ++lane)
-            if (t.isSmall[lane] != 0)
+            if (IsListed(t, lane))
+            {
                 rows = std::max(rows, t.bottom[lane] - t.top[lane]);
-        if (rows > 0)
+                listed |= 1U << lane;
+            }
+        if (listed != 0)
         {
             spans_.Find(t, rows);
             isLinear_ = FillTable<IsTextured, Fog>(table_, batch_, state_, records, t);
         }
         for (int lane = 0; lane < records.count; ++lane)
         {
-            if (t.IsEmpty(lane))
-                continue;
-            if (t.isSmall[lane] != 0)
+            if ((listed >> lane & 1) != 0)
             {
                 fragments_.Add(t, spans_, lane);
                 if (fragments_.count >= Fragments::Enough)
                     DrawListed();
-                continue;
             }
-            DrawListed();
-            DrawLargeOne<IsTextured, B, Fog>(tile_, batch_, bins_, state_, *records.record[lane], t, lane);
+            else if (!t.IsEmpty(lane))
+            {
+                DrawListed();
+                DrawAlone<IsTextured, B, Fog>(tile_, batch_, bins_, state_, *records.record[lane], t, lane);
+            }
         }
         DrawListed();
     }
 
 private:
+    /// From this many pixels in the box on, a whole row at once is cheaper where shading is cheap.
+    static constexpr int FewPixels = 40;
+
+    LANES_INLINE static bool IsListed(const TriangleLanes& t, int lane)
+    {
+        if (t.isSmall[lane] == 0 || t.IsEmpty(lane))
+            return false;
+        return IsTextured || (t.right[lane] - t.left[lane]) * (t.bottom[lane] - t.top[lane]) < FewPixels;
+    }
+
     LANES_INLINE void DrawListed()
     {
         if (fragments_.count == 0)

@@ -115,6 +115,42 @@ LANES_INLINE Mask LanesWithin(int x, int left, int right)
     return Except(IsLess(place, Splat(right)), IsLess(place, Splat(left)));
 }
 
+/// A small triangle in masked rows.
+template<Blending B, bool Fog, Interpolation P>
+void DrawRows(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane, const Attributes& a)
+{
+    const Floats step = Splat(t.step[lane]);
+    const Floats restSecond = Splat(t.restSecond[lane]);
+    const Floats restThird = Splat(t.restThird[lane]);
+    const int left = t.left[lane];
+    const int right = t.right[lane];
+    int drawn = 0;
+    for (int x = left; x < right; x += LaneCount)
+    {
+        x = std::min(x, TileSize - LaneCount); // no vector may reach beyond the tile
+        const Mask columns = LanesWithin(x, std::max(left, drawn), right);
+        drawn = x + LaneCount;
+        const Ints place = LaneNumbers() + Splat(x);
+        Ints value[3];
+        for (int i = 0; i < 3; ++i)
+            value[i] = place * Splat(t.perX[i][lane]) + Splat(t.start[i][lane] + t.perY[i][lane] * t.top[lane]);
+        for (int y = t.top[lane]; y < t.bottom[lane]; ++y)
+        {
+            const Mask mask = Except(columns, IsLess(value[0] | value[1] | value[2], Splat(0)));
+            if (IsAny(mask))
+            {
+                const Floats second = ToFloats(value[1]) * step + restSecond;
+                const Floats third = ToFloats(value[2]) * step + restThird;
+                const Floats depth =
+                    Least(At<Interpolation::Linear>(a.depth, {second, third, second}), Splat(FarthestDepth));
+                DrawPixels<false, B, Fog, P>(tile, state, a, x, y, mask, depth, second, third);
+            }
+            for (int i = 0; i < 3; ++i)
+                value[i] = value[i] + Splat(t.perY[i][lane]);
+        }
+    }
+}
+
 /// A value that is linear on the screen, from the tile's first pixel.
 struct Plane
 {
@@ -369,35 +405,44 @@ LANES_INLINE RecordLanes LoadRecords(const Batch& batch, const Bins& bins, const
     return r;
 }
 
+template<bool IsTextured, Blending B, bool Fog, Interpolation P>
+LANES_INLINE void DrawOne(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane, Attributes& a)
+{
+    if constexpr (!IsTextured)
+        if (t.isSmall[lane] != 0)
+            return DrawRows<B, Fog, P>(tile, state, t, lane, a);
+    SetUpAndDrawLarge<IsTextured, B, Fog, P>(tile, state, t, lane, a);
+}
+
 /// Chooses the cheapest interpolation that is right.
 template<bool IsTextured, Blending B, bool Fog>
-LANES_INLINE void ShadeLarge(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane,
-                             Attributes& a)
+LANES_INLINE void ShadeOne(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane,
+                           Attributes& a)
 {
     if constexpr (IsTextured)
-        return SetUpAndDrawLarge<IsTextured, B, Fog, Interpolation::Perspective>(tile, state, t, lane, a);
+        return DrawOne<IsTextured, B, Fog, Interpolation::Perspective>(tile, state, t, lane, a);
     const float w0 = t.corner[0][lane].inverseW;
     const float w1 = t.corner[1][lane].inverseW;
     const float w2 = t.corner[2][lane].inverseW;
     if (state.isFlat && !Fog)
-        SetUpAndDrawLarge<IsTextured, B, Fog, Interpolation::Constant>(tile, state, t, lane, a);
+        DrawOne<IsTextured, B, Fog, Interpolation::Constant>(tile, state, t, lane, a);
     else if (IsNearlyFlat(w0, w1, w2, FullRange))
-        SetUpAndDrawLarge<IsTextured, B, Fog, Interpolation::Linear>(tile, state, t, lane, a);
+        DrawOne<IsTextured, B, Fog, Interpolation::Linear>(tile, state, t, lane, a);
     else if (const float range = Fog ? FullRange : a.color.Range(); range == 0)
-        SetUpAndDrawLarge<IsTextured, B, Fog, Interpolation::Constant>(tile, state, t, lane, a);
+        DrawOne<IsTextured, B, Fog, Interpolation::Constant>(tile, state, t, lane, a);
     else if (IsNearlyFlat(w0, w1, w2, range))
-        SetUpAndDrawLarge<IsTextured, B, Fog, Interpolation::Linear>(tile, state, t, lane, a);
+        DrawOne<IsTextured, B, Fog, Interpolation::Linear>(tile, state, t, lane, a);
     else
-        SetUpAndDrawLarge<IsTextured, B, Fog, Interpolation::Perspective>(tile, state, t, lane, a);
+        DrawOne<IsTextured, B, Fog, Interpolation::Perspective>(tile, state, t, lane, a);
 }
 
-/// A large triangle of a vector.
+/// A triangle of a vector that is not listed.
 template<bool IsTextured, Blending B, bool Fog>
-LANES_INLINE void DrawLargeOne(const TileView& tile, const Batch& batch, const Bins& bins, const DrawState& state,
-                               const Record& record, const TriangleLanes& t, int lane)
+LANES_INLINE void DrawAlone(const TileView& tile, const Batch& batch, const Bins& bins, const DrawState& state,
+                            const Record& record, const TriangleLanes& t, int lane)
 {
     Attributes a;
     SetAttributes<IsTextured, B, Fog>(a, batch, bins, state, record, t.corner[0][lane], t.corner[1][lane],
                                       t.corner[2][lane]);
-    ShadeLarge<IsTextured, B, Fog>(tile, state, t, lane, a);
+    ShadeOne<IsTextured, B, Fog>(tile, state, t, lane, a);
 }
