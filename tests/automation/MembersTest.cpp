@@ -173,17 +173,6 @@ TEST(Members, a_refused_call_writes_nothing_back)
     EXPECT_THAT(place, testing::ElementsAre(Variant{7}, Variant{8}, Variant{std::string{"north"}}));
 }
 
-TEST(Members, a_halted_control_answers_with_its_own_error)
-{
-    const Session session;
-    session.host->Call("Terminate");
-    const auto failure = ErrorOf([&] { session.viewport->CallWith("AddCameraZoom", {0.1F}); });
-    ASSERT_TRUE(failure);
-    EXPECT_EQ(failure->Number(), error::Halted);
-    EXPECT_EQ(failure->Source(), "vptVantixViewport");
-    EXPECT_EQ(session.viewport->Get("ViewportState"), Variant{0});
-}
-
 TEST(Identity, an_object_has_one_face)
 {
     const Session session;

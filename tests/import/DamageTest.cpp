@@ -114,22 +114,6 @@ TEST_F(Damage, a_damaged_file_is_refused)
     }
 }
 
-TEST_F(Damage, random_bytes_under_every_extension_are_refused)
-{
-    std::minstd_rand random(4711);
-    for (const char* const extension : extensions)
-        for (const std::size_t size : {1U, 100U, 20000U})
-        {
-            std::string bytes(size, '\0');
-            for (char& byte : bytes)
-                byte = static_cast<char>(random() >> 8);
-            const std::string path = Write(std::string("random.") + extension, bytes);
-            const Failure failure = FailureOf(path);
-            EXPECT_EQ(failure.number, importerror::InvalidFormat) << extension << ' ' << size << failure.description;
-            ExpectSentence(failure, path);
-        }
-}
-
 TEST_F(Damage, files_with_changed_bytes_are_read_or_refused)
 {
     const struct

@@ -158,22 +158,6 @@ TEST(Writers, a_device_identifier_is_any_text_and_leaves_the_device_number_alone
     EXPECT_EQ(control->Direct3DDeviceGUID(), "IID_IDirect3DRampDevice");
 }
 
-TEST(Writers, several_changes_of_the_device_make_one_new_device_at_the_next_picture)
-{
-    LiveControl control;
-    const auto before = CallsOf(
-        [&]
-        {
-            control->SetDirect3DDevice(tdlDirect3DRefDevice);
-            control->SetAntiAlias(tdl2X);
-            control->SetBackgroundTexture("");
-            control->SetDirect3DDevice(tdlDirect3DRGBDevice);
-        });
-    EXPECT_THAT(before, Not(Contains("RetainedMode.CreateDeviceFromClipper")));
-    EXPECT_EQ(CountOf(CallsOf([&] { control->RenderScene(); }), "RetainedMode.CreateDeviceFromClipper"), 1);
-    EXPECT_EQ(CountOf(CallsOf([&] { control->RenderScene(); }), "RetainedMode.CreateDeviceFromClipper"), 0);
-}
-
 TEST(Writers, a_new_scene_takes_the_camera_from_the_old_one_first)
 {
     LiveControl control;
@@ -190,18 +174,6 @@ TEST(Writers, a_new_scene_takes_the_camera_from_the_old_one_first)
     EXPECT_FALSE(control->Camera()->Parent());
     EXPECT_EQ(control.Host().PropertyChanges().back(), "Scene");
     EXPECT_EQ(second.use_count(), 1);
-}
-
-TEST(Writers, an_overlay_is_kept_in_every_state_and_let_go_when_replaced)
-{
-    headless::MemoryPropertyBag empty;
-    const auto hosted = headless::HostedViewport::AtDesignTime(MakeHost(), empty);
-    const auto overlay = Frame::Make();
-    hosted->Control().SetSceneOverlay(overlay);
-    EXPECT_EQ(hosted->Control().SceneOverlay(), overlay);
-    EXPECT_EQ(hosted->Host().PropertyChanges().back(), "SceneOverlay");
-    hosted->Control().SetSceneOverlay(nullptr);
-    EXPECT_EQ(overlay.use_count(), 1);
 }
 
 TEST(Writers, enabling_draws_a_picture_before_the_container_is_told_and_disabling_draws_none)
@@ -245,20 +217,6 @@ TEST(Writers, exposing_takes_effect_through_a_new_device_while_live_and_at_once_
     const auto designed = headless::HostedViewport::AtDesignTime(MakeHost(), empty);
     designed->Control().SetExposeDDSurface(true);
     EXPECT_TRUE(designed->Control().ExposeDDSurface());
-}
-
-TEST(Writers, accumulating_clears_the_viewport_once_when_there_is_one)
-{
-    LiveControl control;
-    EXPECT_EQ(CountOf(CallsOf([&] { control->SetAccumulate(true); }), "RMViewport.Clear"), 1);
-    EXPECT_EQ(CountOf(CallsOf([&] { control->SetAccumulate(false); }), "RMViewport.Clear"), 0);
-    // The live test is not asked: an existing viewport is cleared in a form designer too.
-    control.Host().SetUserMode(false);
-    EXPECT_EQ(CountOf(CallsOf([&] { control->SetAccumulate(true); }), "RMViewport.Clear"), 1);
-
-    Viewport fresh{MakeHost()};
-    fresh.SetAccumulate(true);
-    EXPECT_TRUE(fresh.Accumulate());
 }
 
 TEST(Writers, the_field_rebuilds_the_navigation_controls_in_orthographic_projection_alone)
@@ -305,17 +263,6 @@ TEST(Writers, a_pointer_that_does_not_fit_is_remembered_or_flagged_but_not_shown
     EXPECT_EQ(control->hwnd(), -32768);
     control.Host().ControlArea().SetHandle(-32769);
     EXPECT_EQ(ErrorOf([&] { control->hwnd(); }).Number(), error::Overflow);
-}
-
-TEST(Writers, background_pictures_are_loaded_while_live_alone)
-{
-    LiveControl control;
-    EXPECT_EQ(CountOf(CallsOf([&] { control->SetBackgroundTexture("/nowhere.png"); }), "Picture.Load"), 1);
-    EXPECT_EQ(CountOf(CallsOf([&] { control->SetBackgroundTexture(""); }), "Picture.Load"), 0);
-    control.Host().SetUserMode(false);
-    EXPECT_EQ(CountOf(CallsOf([&] { control->SetBackgroundTexture("/nowhere.png"); }), "Picture.Load"), 0);
-    EXPECT_EQ(control->BackgroundTexture(), "/nowhere.png");
-    EXPECT_EQ(control.Host().PropertyChanges().back(), "BackgroundTexture");
 }
 
 TEST(Writers, errors_of_trapped_writers_come_from_the_control_and_others_from_who_raised_them)

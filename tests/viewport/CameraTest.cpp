@@ -129,18 +129,6 @@ TEST(Camera, turns_go_about_the_points_and_axes_that_the_method_names)
     }
 }
 
-TEST(Camera, a_glide_pitch_about_a_point_keeps_looking_at_it)
-{
-    LiveControl control;
-    control->SetCameraPosition(3, 1, -10);
-    control->SetCameraOrientation(-3, -1, 10, 0, 1, 0);
-    control->AddCameraRotation(0.4F, -0.7F, 0, 0, 0, 0, tdlGlide);
-    const Vector position = control->GetCameraPosition();
-    const Vector direction = control->GetCameraOrientation().direction;
-    const float distance = std::sqrt(110.0F);
-    ExpectNear(position + direction * distance, {0, 0, 0}, "the line of sight", 1e-4F);
-}
-
 TEST(Camera, zooming_stops_at_the_floor_of_its_projection)
 {
     struct Row
@@ -225,26 +213,6 @@ TEST(Camera, limits_hold_after_every_change)
     control->SetCameraMaxDistance(0);
     control->SetCameraPosition(6, 8, 0);
     EXPECT_EQ(control->GetCameraPosition(), (Vector{0, 0, 0}));
-}
-
-TEST(Camera, velocities_are_stored_for_the_host_and_move_nothing)
-{
-    LiveControl control;
-    control->SetCameraVelocity(1, 2, 3, tdlAdvance);
-    control->SetCameraRotationalVelocity(4, 5, 6, 7, 8, 9, tdlAdvance);
-    control->SetCameraZoomVelocity(10);
-    control->RenderScene();
-    EXPECT_EQ(control->GetCameraPosition(), (Vector{}));
-    EXPECT_EQ(control->FieldOfView(), 0.5F);
-    float v[6] = {};
-    tdlNavigationMethod method = tdlGlide;
-    control->GetCameraRotationalVelocity(v[0], v[1], v[2], v[3], v[4], v[5], method);
-    EXPECT_EQ(v[0] + v[1] * 10 + v[2] * 100 + v[3] * 1000 + v[4] * 1e4F + v[5] * 1e5F, 987654);
-    EXPECT_EQ(method, tdlAdvance);
-    control->GetCameraVelocity(v[0], v[1], v[2], method);
-    EXPECT_EQ(v[2], 3);
-    control->GetCameraZoomVelocity(v[0]);
-    EXPECT_EQ(v[0], 10);
 }
 
 TEST(Camera, the_frame_is_the_truth_and_the_getters_see_it_after_the_next_operation)
@@ -339,36 +307,6 @@ TEST(Camera, a_replaced_scene_takes_the_camera_over_where_it_stood)
         EXPECT_EQ(control->Scene(), second);
         EXPECT_EQ(control->Camera()->Parent(), second);
     }
-}
-
-TEST(Camera, obstacles_shorten_moves_and_undo_turns)
-{
-    LiveControl control;
-    const auto scene = AmbientScene(1);
-    scene->AddVisual(Square(0, 0, 3, 100, 0xFFFFFFFF));
-    control->SetScene(scene);
-    control->SetCameraPosition(0, 0, 1);
-    control->SetCollisionDetection(true);
-    control->SetCollisionSamples(5);
-    control->SetCollisionDistance(0.1F);
-    std::vector<std::shared_ptr<Frame>> hits;
-    control->Collision.Connect([&](std::shared_ptr<Frame>& frame, auto&) { hits.push_back(frame); });
-    // The rays start at the front plane, one unit ahead of the camera and one unit from the wall.
-    float x = 0;
-    float y = 0;
-    float z = 5;
-    control->AddCameraMovement(x, y, z, tdlAdvance);
-    EXPECT_NEAR(z, 0.9F, 1e-5);
-    ExpectNear(control->GetCameraPosition(), {0, 0, 1.9F}, "0.1 short of the wall");
-    ASSERT_EQ(hits.size(), 1U);
-    EXPECT_EQ(hits[0], scene);
-    control->SetCollisionDetection(false);
-    control->AddCameraMovement({0, 0, 0.05F}, tdlAdvance);
-    EXPECT_EQ(hits.size(), 1U);
-    control->SetCollisionDetection(true);
-    control->AddCameraRotation(0, 0, 0.3F, 0, 0, 0, tdlAdvance);
-    EXPECT_EQ(hits.size(), 2U);
-    ExpectNear(control->GetCameraOrientation().up, {0, 1, 0}, "undone");
 }
 
 } // namespace

@@ -31,55 +31,6 @@ std::size_t PlaceOf(const std::vector<std::string>& calls, const std::string& na
     return static_cast<std::size_t>(found - calls.begin());
 }
 
-TEST(Lifecycle, a_live_control_has_everything_it_draws_with_after_load)
-{
-    LiveControl control;
-    EXPECT_EQ(control->ViewportState(), tdlRunning);
-    ASSERT_TRUE(control->Scene());
-    ASSERT_TRUE(control->Camera());
-    EXPECT_EQ(control->Camera()->Parent(), control->Scene());
-    EXPECT_TRUE(control->DirectDraw());
-    EXPECT_FALSE(control->DirectDrawSurface());
-    EXPECT_EQ(control->NavMouseButton(), tdlCenter);
-}
-
-TEST(Lifecycle, start_up_creates_scene_then_directdraw_then_device_and_first_tells_where_the_camera_is)
-{
-    const auto host = MakeHost();
-    headless::HostedViewport hosted{host};
-    std::vector<Vector> moves;
-    hosted.Control().CameraMoved.Connect([&](float& x, float& y, float& z, auto&...) { moves.push_back({x, y, z}); });
-    headless::MemoryPropertyBag bag;
-    faults::Record();
-    hosted.Control().Load(bag);
-    const auto calls = faults::Recorded();
-    faults::Clear();
-
-    const std::vector<std::string> milestones = {"RetainedMode.Initialise",
-                                                 "RetainedMode.CreateFrame",
-                                                 "Frame.AddChild",
-                                                 "DirectDraw.Create",
-                                                 "DirectDraw.CreateClipper",
-                                                 "Clipper.SetHWnd",
-                                                 "Frame.SetOrientation",
-                                                 "RetainedMode.CreateDeviceFromClipper",
-                                                 "RetainedMode.CreateViewport",
-                                                 "Device.SetTextureQuality",
-                                                 "Device.SetRenderMode",
-                                                 "RMViewport.SetProjection",
-                                                 "RMViewport.SetField",
-                                                 "Frame.GetPosition",
-                                                 "ImmediateDevice.SetRenderState"};
-    std::size_t place = 0;
-    for (const std::string& milestone : milestones)
-    {
-        place = PlaceOf(calls, milestone, place);
-        ASSERT_LT(place, calls.size()) << milestone << " is missing, or not in its place";
-    }
-    ASSERT_FALSE(moves.empty());
-    EXPECT_EQ(moves.front(), (Vector{0, 0, 0}));
-}
-
 TEST(Lifecycle, a_control_in_a_designer_creates_nothing_and_ignores_scenes_and_paints)
 {
     const auto host = MakeHost();
@@ -260,20 +211,6 @@ TEST(Lifecycle, an_unusable_stored_value_takes_its_default_and_is_logged)
     EXPECT_EQ(hosted->Control().KeyZoomIn(), 0);
     ASSERT_EQ(host->Logged().size(), 2U);
     EXPECT_THAT(host->Logged()[0], testing::HasSubstr("FieldOfView"));
-}
-
-TEST(Lifecycle, click_and_key_press_reach_the_host_by_reference)
-{
-    LiveControl control;
-    std::vector<int> heard;
-    control->Click.Connect([&] { heard.push_back(1); });
-    control->DblClick.Connect([&] { heard.push_back(2); });
-    control->KeyPress.Connect([&](std::int16_t& ascii) { ascii = 'x'; });
-    control->KeyPress.Connect([&](std::int16_t& ascii) { heard.push_back(ascii); });
-    control->OnClick();
-    control->OnDblClick();
-    control->OnKeyPress('a');
-    EXPECT_THAT(heard, ElementsAre(1, 2, 'x'));
 }
 
 // The whole life of a control with each platform call in turn failing once: by a transient number nothing may change,

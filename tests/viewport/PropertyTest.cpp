@@ -14,23 +14,6 @@ using ::testing::HasSubstr;
 namespace
 {
 
-TEST(Properties, the_table_counts_ids_down_to_the_window_handle)
-{
-    const auto table = PropertyTable();
-    ASSERT_EQ(table.size(), 97U);
-    EXPECT_EQ(FindProperty("Direct3DDevice")->dispatchId, 0x68030000 + 96);
-    EXPECT_EQ(FindProperty("hwnd")->dispatchId, 0x68030000);
-    int saved = 0;
-    int writable = 0;
-    for (const PropertyRow& row : table)
-    {
-        saved += row.saved ? 1 : 0;
-        writable += row.write != nullptr ? 1 : 0;
-    }
-    EXPECT_EQ(saved, 83);
-    EXPECT_EQ(writable, 89);
-}
-
 TEST(Properties, every_saved_property_survives_a_bag_live_and_at_design_time)
 {
     for (const bool live : {false, true})
@@ -101,30 +84,6 @@ TEST(Properties, writes_tell_the_container_except_the_ones_that_do_not)
             ASSERT_GT(changes.size(), before) << row.name;
             EXPECT_EQ(changes.back(), row.name);
         }
-    }
-}
-
-TEST(Properties, writes_reach_the_live_device_and_viewport_at_once)
-{
-    LiveControl control;
-    struct Row
-    {
-        const char* property;
-        std::int32_t value;
-        const char* operation;
-    };
-    for (const Row& row :
-         {Row{"TextureQuality", 0, "Device.SetTextureQuality"}, Row{"ShadeMode", 0, "Device.SetQuality"},
-          Row{"FillMode", 64, "Device.SetQuality"}, Row{"LightMode", 0, "Device.SetQuality"},
-          Row{"RenderMode", 2, "Device.SetRenderMode"}, Row{"ProjectionType", 1, "RMViewport.SetProjection"},
-          Row{"BackClippingPlane", 50, "RMViewport.SetBack"}, Row{"FrontClippingPlane", 2, "RMViewport.SetFront"},
-          Row{"FieldOfView", 1, "RMViewport.SetField"}, Row{"CullMethod", 3, "ImmediateDevice.SetRenderState"},
-          Row{"Accumulate", 1, "RMViewport.Clear"}, Row{"BackColor", 5, "Frame.SetSceneBackgroundRGB"}})
-    {
-        faults::Record();
-        FindProperty(row.property)->write(control.Control(), row.value);
-        EXPECT_THAT(faults::Recorded(), Contains(row.operation)) << row.property;
-        faults::Clear();
     }
 }
 

@@ -176,26 +176,6 @@ TEST(PreRenderedImage, that_cannot_be_shown_changes_nothing)
     }
 }
 
-TEST(ExposedSurface, what_a_host_draws_before_a_picture_stays_under_an_accumulated_one)
-{
-    LiveControl control{Exposed(tdlNone)};
-    control->SetScene(RedSquareScene());
-    control->SetAccumulate(true);
-    control->UpdatePositions.Connect(
-        [&]
-        {
-            const PixelView pixels = control->DirectDrawSurface()->Lock();
-            for (int y = 0; y < pixels.height; ++y)
-                for (int x = 0; x < pixels.width; ++x)
-                    pixels.Row(y)[x] = Numbered(x, y);
-            control->DirectDrawSurface()->Unlock();
-        });
-    control->RenderScene();
-    EXPECT_EQ(CountWrong(control, [](int x, int y)
-                         { return x >= 30 && x < 70 && y >= 30 && y < 70 ? FullRed : Numbered(x, y); }),
-              0);
-}
-
 TEST(ExposedSurface, changes_the_visible_part_of_its_window_and_nothing_else)
 {
     const auto screen = std::make_shared<headless::VirtualScreen>(300, 200);

@@ -99,17 +99,6 @@ TEST(Trap, gives_up_on_an_error_that_stays_transient)
     EXPECT_TRUE(failure.RetriesExhausted());
 }
 
-TEST(Trap, above_does_not_repeat_what_was_exhausted_below)
-{
-    FlakyStep stubborn{1000, error::Overflow};
-    const auto inner = [&] { Trap{"modSweep"}(std::ref(stubborn)); };
-    const auto middle = [&] { Trap{"Viewport"}(inner); };
-    const RuntimeError failure = ErrorOf([&] { Trap{"Viewport"}(middle); });
-    EXPECT_EQ(stubborn.calls, MaximumRetries + 1);
-    EXPECT_EQ(failure.Source(), "Viewport");
-    EXPECT_TRUE(failure.RetriesExhausted());
-}
-
 TEST(Trap, lets_foreign_exceptions_leave_as_they_came)
 {
     int handled = 0;

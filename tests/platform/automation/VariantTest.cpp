@@ -96,14 +96,6 @@ TEST(Variant, texts_read_back_as_the_number_they_came_from)
     EXPECT_EQ(ErrorOf([] { VariantToString(SomeObject); }), error::TypeMismatch);
 }
 
-TEST(Variant, hands_out_objects_and_nothing)
-{
-    EXPECT_EQ(VariantToObject(SomeObject), std::get<ObjectReference>(SomeObject));
-    EXPECT_EQ(VariantToObject(Empty), nullptr);
-    EXPECT_EQ(VariantToObject(ObjectReference{}), nullptr);
-    EXPECT_EQ(ErrorOf([] { VariantToObject(7); }), error::TypeMismatch);
-}
-
 TEST(Variant, compares_numbers_by_value_and_everything_else_by_kind)
 {
     EXPECT_TRUE(VariantsEqual(1000, 1000.0F));

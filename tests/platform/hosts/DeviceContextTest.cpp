@@ -210,17 +210,4 @@ TEST(DeviceContext, stretched_blocks_leave_out_what_the_source_lacks)
     EXPECT_EQ(target.Inner().Row(0)[0], 0xFF000000);
 }
 
-TEST(DeviceContext, scrolls_its_own_picture_exactly)
-{
-    Canvas scrolled{20, 20};
-    scrolled.Number();
-    Canvas original{20, 20};
-    original.Number();
-    DeviceContext context{scrolled.Inner()};
-    context.BitBlt(3, 4, 20, 20, context, 0, 0);
-    for (int y = 4; y < 20; ++y)
-        for (int x = 3; x < 20; ++x)
-            EXPECT_EQ(scrolled.Inner().Row(y)[x], original.Inner().Row(y - 4)[x - 3]);
-}
-
 } // namespace lumora

@@ -196,15 +196,6 @@ TEST_F(PictureFile, is_not_written_where_nobody_may_or_when_there_is_nothing)
     EXPECT_FALSE(std::filesystem::exists(PathOf("empty.png")));
 }
 
-TEST_F(PictureFile, fails_on_request)
-{
-    faults::FailNext("Picture.Load", 1, error::RMBadDevice);
-    const std::string path = Write(samples::Png());
-    EXPECT_EQ(ErrorOf([&] { LoadPicture(path); }), error::RMBadDevice);
-    faults::Clear();
-    EXPECT_EQ(ErrorOf([&] { LoadPicture(path); }), 0);
-}
-
 TEST(Picture, measures_in_hundredths_of_a_millimetre)
 {
     struct Row

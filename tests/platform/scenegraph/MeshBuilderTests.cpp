@@ -185,22 +185,4 @@ TEST(MeshBuilders, scale_and_move_vertices_and_lean_normals_with_them)
     EXPECT_EQ(mesh->GetBox().minimum, (Vector{10, 0, 0}));
 }
 
-TEST(MeshBuilders, survive_a_failure_at_every_operation)
-{
-    const auto mesh = MakeCube(0, 1);
-    const MeshGeometry before = mesh->GetGeometry();
-    const auto attempts = {std::pair<const char*, std::function<void()>>{
-                               "MeshBuilder.AddFaces", [&] { mesh->AddFaces(FivePoints, {}, PlainList); }},
-                           {"MeshBuilder.Scale", [&] { mesh->Scale(2, 2, 2); }},
-                           {"MeshBuilder.Empty", [&] { mesh->Empty(); }},
-                           {"MeshBuilder.CreateFace", [&] { mesh->CreateFace(); }}};
-    for (const auto& [operation, attempt] : attempts)
-    {
-        faults::FailNext(operation, 1, error::RMBadDevice);
-        EXPECT_TRUE(Raises(error::RMBadDevice, attempt)) << operation;
-        ExpectSame(mesh->GetGeometry(), before);
-    }
-    faults::Clear();
-}
-
 } // namespace lumora

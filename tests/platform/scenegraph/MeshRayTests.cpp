@@ -169,52 +169,6 @@ TEST(MeshRays, are_the_same_whichever_way_they_are_searched_for)
     }
 }
 
-// Volumes of tetrahedra above the ray in long doubles: which side of each of a triangle's sides the ray passes.
-TEST(MeshRays, meet_the_triangles_that_geometry_says_and_where)
-{
-    std::mt19937 random{5};
-    std::normal_distribution<double> number;
-    const DrawMesh mesh = Random({"", 400, 0.7, 1, 0, {}}, random);
-    MeshRays tree{Method::Tree};
-    using Long = long double;
-    int certain = 0;
-    for (int i = 0; i < 300; ++i)
-    {
-        const Double3 o{3 * number(random), 3 * number(random), 3 * number(random)};
-        const Double3 d = Double3{number(random), number(random), number(random)} - o;
-        std::vector<double> met(mesh.TriangleCount(), Missed);
-        for (const TriangleHit& hit : tree.All(mesh, {o, d}))
-            met[hit.triangle] = hit.distance;
-        for (std::uint32_t triangle = 0; triangle < mesh.TriangleCount(); ++triangle)
-        {
-            const auto at = [&](int k)
-            {
-                const std::uint32_t v = mesh.indices[3 * triangle + static_cast<unsigned>(k)];
-                return Double3{mesh.x[v], mesh.y[v], mesh.z[v]} - o;
-            };
-            const auto volume = [](Double3 a, Double3 b, Double3 c)
-            {
-                return Long{a.x} * (Long{b.y} * c.z - Long{b.z} * c.y) +
-                       Long{a.y} * (Long{b.z} * c.x - Long{b.x} * c.z) +
-                       Long{a.z} * (Long{b.x} * c.y - Long{b.y} * c.x);
-            };
-            const Long sides[3] = {volume(d, at(0), at(1)), volume(d, at(1), at(2)), volume(d, at(2), at(0))};
-            const Long sum = sides[0] + sides[1] + sides[2];
-            const Long t = sum != 0 ? volume(at(0), at(1), at(2)) / sum : -1;
-            const Long least = std::min({sides[0] / sum, sides[1] / sum, sides[2] / sum});
-            if (!(std::abs(sum) > 1e-6L) || std::abs(least) < 1e-9L || std::abs(t) < 1e-9L)
-                continue; // so close that either answer is right
-            const bool isMet = least > 0 && t > 0;
-            ASSERT_EQ(met[triangle] != Missed, isMet) << "ray " << i << ", triangle " << triangle;
-            if (!isMet)
-                continue;
-            ++certain;
-            ASSERT_NEAR(met[triangle], static_cast<double>(t), 1e-9 * (1 + std::abs(met[triangle])));
-        }
-    }
-    EXPECT_GT(certain, 500);
-}
-
 TEST(MeshRays, never_slip_out_of_a_closed_sphere)
 {
     const DrawMesh sphere = Sphere(20, 31);
