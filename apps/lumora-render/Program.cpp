@@ -1,16 +1,18 @@
 // Reads the arguments, lets a session draw, and turns what goes wrong into a sentence.
 #include "lumora-render/Program.h"
 
-#include "lumora-render/BuiltInScene.h"
 #include "lumora-render/CommandLine.h"
 #include "lumora-render/JsonLines.h"
-#include "lumora-render/Models.h"
 #include "lumora-render/Output.h"
+#include "lumora-render/Progress.h"
 #include "lumora-render/Session.h"
 #include "lumora-render/SettingsFiles.h"
+#include "stage/BuiltInScene.h"
+#include "stage/Models.h"
 
 #include <algorithm>
 #include <chrono>
+#include <filesystem>
 #include <iostream>
 #include <new>
 #include <optional>
@@ -38,13 +40,32 @@ void Complain(std::string sentence)
     std::cerr << "lumora-render: " << sentence << '\n';
 }
 
-Stage PrepareStage(const Request& request)
+stage::Stage LoadModels(const Request& request)
 {
-    if (request.models.empty())
-        return MakeBuiltInScene(request.ShowsNavControls() ? Sky::Plain : Sky::Evening);
-    if (request.camera)
-        return LoadModels(request.models, Arrangement::AsTheyAre);
-    return LoadModels(request.models, request.IsForWalking() ? Arrangement::Walkable : Arrangement::SideBySide);
+    using stage::Arrangement;
+    std::optional<Progress> progress;
+    stage::LoadOptions options;
+    options.arrangement = request.camera           ? Arrangement::AsTheyAre
+                          : request.IsForWalking() ? Arrangement::Walkable
+                                                   : Arrangement::SideBySide;
+    options.begin = [&](const std::string& path)
+    {
+        progress.reset();
+        progress.emplace("Reading " + std::filesystem::path{path}.filename().string());
+    };
+    options.progress = [&](double fraction)
+    {
+        progress->Report(fraction);
+        return true;
+    };
+    return stage::LoadModels(request.models, options);
+}
+
+stage::Stage PrepareStage(const Request& request)
+{
+    if (!request.models.empty())
+        return LoadModels(request);
+    return stage::MakeBuiltInScene(request.ShowsNavControls() ? stage::Sky::Plain : stage::Sky::Evening);
 }
 
 void Warn(const std::vector<std::string>& warnings)
@@ -80,23 +101,23 @@ void Draw(Request request)
     Warn(stored.warnings);
     SettingsKeeper keeper{request.saveSettingsFile};
     const auto start = std::chrono::steady_clock::now();
-    const Stage stage = PrepareStage(request);
+    const stage::Stage shown = PrepareStage(request);
     const std::chrono::duration<double, std::milli> load = std::chrono::steady_clock::now() - start;
 
     Session session{request, stored.settings, script ? script->LargestSize() : headless::ResizeAction{0, 0}};
-    session.Show(stage);
+    session.Show(shown);
     std::optional<EventLines> eventLines;
     if (request.events)
         eventLines.emplace(session.Hosted(), std::cout);
     if (script)
         session.Play(*script);
     else
-        session.Run(stage);
+        session.Run(shown);
     for (const PicturePoint& place : request.picks)
         std::cout << PickAsJson(session.Hosted(), place) << std::endl;
     if (request.stats)
         std::cout << session.StatisticsAsJson(load.count()) << std::endl;
-    Warn(stage.warnings);
+    Warn(shown.warnings);
     Warn(keeper.Keep(request, stored.settings));
 }
 

@@ -6,6 +6,7 @@
 #include "platform/drivers/StandardDrivers.h"
 #include "platform/headless/MemoryPropertyBag.h"
 #include "platform/headless/SessionPlayer.h"
+#include "stage/Placing.h"
 #include "viewport/Viewport.h"
 
 #include <algorithm>
@@ -57,30 +58,6 @@ std::unique_ptr<headless::HostedViewport> HostFor(const Request& request, const 
     return headless::HostedViewport::Live(std::move(host), bag);
 }
 
-std::int32_t ToBackColor(Vector color)
-{
-    const auto channel = [](float part) { return static_cast<std::int32_t>(std::lround(part * 255)); };
-    return channel(color.z) * 65536 + channel(color.y) * 256 + channel(color.x);
-}
-
-bool IsOrthographic(std::int32_t projection)
-{
-    return projection == D3DRMPROJECT_ORTHOGRAPHIC || projection == D3DRMPROJECT_RIGHTHANDORTHOGRAPHIC;
-}
-
-bool IsRightHanded(std::int32_t projection)
-{
-    return projection == D3DRMPROJECT_RIGHTHANDPERSPECTIVE || projection == D3DRMPROJECT_RIGHTHANDORTHOGRAPHIC;
-}
-
-std::shared_ptr<Frame> AddLight(const std::shared_ptr<Frame>& parent, LightKind kind, Vector color, Vector direction)
-{
-    const auto frame = Frame::Make(parent);
-    frame->SetOrientation(parent, direction, {0, 1, 0});
-    frame->AddLight(std::make_shared<Light>(kind, color));
-    return frame;
-}
-
 double MedianOf(std::vector<double> values)
 {
     std::ranges::sort(values);
@@ -108,20 +85,20 @@ Session::Session(const Request& request, const std::vector<Setting>& stored, con
                            std::to_string(request.height * factor) + " pixels: ask for a smaller picture."};
 }
 
-void Session::Show(const Stage& stage)
+void Session::Show(const stage::Stage& shown)
 {
     Viewport& viewport = hosted_->Control();
-    viewport.SetScene(stage.scene);
-    viewport.SetBackColor(IsStored("BackColor") ? viewport.BackColor() : ToBackColor(stage.background));
+    viewport.SetScene(shown.scene);
+    viewport.SetBackColor(IsStored("BackColor") ? viewport.BackColor() : stage::ToBackColor(shown.background));
     if (request_.accumulate)
         viewport.SetAccumulate(true); // once more: it clears, now in the right colour
-    if (!stage.hasLights)
-        LightFromCamera();
+    if (!shown.hasLights)
+        stage::AddCameraLights(viewport.Camera());
     ApplySettings();
     if (request_.camera)
         PlaceAsTold(*request_.camera);
     else
-        PlaceByFraming(stage);
+        PlaceByFraming(shown);
 }
 
 bool Session::IsStored(std::string_view property) const
@@ -146,58 +123,36 @@ void Session::ApplySettings()
     }
 }
 
-// A main light over the viewer's left shoulder, a weak cool one from the right, and some from everywhere: forms show,
-// and nothing is black however the camera turns. The one from behind draws rims, and gives form to models whose faces
-// are wound the wrong way.
-void Session::LightFromCamera()
-{
-    const std::shared_ptr<Frame> camera = hosted_->Control().Camera();
-    AddLight(camera, LightKind::Ambient, {0.28F, 0.29F, 0.32F}, {0, 0, 1});
-    AddLight(camera, LightKind::Directional, {0.98F, 0.95F, 0.90F}, {0.55F, -0.6F, 1});
-    AddLight(camera, LightKind::Directional, {0.16F, 0.18F, 0.22F}, {-1, 0.25F, 0.6F});
-    AddLight(camera, LightKind::Directional, {0.42F, 0.42F, 0.44F}, {0.5F, -0.7F, -1});
-}
-
 void Session::PlaceAsTold(const CameraPlacement& placement)
 {
-    StandAt({placement.position, placement.direction, placement.up});
+    stage::StandAt(hosted_->Control(), {placement.position, placement.direction, placement.up});
 }
 
-void Session::PlaceByFraming(const Stage& stage)
+void Session::PlaceByFraming(const stage::Stage& shown)
 {
     Viewport& viewport = hosted_->Control();
-    Standpoint look{{}, ThreeQuarterDirection, {0, 1, 0}};
+    stage::Standpoint look{{}, stage::ThreeQuarterDirection, {0, 1, 0}};
     if (request_.view)
     {
         viewport.InitializeCameraPositionAndOrientation(static_cast<tdlOrientation>(*request_.view));
         const Orientation orientation = viewport.GetCameraOrientation();
         look = {{}, orientation.direction, orientation.up};
     }
-    FramingOptions options{look.direction, look.up,         IsOrthographic(viewport.ProjectionType()),
-                           request_.width, request_.height, std::nullopt};
+    stage::FramingOptions options{look.direction, look.up,         stage::IsOrthographic(viewport.ProjectionType()),
+                                  request_.width, request_.height, std::nullopt};
     if (IsExplicit("FrontClippingPlane"))
         options.front = viewport.FrontClippingPlane();
-    const auto cornersOf = request_.turntable ? TurnedCornersOf : CornersOf;
-    Framing framing = FramePoints(cornersOf(stage.focus), cornersOf(stage.extent), options);
+    const auto cornersOf = request_.turntable ? stage::TurnedCornersOf : stage::CornersOf;
+    stage::Framing framing = stage::FramePoints(cornersOf(shown.focus), cornersOf(shown.extent), options);
     if (request_.IsForWalking())
-        framing = ForWalking(framing, look.direction, options.orthographic);
+        framing = stage::ForWalking(framing, look.direction, options.orthographic);
     if (!IsExplicit("BackClippingPlane"))
         viewport.SetBackClippingPlane(framing.back);
     if (!IsExplicit("FrontClippingPlane"))
         viewport.SetFrontClippingPlane(framing.front);
     if (!IsExplicit("FieldOfView"))
         viewport.SetFieldOfView(framing.field);
-    // A right-handed camera looks along its negative z axis.
-    const Vector direction = IsRightHanded(viewport.ProjectionType()) ? -look.direction : look.direction;
-    StandAt({framing.position, direction, look.up});
-}
-
-void Session::StandAt(const Standpoint& standpoint)
-{
-    Viewport& viewport = hosted_->Control();
-    const auto& [position, direction, up] = standpoint;
-    viewport.SetCameraPosition(position.x, position.y, position.z);
-    viewport.SetCameraOrientation(direction.x, direction.y, direction.z, up.x, up.y, up.z);
+    stage::StandAt(viewport, {framing.position, stage::AsSeen(viewport, look.direction), look.up});
 }
 
 double Session::DrawFrame()
@@ -211,18 +166,17 @@ double Session::DrawFrame()
     return time.count();
 }
 
-void Session::Run(const Stage& stage)
+void Session::Run(const stage::Stage& shown)
 {
     Viewport& viewport = hosted_->Control();
-    const Orientation orientation = viewport.GetCameraOrientation();
-    const Standpoint start{viewport.GetCameraPosition(), orientation.direction, orientation.up};
-    const Vector centre = stage.focus.IsEmpty() ? Vector{} : stage.focus.Centre();
+    const stage::Standpoint start = stage::StandpointOf(viewport);
+    const Vector centre = shown.focus.IsEmpty() ? Vector{} : shown.focus.Centre();
     const bool everyFrame = HasFrameNumber(request_.output);
     Progress progress{"Drawing"};
     for (int frame = 0; frame < request_.frames; ++frame)
     {
         if (request_.turntable && frame > 0)
-            StandAt(Turned(start, centre, 2 * std::numbers::pi * frame / request_.frames));
+            stage::StandAt(viewport, stage::Turned(start, centre, 2 * std::numbers::pi * frame / request_.frames));
         frameMilliseconds_.push_back(DrawFrame());
         const bool kept = everyFrame || frame + 1 == request_.frames;
         if (kept && !request_.output.empty())

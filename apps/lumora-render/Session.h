@@ -2,11 +2,11 @@
 #pragma once
 
 #include "lumora-render/CommandLine.h"
-#include "lumora-render/Framing.h"
-#include "lumora-render/Models.h"
 #include "lumora-render/SettingsFiles.h"
 #include "platform/headless/HostedViewport.h"
 #include "platform/headless/SessionScript.h"
+#include "stage/Framing.h"
+#include "stage/Models.h"
 
 #include <string>
 #include <vector>
@@ -22,10 +22,10 @@ public:
     Session(const Request& request, const std::vector<Setting>& stored, const headless::ResizeAction& largest);
 
     /// Hands the stage to the control, applies the settings and places the camera.
-    void Show(const Stage& stage);
+    void Show(const stage::Stage& shown);
 
     /// Draws all frames and writes their pictures.
-    void Run(const Stage& stage);
+    void Run(const stage::Stage& shown);
 
     /// Plays a written session and writes the pictures it takes; the last one where it takes none.
     void Play(const headless::SessionScript& script);
@@ -37,12 +37,10 @@ public:
 
 private:
     void ApplySettings();
-    void LightFromCamera();
     void PlaceAsTold(const CameraPlacement& placement);
-    void PlaceByFraming(const Stage& stage);
+    void PlaceByFraming(const stage::Stage& shown);
     bool IsStored(std::string_view property) const;
     bool IsExplicit(std::string_view property) const { return request_.Sets(property) || IsStored(property); }
-    void StandAt(const Standpoint& standpoint);
     double DrawFrame();
     PixelView Picture();
 

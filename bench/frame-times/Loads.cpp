@@ -9,6 +9,7 @@
 #include <numbers>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 namespace lumora::bench
@@ -16,6 +17,12 @@ namespace lumora::bench
 
 namespace
 {
+
+std::uint64_t NewIdentity()
+{
+    static std::uint64_t last = 0;
+    return ++last;
+}
 
 class Maker
 {
@@ -73,8 +80,7 @@ public:
 
     Mesh Make()
     {
-        static std::uint64_t lastIdentity = 0;
-        mesh_.identity = ++lastIdentity;
+        mesh_.identity = NewIdentity();
         DrawMesh::Group group;
         group.triangleCount = mesh_.TriangleCount();
         mesh_.groups.push_back(group);
@@ -154,6 +160,66 @@ Mesh NestedBoxes(int count)
     for (int i = 1; i <= count; ++i)
         maker.Box({}, 0.85F * static_cast<float>(i) / static_cast<float>(count));
     return maker.Make();
+}
+
+Mesh Translucent(const Mesh& mesh)
+{
+    DrawMesh result = *mesh;
+    result.identity = NewIdentity();
+    for (std::uint32_t& color : result.color)
+        color = (color & 0xFFFFFF) | 0x80000000;
+    result.groups.front().translucent = true;
+    return std::make_shared<const DrawMesh>(std::move(result));
+}
+
+Mesh Textured(const Mesh& mesh)
+{
+    auto image = std::make_shared<TextureImage>();
+    image->identity = NewIdentity();
+    image->width = image->height = TextureSide;
+    for (std::uint32_t y = 0; y < TextureSide; ++y)
+        for (std::uint32_t x = 0; x < TextureSide; ++x)
+            image->pixels.push_back(0xFF000000 | (x * y & 0xFF) << 16 | (x / 2) << 8 | y / 2);
+    DrawMesh result = *mesh;
+    result.identity = NewIdentity();
+    for (std::size_t v = 0; v < result.x.size(); ++v)
+    {
+        result.u.push_back(result.x[v] * 0.7F);
+        result.v.push_back(result.y[v] * 0.7F);
+    }
+    result.groups.front().texture = image;
+    return std::make_shared<const DrawMesh>(std::move(result));
+}
+
+Mesh WithEdges(const Mesh& mesh)
+{
+    struct Side
+    {
+        std::uint32_t low, high, triangle;
+    };
+    std::vector<Side> sides;
+    for (std::uint32_t i = 0; i < mesh->indices.size(); ++i)
+    {
+        const auto [low, high] = std::minmax(mesh->indices[i], mesh->indices[i % 3 == 2 ? i - 2 : i + 1]);
+        sides.push_back({low, high, i / 3});
+    }
+    std::ranges::stable_sort(sides, {}, [](const Side& s) { return std::pair{s.low, s.high}; });
+    DrawMesh result = *mesh;
+    result.identity = NewIdentity();
+    for (const Side& side : sides)
+    {
+        const bool isSecond = !result.edges.empty() && result.edges.back().vertexA == side.low &&
+                              result.edges.back().vertexB == side.high &&
+                              result.edges.back().triangleB == DrawMesh::NoFace;
+        if (isSecond)
+            result.edges.back().triangleB = side.triangle;
+        else
+            result.edges.push_back({side.low, side.high, side.triangle, DrawMesh::NoFace});
+    }
+    // As a compiled mesh has them: in the order in which the triangles name them.
+    std::ranges::stable_sort(result.edges, {}, &DrawMesh::Edge::triangleA);
+    result.groups.front().edgeCount = static_cast<std::uint32_t>(result.edges.size());
+    return std::make_shared<const DrawMesh>(std::move(result));
 }
 
 Mesh ReadObj(const std::string& path)

@@ -1,8 +1,9 @@
-// The two that draw, and what they draw: one mesh, one directional light with ambient light, Gouraud, z-buffer, back
-// faces culled.
+// The two that draw, and what they draw: one mesh, one directional light with ambient light, z-buffer, back faces
+// culled, in one of several modes.
 #pragma once
 
 #include "Loads.h"
+#include "platform/drivers/SimdLevel.h"
 #include "platform/math/Matrix.h"
 
 #include <cstdint>
@@ -26,12 +27,24 @@ inline Double3 LightDirection()
 /// The camera at the origin looks along z. Depth 0..1.
 Matrix4 Projection(int width, int height);
 
-/// A picture's size and how the mesh is turned in it.
+enum class Mode
+{
+    Gouraud,
+    Wireframe,
+    Sorted,   ///< all faces half transparent, farthest first
+    Textured, ///< linear filter, no mip levels
+};
+
+/// A picture's size, what it shows and how the mesh is turned in it.
 struct View
 {
     int width = 1280;
     int height = 720;
     double angle = 0;
+    Mode mode = Mode::Gouraud;
+    int samples = 1;       ///< per pixel and side: drawn that much larger, then averaged
+    int visuals = 1;       ///< the RGB driver's: so many small copies of the mesh, side by side
+    bool isUnseen = false; ///< the copies stand behind the camera
 
     Matrix4 World() const;
 };
@@ -48,7 +61,7 @@ public:
     virtual std::string Name() const = 0;
 };
 
-std::unique_ptr<Painter> MakeRgbPainter(int threads);
+std::unique_ptr<Painter> MakeRgbPainter(int threads, SimdLevel simd);
 
 /// Through EGL without a window. Raises std::runtime_error where that cannot be had.
 std::unique_ptr<Painter> MakeOpenGlPainter();

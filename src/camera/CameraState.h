@@ -24,6 +24,14 @@ struct CameraState
     float ZoomVelocity = 0; ///< field-of-view units a second
 };
 
+/// A turn about one of the axes x, y, z (0 to 2).
+struct Turning
+{
+    int axis;
+    Vector origin;
+    tdlNavigationMethod method;
+};
+
 /// Directions in which obstacles are looked for.
 enum mudtDirection : std::int32_t
 {

@@ -30,9 +30,13 @@ void Viewport::ApplyPositionConstraints()
     trap([&] { Required(drawing_.CameraFrame).SetPosition(drawing_.SceneFrame, inside.x, inside.y, inside.z); });
 }
 
+// Without room between the planes nothing is seen and no place is known: a host may set the front plane before the back
+// one, or a person resize the window meanwhile.
 void Viewport::PlaceNavControls()
 {
     if (!widgets_.NavControlsScene || !drawing_.RMViewport)
+        return;
+    if (drawing_.RMViewport->GetBack() <= drawing_.RMViewport->GetFront())
         return;
     const Trap trap{Source};
     double width = 0;

@@ -70,15 +70,27 @@ void Viewport::ApplyMouseNavigationAction(tdlNavigation Action, float Amount)
     trap([&] { walking ? StepCamera(Action, Amount) : SetCameraFlying(Action, Amount); });
 }
 
+// Gliding turns go about the camera's place or the scene's origin point; advancing ones know no origin but store it.
+std::optional<Turning> Viewport::TurningOf(tdlNavigation action) const
+{
+    const bool glides = properties_.MouseNavigationMethod == tdlGlide;
+    const tdlNavigationMethod method = glides ? tdlGlide : tdlAdvance;
+    if (action >= tdlRotateX && action <= tdlRotateZ)
+        return Turning{action - tdlRotateX, glides ? camera_.Position : Vector{}, method};
+    if (action >= tdlEncircleX && action <= tdlEncircleZ)
+        return Turning{action - tdlEncircleX, SceneOrigin(), method};
+    return std::nullopt;
+}
+
 void Viewport::StepCamera(tdlNavigation action, float amount)
 {
     const tdlNavigationMethod method = properties_.MouseNavigationMethod;
-    const bool glides = method == tdlGlide;
-    const auto turn = [&](int axis, Vector origin, tdlNavigationMethod by)
+    if (const auto turning = TurningOf(action))
     {
-        const Vector angles = WithComponent({}, axis, -TurnStep * amount);
-        AddCameraRotation(angles.x, angles.y, angles.z, origin.x, origin.y, origin.z, by);
-    };
+        const Vector angles = WithComponent({}, turning->axis, -TurnStep * amount);
+        const auto [x, y, z] = turning->origin;
+        AddCameraRotation(angles.x, angles.y, angles.z, x, y, z, turning->method);
+    }
     switch (action)
     {
     case tdlMoveX:
@@ -89,16 +101,6 @@ void Viewport::StepCamera(tdlNavigation action, float amount)
         break;
     case tdlMoveZ:
         AddCameraMovement({0, 0, MoveStep * amount}, method);
-        break;
-    case tdlRotateX:
-    case tdlRotateY:
-    case tdlRotateZ:
-        turn(action - tdlRotateX, glides ? camera_.Position : Vector{}, glides ? tdlGlide : tdlAdvance);
-        break;
-    case tdlEncircleX:
-    case tdlEncircleY:
-    case tdlEncircleZ:
-        turn(action - tdlEncircleX, SceneOrigin(), glides ? tdlGlide : tdlAdvance);
         break;
     case tdlZoom:
         AddCameraZoom((properties_.ProjectionType == D3DRMPROJECT_PERSPECTIVE ? ZoomStep : ZoomStepFlat) * amount);
@@ -111,17 +113,19 @@ void Viewport::StepCamera(tdlNavigation action, float amount)
 void Viewport::SetCameraFlying(tdlNavigation action, float amount)
 {
     const tdlNavigationMethod method = properties_.MouseNavigationMethod;
-    const bool glides = method == tdlGlide;
     const auto move = [&](int axis, float speed)
     {
         const Vector v = WithComponent(camera_.Velocity, axis, speed);
         SetCameraVelocity(v.x, v.y, v.z, method);
     };
-    const auto turn = [&](int axis, Vector origin, tdlNavigationMethod by)
+    if (auto turning = TurningOf(action))
     {
-        const Vector r = WithComponent(camera_.RotationalVelocity, axis, -TurnVelocity * amount);
-        SetCameraRotationalVelocity(r.x, r.y, r.z, origin.x, origin.y, origin.z, by);
-    };
+        if (action == tdlRotateX)
+            *turning = {0, camera_.Position, method};
+        const Vector r = WithComponent(camera_.RotationalVelocity, turning->axis, -TurnVelocity * amount);
+        const auto [x, y, z] = turning->origin;
+        SetCameraRotationalVelocity(r.x, r.y, r.z, x, y, z, turning->method);
+    }
     switch (action)
     {
     case tdlMoveX:
@@ -132,18 +136,6 @@ void Viewport::SetCameraFlying(tdlNavigation action, float amount)
         break;
     case tdlMoveZ:
         move(2, MoveVelocity * amount);
-        break;
-    case tdlRotateX:
-        turn(0, camera_.Position, method);
-        break;
-    case tdlRotateY:
-    case tdlRotateZ:
-        turn(action - tdlRotateX, glides ? camera_.Position : Vector{}, glides ? tdlGlide : tdlAdvance);
-        break;
-    case tdlEncircleX:
-    case tdlEncircleY:
-    case tdlEncircleZ:
-        turn(action - tdlEncircleX, SceneOrigin(), glides ? tdlGlide : tdlAdvance);
         break;
     case tdlZoom:
         SetCameraZoomVelocity(

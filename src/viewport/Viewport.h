@@ -13,6 +13,7 @@
 #include "widgets/NavControls.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace lumora
@@ -363,6 +364,7 @@ private:
     // camera/MouseActions.cpp
     void DispatchMouseNavigation(float& DeltaX, float& DeltaY);
     void ApplyMouseNavigationAction(tdlNavigation Action, float Amount);
+    std::optional<Turning> TurningOf(tdlNavigation action) const;
     void StepCamera(tdlNavigation action, float amount);
     void SetCameraFlying(tdlNavigation action, float amount);
 

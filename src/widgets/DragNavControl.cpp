@@ -2,6 +2,8 @@
 #include "viewport/Names.h"
 #include "viewport/Viewport.h"
 
+#include <optional>
+
 namespace lumora
 {
 
@@ -17,6 +19,24 @@ constexpr float Zoom = 0.0002F;
 constexpr float ZoomFlat = 0.002F;
 constexpr float ZoomVelocity = 0.0001F;
 constexpr float ZoomVelocityFlat = 0.001F;
+
+// What arrows and knob turn about the scene's origin point; nothing for the other controls.
+std::optional<Vector> ArrowTurn(std::int32_t id, float dx, float dy)
+{
+    switch (id)
+    {
+    case navcontrol::XArrow:
+        return Vector{-Turn * dy, 0, 0};
+    case navcontrol::YArrow:
+        return Vector{0, -Turn * dx, 0};
+    case navcontrol::ZArrow:
+        return Vector{0, 0, -Turn * dx};
+    case navcontrol::Knob:
+        return Vector{-Turn * dy, -Turn * dx, 0};
+    default:
+        return std::nullopt;
+    }
+}
 
 tdlNavigationMode ModeOf(const Properties& properties, std::int32_t navControl)
 {
@@ -56,21 +76,10 @@ void Viewport::StepByNavControl(std::int32_t id, float dx, float dy)
     const bool perspective = properties_.ProjectionType == D3DRMPROJECT_PERSPECTIVE;
     const auto turnAbout = [&](Vector angles, Vector origin, tdlNavigationMethod method)
     { AddCameraRotation(angles.x, angles.y, angles.z, origin.x, origin.y, origin.z, method); };
-    const Vector origin = SceneOrigin();
+    if (const auto turn = ArrowTurn(id, dx, dy))
+        turnAbout(*turn, SceneOrigin(), tdlGlide);
     switch (id)
     {
-    case navcontrol::XArrow:
-        turnAbout({-Turn * dy, 0, 0}, origin, tdlGlide);
-        break;
-    case navcontrol::YArrow:
-        turnAbout({0, -Turn * dx, 0}, origin, tdlGlide);
-        break;
-    case navcontrol::ZArrow:
-        turnAbout({0, 0, -Turn * dx}, origin, tdlGlide);
-        break;
-    case navcontrol::Knob:
-        turnAbout({-Turn * dy, -Turn * dx, 0}, origin, tdlGlide);
-        break;
     case navcontrol::HorizontalPlate:
         AddCameraMovement({-Move * dx, 0, Move * dy}, perspective ? tdlGlide : tdlAdvance);
         break;
@@ -104,21 +113,10 @@ void Viewport::FlyByNavControl(std::int32_t id, float dx, float dy)
     const bool perspective = properties_.ProjectionType == D3DRMPROJECT_PERSPECTIVE;
     const auto turnAbout = [&](Vector speeds, Vector origin, tdlNavigationMethod method)
     { SetCameraRotationalVelocity(speeds.x, speeds.y, speeds.z, origin.x, origin.y, origin.z, method); };
-    const Vector origin = SceneOrigin();
+    if (const auto turn = ArrowTurn(id, dx, dy))
+        turnAbout(*turn, SceneOrigin(), tdlGlide);
     switch (id)
     {
-    case navcontrol::XArrow:
-        turnAbout({-Turn * dy, 0, 0}, origin, tdlGlide);
-        break;
-    case navcontrol::YArrow:
-        turnAbout({0, -Turn * dx, 0}, origin, tdlGlide);
-        break;
-    case navcontrol::ZArrow:
-        turnAbout({0, 0, -Turn * dx}, origin, tdlGlide);
-        break;
-    case navcontrol::Knob:
-        turnAbout({-Turn * dy, -Turn * dx, 0}, origin, tdlGlide);
-        break;
     case navcontrol::HorizontalPlate: // x in the opposite sense of a step's
         SetCameraVelocity(Move * dx, 0, Move * dy, tdlGlide);
         break;

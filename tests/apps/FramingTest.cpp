@@ -1,5 +1,5 @@
 // Framing, judged by projecting what was framed as the picture's conventions say.
-#include "lumora-render/Framing.h"
+#include "stage/Framing.h"
 
 #include "platform/automation/RuntimeError.h"
 #include "platform/math/Matrix.h"
@@ -15,8 +15,8 @@ namespace lumora::tests
 namespace
 {
 
-using render::Framing;
-using render::FramingOptions;
+using stage::Framing;
+using stage::FramingOptions;
 
 const Box Boxes[] = {
     {{-1, -1, -1}, {1, 1, 1}},
@@ -33,7 +33,7 @@ const FramingOptions Views[] = {
     {{0, 0, -1}, {0, 1, 0}},
     {{0, -1, 0}, {0, 0, 1}},
     {{-1, 0, 0}, {0, 1, 0}},
-    {render::ThreeQuarterDirection, {0, 1, 0}},
+    {stage::ThreeQuarterDirection, {0, 1, 0}},
     {{3, 4, -5}, {0.3F, -1, 0.2F}},
 };
 
@@ -90,8 +90,8 @@ TEST(Framing, shows_the_whole_box_and_fills_the_picture_with_it)
     ForEveryCase(
         [](const Box& box, const FramingOptions& options)
         {
-            const auto corners = render::CornersOf(box);
-            const Framing framing = render::FramePoints(corners, corners, options);
+            const auto corners = stage::CornersOf(box);
+            const Framing framing = stage::FramePoints(corners, corners, options);
             double outermost = 0;
             for (const Vector& corner : corners)
             {
@@ -111,8 +111,8 @@ TEST(Framing, puts_the_box_in_the_middle)
     ForEveryCase(
         [](const Box& box, const FramingOptions& options)
         {
-            const auto corners = render::CornersOf(box);
-            const Framing framing = render::FramePoints(corners, corners, options);
+            const auto corners = stage::CornersOf(box);
+            const Framing framing = stage::FramePoints(corners, corners, options);
             double left = 1;
             double right = -1;
             double bottom = 1;
@@ -138,19 +138,19 @@ TEST(Framing, holds_the_box_however_it_turns)
         {
             options.width = 640;
             options.height = 480;
-            const auto circle = render::TurnedCornersOf(box);
-            const Framing framing = render::FramePoints(circle, circle, options);
+            const auto circle = stage::TurnedCornersOf(box);
+            const Framing framing = stage::FramePoints(circle, circle, options);
             for (int step = 0; step < 36; ++step)
             {
                 // The camera goes round: the standpoint of this step, and what it sees.
                 const auto stand =
-                    render::Turned({framing.position, options.direction, options.up}, box.Centre(), step * 0.1745);
+                    stage::Turned({framing.position, options.direction, options.up}, box.Centre(), step * 0.1745);
                 Framing turnedFraming = framing;
                 turnedFraming.position = stand.position;
                 FramingOptions turned = options;
                 turned.direction = stand.direction;
                 turned.up = stand.up;
-                for (const Vector& corner : render::CornersOf(box))
+                for (const Vector& corner : stage::CornersOf(box))
                 {
                     const Projected there = Project(corner, turnedFraming, turned);
                     EXPECT_LT(std::max(std::abs(there.x), std::abs(there.y)), 1.0);
@@ -164,9 +164,9 @@ TEST(Framing, holds_the_box_however_it_turns)
 // What decides the distance would be its width: the camera would all but touch it, and depth would have no precision.
 TEST(Framing, keeps_away_from_a_needle_seen_end_on)
 {
-    const auto corners = render::CornersOf({{-1e-4F, -50, -1e-4F}, {1e-4F, 50, 1e-4F}});
+    const auto corners = stage::CornersOf({{-1e-4F, -50, -1e-4F}, {1e-4F, 50, 1e-4F}});
     const FramingOptions options{{0, -1, 0}, {0, 0, 1}, false, 640, 480};
-    const Framing framing = render::FramePoints(corners, corners, options);
+    const Framing framing = stage::FramePoints(corners, corners, options);
     EXPECT_LT(framing.back / framing.front, 1000);
     for (const Vector& corner : corners)
         EXPECT_LT(std::abs(Project(corner, framing, options).y), 1);
@@ -174,11 +174,11 @@ TEST(Framing, keeps_away_from_a_needle_seen_end_on)
 
 TEST(Framing, keeps_a_front_plane_that_was_asked_for)
 {
-    const auto corners = render::CornersOf(Boxes[0]);
-    FramingOptions options{render::ThreeQuarterDirection, {0, 1, 0}, false, 640, 480, std::nullopt};
-    const Framing free = render::FramePoints(corners, corners, options);
+    const auto corners = stage::CornersOf(Boxes[0]);
+    FramingOptions options{stage::ThreeQuarterDirection, {0, 1, 0}, false, 640, 480, std::nullopt};
+    const Framing free = stage::FramePoints(corners, corners, options);
     options.front = 0.25F;
-    const Framing asked = render::FramePoints(corners, corners, options);
+    const Framing asked = stage::FramePoints(corners, corners, options);
     EXPECT_EQ(asked.front, 0.25F);
     EXPECT_NEAR(asked.field / asked.front, free.field / free.front, 1e-6);
 }
@@ -186,11 +186,11 @@ TEST(Framing, keeps_a_front_plane_that_was_asked_for)
 TEST(Framing, answers_a_single_point_and_refuses_nothing_at_all)
 {
     const Vector point{3, 4, 5};
-    const Framing framing = render::FramePoints({&point, 1}, {}, {});
+    const Framing framing = stage::FramePoints({&point, 1}, {}, {});
     EXPECT_TRUE(framing.front > 0 && framing.back > framing.front && framing.field > 0);
-    EXPECT_THROW(render::FramePoints({}, {}, {}), RuntimeError);
-    const auto huge = render::CornersOf({{-3e38F, -3e38F, -3e38F}, {3e38F, 3e38F, 3e38F}});
-    EXPECT_THROW(render::FramePoints(huge, huge, {}), RuntimeError);
+    EXPECT_THROW(stage::FramePoints({}, {}, {}), RuntimeError);
+    const auto huge = stage::CornersOf({{-3e38F, -3e38F, -3e38F}, {3e38F, 3e38F, 3e38F}});
+    EXPECT_THROW(stage::FramePoints(huge, huge, {}), RuntimeError);
 }
 
 } // namespace

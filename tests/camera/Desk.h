@@ -35,36 +35,57 @@ struct RuleCamera : Pose
     }
 };
 
-/// A live control of 200 by 200 pixels with centre navigation, a camera that looks down at an angle, and a plate that
-/// faces it straight ahead, 40 pixels wide. Writes down what the control raises.
-class Desk
+inline void ExpectCameraOf(Viewport& control, const Pose& expected, const std::string& what)
 {
-public:
+    ExpectNear(control.GetCameraPosition(), expected.position, what + ", position", 2e-4F);
+    ExpectNear(control.GetCameraOrientation().direction, expected.direction, what + ", direction", 2e-5F);
+    ExpectNear(control.GetCameraOrientation().up, expected.up, what + ", up", 2e-5F);
+}
+
+inline void StandIn(Viewport& control, const Pose& pose)
+{
+    control.SetCameraPosition(pose.position.x, pose.position.y, pose.position.z);
+    control.SetCameraOrientation(pose.direction.x, pose.direction.y, pose.direction.z, pose.up.x, pose.up.y, pose.up.z);
+}
+
+/// A camera that looks down at an angle, and a plate that faces it straight ahead, 40 pixels wide in a control of 200
+/// by 200 pixels.
+struct DeskScene
+{
     static constexpr int Side = 200;
 
-    explicit Desk(D3DRMPROJECTIONTYPE projection = D3DRMPROJECT_PERSPECTIVE)
-        : control(UsualSettings(), MakeHost(Side, Side))
+    void PutInto(Viewport& control, D3DRMPROJECTIONTYPE projection)
     {
-        control->SetScene(scene);
-        control->SetCenterNavigation(true);
-        control->SetProjectionType(projection);
+        control.SetScene(scene);
+        control.SetCenterNavigation(true);
+        control.SetProjectionType(projection);
         if (projection != D3DRMPROJECT_PERSPECTIVE)
-            control->SetFieldOfView(5);
-        control->SetSceneOriginX(7);
-        Stand(rules);
+            control.SetFieldOfView(5);
+        control.SetSceneOriginX(7);
+        StandIn(control, rules);
         const Vector place = rules.position + rules.direction * 10;
         plate->SetPosition(scene, place.x, place.y, place.z);
         plate->SetOrientation(scene, rules.direction, rules.up);
         plate->AddVisual(Square(0, 0, 0, 1, 0xFFFFFFFF));
+    }
+
+    RuleCamera rules{{{1, 2, 3}, {0.48F, -0.6F, 0.64F}, {0.36F, 0.8F, 0.48F}}};
+    std::shared_ptr<Frame> scene = AmbientScene(1);
+    std::shared_ptr<Frame> plate = Frame::Make(scene);
+};
+
+/// A live control with centre navigation and the scene above. Writes down what the control raises.
+class Desk : public DeskScene
+{
+public:
+    explicit Desk(D3DRMPROJECTIONTYPE projection = D3DRMPROJECT_PERSPECTIVE)
+        : control(UsualSettings(), MakeHost(Side, Side))
+    {
+        PutInto(control.Control(), projection);
         Listen();
     }
 
-    void Stand(const Pose& pose)
-    {
-        control->SetCameraPosition(pose.position.x, pose.position.y, pose.position.z);
-        control->SetCameraOrientation(pose.direction.x, pose.direction.y, pose.direction.z, pose.up.x, pose.up.y,
-                                      pose.up.z);
-    }
+    void Stand(const Pose& pose) { StandIn(control.Control(), pose); }
 
     headless::HeadlessHost& Host() { return control.Host(); }
     ScreenPoint Cursor() { return Host().Display().Cursor(); }
@@ -88,17 +109,12 @@ public:
 
     void ExpectCamera(const Pose& expected, const std::string& what)
     {
-        ExpectNear(control->GetCameraPosition(), expected.position, what + ", position", 2e-4F);
-        ExpectNear(control->GetCameraOrientation().direction, expected.direction, what + ", direction", 2e-5F);
-        ExpectNear(control->GetCameraOrientation().up, expected.up, what + ", up", 2e-5F);
+        ExpectCameraOf(control.Control(), expected, what);
     }
 
     Vector SceneOrigin() { return {control->SceneOriginX(), control->SceneOriginY(), control->SceneOriginZ()}; }
     std::vector<std::string> TakeRaised() { return std::exchange(raised, {}); }
 
-    RuleCamera rules{{{1, 2, 3}, {0.48F, -0.6F, 0.64F}, {0.36F, 0.8F, 0.48F}}};
-    std::shared_ptr<Frame> scene = AmbientScene(1);
-    std::shared_ptr<Frame> plate = Frame::Make(scene);
     LiveControl control;
     std::vector<std::string> raised; ///< but for CameraMoved and UpdatePositions
     int cameraMoves = 0;

@@ -1,5 +1,6 @@
 // Drags as a person makes them, judged by where the camera ends, what was raised, and where the cursor is.
 #include "camera/Desk.h"
+#include "camera/Schemes.h"
 
 #include <functional>
 
@@ -11,90 +12,9 @@ namespace
 
 using Lines = std::vector<std::string>;
 
-// What one movement does, in the words of the scheme.
-enum class Does
-{
-    Nothing,
-    WalkAlongTheView,
-    Orbit,
-    PanLevel,
-    PanInThePicture,
-    TurnAndWalkLevel,
-    Zoom,
-};
-
-struct Scheme
-{
-    const char* name;
-    D3DRMPROJECTIONTYPE projection;
-    bool onPlate;
-    std::vector<std::int16_t> held;
-    Does does;
-};
-
-/// `x` and `y` in twips to the right and down.
-void Obey(Does does, float x, float y, Vector origin, RuleCamera& camera, float& field)
-{
-    const Vector vertical{0, 1, 0};
-    switch (does)
-    {
-    case Does::Nothing:
-        break;
-    case Does::WalkAlongTheView:
-        camera.Advance({0, 0, -0.002F * y});
-        break;
-    case Does::Orbit:
-        camera.Turn(vertical, 0.0002F * x, origin);
-        camera.Turn(camera.Axis(0), 0.0002F * y, origin);
-        break;
-    case Does::PanLevel:
-        camera.Glide({0.002F * x, -0.002F * y, 0});
-        break;
-    case Does::PanInThePicture:
-        camera.Advance({0.002F * x, -0.002F * y, 0});
-        break;
-    case Does::TurnAndWalkLevel:
-        camera.Turn(vertical, 0.0002F * x, camera.position);
-        camera.Glide({0, 0, -0.002F * y});
-        break;
-    case Does::Zoom:
-        field += 0.002F * y;
-        break;
-    }
-}
-
-using headless::key::Alt;
-using headless::key::Control;
-using headless::key::Shift;
-constexpr auto Perspective = D3DRMPROJECT_PERSPECTIVE;
-constexpr auto Orthographic = D3DRMPROJECT_ORTHOGRAPHIC;
-
 TEST(MouseNavigation, drags_do_what_the_scheme_says)
 {
-    const Scheme rows[] = {
-        {"perspective, nothing", Perspective, false, {}, Does::WalkAlongTheView},
-        {"perspective, nothing, Shift", Perspective, false, {Shift}, Does::PanLevel},
-        {"perspective, nothing, Ctrl", Perspective, false, {Control}, Does::TurnAndWalkLevel},
-        {"perspective, nothing, Shift+Ctrl", Perspective, false, {Shift, Control}, Does::WalkAlongTheView},
-        {"perspective, nothing, Alt", Perspective, false, {Alt}, Does::Nothing},
-        {"perspective, nothing, Shift+Alt", Perspective, false, {Shift, Alt}, Does::Nothing},
-        {"perspective, object", Perspective, true, {}, Does::Orbit},
-        {"perspective, object, Shift", Perspective, true, {Shift}, Does::PanLevel},
-        {"perspective, object, Ctrl", Perspective, true, {Control}, Does::TurnAndWalkLevel},
-        {"perspective, object, Shift+Ctrl", Perspective, true, {Shift, Control}, Does::WalkAlongTheView},
-        {"perspective, object, Alt", Perspective, true, {Alt}, Does::Nothing},
-        {"orthographic, nothing", Orthographic, false, {}, Does::PanInThePicture},
-        {"orthographic, nothing, Shift", Orthographic, false, {Shift}, Does::PanInThePicture},
-        {"orthographic, nothing, Ctrl", Orthographic, false, {Control}, Does::Zoom},
-        {"orthographic, nothing, Shift+Ctrl", Orthographic, false, {Shift, Control}, Does::Zoom},
-        {"orthographic, nothing, Alt", Orthographic, false, {Alt}, Does::Nothing},
-        {"orthographic, object", Orthographic, true, {}, Does::Zoom},
-        {"orthographic, object, Shift", Orthographic, true, {Shift}, Does::PanInThePicture},
-        {"orthographic, object, Ctrl", Orthographic, true, {Control}, Does::Zoom},
-        {"orthographic, object, Shift+Ctrl", Orthographic, true, {Shift, Control}, Does::Zoom},
-        {"orthographic, object, Alt", Orthographic, true, {Alt}, Does::Nothing},
-    };
-    for (const auto& [name, projection, onPlate, held, does] : rows)
+    for (const auto& [name, projection, onPlate, held, does] : Schemes)
     {
         Desk desk{projection};
         const Vector object = desk.plate->GetPosition(desk.scene);

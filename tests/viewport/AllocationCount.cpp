@@ -9,6 +9,9 @@ namespace
 std::atomic<std::int64_t> count{0};
 }
 
+// The sanitizers have these operators themselves; nothing is counted under them.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+
 void* operator new(std::size_t size)
 {
     ++count;
@@ -26,6 +29,8 @@ void operator delete(void* memory, std::size_t) noexcept
 {
     std::free(memory);
 }
+
+#endif
 
 std::int64_t lumora::test::AllocationCount()
 {

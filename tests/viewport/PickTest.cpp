@@ -204,6 +204,9 @@ TEST_F(PickScene, a_miss_beside_a_box_leaves_objects_alone_and_one_within_a_box_
     EXPECT_EQ(kept.PickedFrame, nullptr);
     EXPECT_EQ(passesOfNextPicture(), usual + 1);
     EXPECT_EQ(passesOfNextPicture(), usual);
+    control->PickFixScrewyD3DBug(tdlScene, 75, 75, true, true, kept.PickedFrame, kept.PickedMeshbuilder,
+                                 kept.PickedFaceID, kept.PickedWorld.x, kept.PickedWorld.y, kept.PickedWorld.z);
+    EXPECT_EQ(passesOfNextPicture(), usual); // by the ray alone
 }
 
 TEST_F(PickScene, answers_odd_questions_with_nothing_or_a_clear_error)

@@ -126,4 +126,18 @@ TEST(NavControls, in_the_other_projections_plates_and_strip_keep_their_corner_in
         }
 }
 
+TEST(NavControls, wait_for_planes_with_room_between_them)
+{
+    NavWindow window{400, 300};
+    window.control->SetFrontClippingPlane(5000); // beyond the back plane
+    EXPECT_NO_THROW(window.control->SetCameraPosition(1, 2, 3));
+    window.control.Host().ResizeWindow(500, 300);
+    window.control.Host().PaintNow();
+    EXPECT_EQ(window.control->ViewportState(), tdlRunning);
+    window.control->SetFrontClippingPlane(1);
+    window.control->SetCameraPosition(1, 2, 3);
+    const Pixel knob = KnobInPerspective(500, 300, 1, 0.5);
+    EXPECT_EQ(window.PointerOver(knob.x, knob.y), Cross);
+}
+
 } // namespace lumora::test

@@ -331,6 +331,14 @@ Passes BallOfPoints()
     return With(Perspective(), {Filled(Item(Sphere(1.8F, 60, 90, 0xFFFFC080), Turned(0.2, 0.3)), FillStyle::Points)});
 }
 
+/// Several triangles to a pixel, most of which cover no pixel centre.
+std::vector<ScenePass> DenseScan()
+{
+    ScenePass pass = Perspective();
+    pass.state.cull = CullMode::CounterClockwise;
+    return With(pass, {Item(Sphere(1.5F, 250, 350, 0xFF90C0A0, Shiny(12)))});
+}
+
 /// Texels and mip levels are chosen by rounding: a hair's difference can pick another one along a whole row, and at the
 /// horizon one texel stands for thousands.
 constexpr Tolerance TexelTolerance{2, 0.005, 24, 0.001};
@@ -351,6 +359,7 @@ const std::vector<DriverScene>& DriverScenes()
         {"ball_orthographic_highlight", [] { return SphereScene(Orthographic(), 25, true); }, {}},
         {"squashed_and_mirrored", SquashedAndMirrored, {}},
         {"tiny_triangles", TinyTriangles, {}},
+        {"dense_scan", DenseScan, {}},
         {"middling_triangles", MiddlingTriangles, {}},
         {"huge_triangles", HugeTriangles, {}},
         {"off_centre_and_scissored", OffCentreAndScissored, {}},

@@ -52,6 +52,7 @@ std::vector<LargeScene> LargeScenes()
     const auto glass = Confetti(15000, 4, 0.7F, 0x60, 2);
     return {
         {"smooth", {Placed(sphere), Placed(opaque)}},
+        {"dense", {Placed(Sphere(1.5F, 400, 400, 0xFFB09070, shiny))}},
         {"flat_in_fog",
          {Flat(Placed(sphere)), Flat(Placed(opaque))},
          Transparency::Sorted,
@@ -67,6 +68,11 @@ std::vector<LargeScene> LargeScenes()
         {"wireframe",
          {Placed(sphere, {}, FillStyle::Wireframe), Placed(glass, {}, FillStyle::Wireframe)},
          Transparency::Blended},
+        {"textured_glass_in_fog",
+         {Placed(sphere), Placed(Sphere(1.8F, 60, 60, 0x80FFFFFF, shiny, Ramp(37, 50, 0x40)))},
+         Transparency::Blended,
+         TextureFilter::Linear,
+         FogMode::Linear},
         {"points_in_fog",
          {Placed(sphere, {}, FillStyle::Points), Placed(opaque, {}, FillStyle::Points)},
          Transparency::Sorted,

@@ -191,6 +191,7 @@ TEST_F(DirectDrawSurfaces, are_free_again_when_a_context_was_only_dropped)
     const auto surface = NewSurface(8, 8);
     surface->GetDC();
     EXPECT_EQ(ErrorOf([&] { surface->Lock(); }), 0);
+    surface->Unlock();
 }
 
 TEST_F(DirectDrawSurfaces, take_nothing_more_through_a_context_that_was_released)

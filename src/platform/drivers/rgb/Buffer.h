@@ -41,6 +41,16 @@ public:
         data_.get()[size_++] = value;
     }
 
+    /// Where Reserve made room.
+    void AppendReserved(const T& value) { data_.get()[size_++] = value; }
+
+    void Append(std::span<const T> values)
+    {
+        Reserve(size_ + values.size());
+        std::ranges::copy(values, data_.get() + size_);
+        size_ += values.size();
+    }
+
     /// Memory for `size` elements in all.
     void Reserve(std::size_t size)
     {

@@ -18,6 +18,36 @@ LANES_INLINE Ints Greatest3(const Ints* v)
     return Greatest(Greatest(v[0], v[1]), v[2]);
 }
 
+/// Which triangles cover none of the up to four pixel centres in their boxes. `turned` ones are counter-clockwise. The
+/// same whole numbers as in the tiles.
+LANES_INLINE Mask CoversNone(const CullLanes& t, Mask turned, Ints firstX, Ints firstY, Ints lastX, Ints lastY)
+{
+    const Ints x[3] = {t.x[0], Choose(turned, t.x[2], t.x[1]), Choose(turned, t.x[1], t.x[2])};
+    const Ints y[3] = {t.y[0], Choose(turned, t.y[2], t.y[1]), Choose(turned, t.y[1], t.y[2])};
+    const Ints left = ShiftedLeft<SubPixelShift>(firstX);
+    const Ints top = ShiftedLeft<SubPixelShift>(firstY);
+    const Mask isWide = IsLess(firstX, lastX);
+    const Mask isHigh = IsLess(firstY, lastY);
+    const Ints zero = Splat(0);
+    Ints outside[4] = {zero, zero, zero, zero}; // negative where an edge is
+    for (int from = 0; from < 3; ++from)
+    {
+        const int to = from == 2 ? 0 : from + 1;
+        const Ints dx = x[to] - x[from];
+        const Ints dy = y[to] - y[from];
+        const Mask owns = Either(IsLess(dy, zero), Both(IsEqual(dy, zero), IsLess(zero, dx)));
+        const Ints value = dx * (top - y[from]) - dy * (left - x[from]) - Choose(owns, zero, Splat(1));
+        const Ints toRight = Choose(isWide, zero - ShiftedLeft<SubPixelShift>(dy), zero);
+        const Ints below = value + Choose(isHigh, ShiftedLeft<SubPixelShift>(dx), zero);
+        outside[0] = outside[0] | value;
+        outside[1] = outside[1] | (value + toRight);
+        outside[2] = outside[2] | below;
+        outside[3] = outside[3] | (below + toRight);
+    }
+    return Both(Both(IsLess(outside[0], zero), IsLess(outside[1], zero)),
+                Both(IsLess(outside[2], zero), IsLess(outside[3], zero)));
+}
+
 std::uint32_t CullTriangles(const std::uint32_t* indices, std::uint32_t count, std::uint32_t vertexBase,
                             const ScreenPosition* positions, const DrawState& state, TriangleSurvivors& survivors)
 {
@@ -69,14 +99,22 @@ std::uint32_t CullTriangles(const std::uint32_t* indices, std::uint32_t count, s
         const Mask clockwise = IsLess(Splat(0), area);
         const Mask counterClockwise = IsLess(area, Splat(0));
         const Mask faces = Either(Except(clockwise, noClockwise), Except(counterClockwise, noCounterClockwise));
-        const Mask keep = Both(valid, Either(unfinished, Except(faces, holdsNone)));
+        Mask keep = Both(valid, Either(unfinished, Except(faces, holdsNone)));
         if (!IsAny(keep))
             continue;
+        const Mask turn = Except(counterClockwise, unfinished);
+        const Mask isTiny =
+            Except(Except(Both(keep, IsLess(lastX - firstX, Splat(2))), unfinished), IsLess(Splat(1), lastY - firstY));
+        if (IsAny(isTiny))
+        {
+            keep = Except(keep, Both(isTiny, CoversNone(t, turn, firstX, firstY, lastX, lastY)));
+            if (!IsAny(keep))
+                continue;
+        }
 
         Ints tiles = ShiftedRight<TileShift>(firstX) | ShiftedLeft<8>(ShiftedRight<TileShift>(firstY));
         tiles =
             tiles | ShiftedLeft<16>(ShiftedRight<TileShift>(lastX)) | ShiftedLeft<24>(ShiftedRight<TileShift>(lastY));
-        const Mask turn = Except(counterClockwise, unfinished);
         const ChosenLanes chosen = FindChosen(keep);
         StoreChosen(v[0], chosen, survivors.a + kept);
         StoreChosen(Choose(turn, v[2], v[1]), chosen, survivors.b + kept);

@@ -11,9 +11,11 @@
 #include "platform/drivers/rgb/Buffer.h"
 #include "platform/drivers/rgb/Textures.h"
 
+#include <array>
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace lumora::rgb
@@ -173,8 +175,11 @@ struct DrawState
     bool hasFog = false;
     bool needsCoordinates = false;
     bool sortsTranslucent = false; ///< translucent triangles wait
+    bool waits = false;            ///< only its translucent triangles are drawn, sorted with those of others
+    bool isAllTranslucent = false; ///< no need to look
     bool isTextureTranslucent = false;
-    PixelRect area; ///< only these pixels
+    bool hasHighlight = false; ///< where it stays apart from the diffuse color
+    PixelRect area;            ///< only these pixels
     std::uint32_t part = 0;
     std::uint32_t group = 0;
     CullMode cull = CullMode::None;
@@ -216,6 +221,7 @@ struct WorkUnit
 {
     std::uint32_t firstSegment = 0;
     std::uint32_t segmentCount = 0;
+    bool isSorted = false; ///< segments are stretches of Batch::order
 };
 
 /// A stretch of a part's vertices, faces or triangles.
@@ -234,12 +240,21 @@ struct VertexTask
     std::uint32_t count = 0;
 };
 
-/// A translucent triangle that waits for its turn.
+/// A translucent triangle that waits for its turn: it faces the right way and may cover a pixel.
 struct SortedTriangle
 {
-    std::uint32_t key; ///< smaller is farther
+    std::uint32_t vertex[3];
     std::uint32_t state;
     std::uint32_t triangle;
+    std::uint32_t tiles; ///< as in TriangleSurvivors
+    std::uint32_t key;   ///< smaller is farther
+};
+
+/// A place in the order of drawing.
+struct SortedPlace
+{
+    std::uint32_t key;
+    std::uint32_t number; ///< of a SortedTriangle
 };
 
 /// What goes through the stages together.
@@ -254,12 +269,18 @@ struct Batch
     VertexBlocks faces;                  ///< colors and highlights only
     Buffer<std::uint8_t> isCulled;       ///< of triangles, for lines and points
     Buffer<std::uint32_t> pointVertices; ///< that points draw
-    Buffer<SortedTriangle> sorted;
-    bool isSorted = false; ///< segments are stretches of `sorted`
+    std::vector<WorkUnit> waitingUnits;  ///< triangles that are sorted, before they are
+    Buffer<SortedTriangle> sorted;       ///< in order of submission
+    Buffer<SortedPlace> order;
     PixelRect target;
     int tilesPerRow = 0;
     std::uint32_t tileCount = 0;
     const struct Kernels* kernels = nullptr;
+
+    std::span<const Segment> SegmentsOf(const WorkUnit& unit) const
+    {
+        return std::span{segments}.subspan(unit.firstSegment, unit.segmentCount);
+    }
 };
 
 /// Triangles of up to 64 pixels that face the right way and may cover a pixel, clockwise on the screen.
@@ -275,6 +296,11 @@ struct TriangleSurvivors
     std::int32_t triangle[Capacity + Slack];
     std::int32_t tiles[Capacity + Slack];
     std::uint64_t coveredPixels; ///< by the boxes of those that are finished: an upper bound
+
+    std::array<std::uint32_t, 3> Corners(std::uint32_t i) const
+    {
+        return {static_cast<std::uint32_t>(a[i]), static_cast<std::uint32_t>(b[i]), static_cast<std::uint32_t>(c[i])};
+    }
 };
 
 /// What one instruction set does its own way. All of them compute the same bytes.

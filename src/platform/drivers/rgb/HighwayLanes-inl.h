@@ -179,14 +179,6 @@ HWY_INLINE void LoadPairs(const std::int32_t* base, Ints index, Ints& first, Int
                     sizeof(std::int64_t));
     hn::LoadInterleaved2(AsInt, reinterpret_cast<const std::int32_t*>(pairs), first, second);
 }
-/// The x and y of one position for each lane.
-HWY_INLINE void LoadPlaces(const ScreenPosition* const* from, Ints& x, Ints& y)
-{
-    alignas(64) std::int64_t pairs[LaneCount];
-    for (int i = 0; i < LaneCount; ++i)
-        std::memcpy(pairs + i, &from[i]->x, sizeof(std::int64_t));
-    hn::LoadInterleaved2(AsInt, reinterpret_cast<const std::int32_t*>(pairs), x, y);
-}
 HWY_INLINE Floats Gather(const float* base, Ints index)
 {
     return hn::GatherIndex(AsFloat, base, index);
@@ -208,6 +200,30 @@ HWY_INLINE void StoreQuads(Floats a, Floats b, Floats c, Floats d, float* to)
 {
     hn::StoreInterleaved4(a, b, c, d, AsFloat, to);
 }
+/// The opposite of StoreQuads.
+HWY_INLINE void LoadQuads(const float* from, Floats& a, Floats& b, Floats& c, Floats& d)
+{
+    hn::LoadInterleaved4(AsFloat, from, a, b, c, d);
+}
+/// Numbers below LaneCount, ready to be looked up by.
+using LaneOrder = decltype(hn::IndicesFromVec(AsFloat, Ints{}));
+
+HWY_INLINE LaneOrder LaneOrderOf(Ints numbers)
+{
+    return hn::IndicesFromVec(AsFloat, numbers);
+}
+/// One of LaneCount floats for each lane.
+HWY_INLINE Floats ByLane(const float* from, LaneOrder order)
+{
+    return hn::TableLookupLanes(Load(from), order);
+}
+/// A bit for each lane, from the lowest.
+HWY_INLINE std::uint32_t LaneBits(Mask m)
+{
+    std::uint8_t bits[8]{};
+    hn::StoreMaskBits(AsFloat, m, bits);
+    return bits[0];
+}
 /// Which lanes of a mask are chosen. Highway's own compression copies its table to the stack at each call, with this
 /// compiler.
 struct ChosenLanes
@@ -218,9 +234,8 @@ struct ChosenLanes
 
 HWY_INLINE ChosenLanes FindChosen(Mask m)
 {
-    std::uint8_t bits[8]{};
-    hn::StoreMaskBits(AsFloat, m, bits);
-    return {LaneOrders[bits[0]], static_cast<std::uint32_t>(std::popcount(bits[0]))};
+    const std::uint32_t bits = LaneBits(m);
+    return {LaneOrders[static_cast<std::uint8_t>(bits)], static_cast<std::uint32_t>(std::popcount(bits))};
 }
 /// Stores the chosen lanes one after the other; writes LaneCount numbers.
 HWY_INLINE void StoreChosen(Ints v, const ChosenLanes& chosen, std::int32_t* to)

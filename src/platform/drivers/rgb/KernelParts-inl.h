@@ -6,6 +6,8 @@
 #include "platform/drivers/rgb/Culling-inl.h"
 #include "platform/drivers/rgb/Shading-inl.h"
 #include "platform/drivers/rgb/Triangles-inl.h"
+#include "platform/drivers/rgb/Fragments-inl.h"
+#include "platform/drivers/rgb/TriangleRuns-inl.h"
 #include "platform/drivers/rgb/Lines-inl.h"
 #include "platform/drivers/rgb/KernelTable-inl.h"
 // clang-format on

@@ -6,6 +6,11 @@ LANES_INLINE Floats Clamped01(Floats v)
     return Least(Greatest(v, Splat(0.0F)), Splat(1.0F)); // NaN becomes 0
 }
 
+LANES_INLINE Floats Absolute(Floats v)
+{
+    return Greatest(v, Splat(0.0F) - v);
+}
+
 /// Of numbers above 0 that are not denormal; absolute error below 2e-7 for results near 0.
 LANES_INLINE Floats Log2(Floats x)
 {

@@ -64,11 +64,16 @@ MeshFacts::GroupFacts FactsOf(const DrawMesh& mesh, const DrawMesh::Group& group
 {
     RangeFinder vertices;
     RangeFinder faces;
+    bool isAllTranslucent = true;
     for (std::uint32_t triangle = group.firstTriangle; triangle < group.firstTriangle + group.triangleCount; ++triangle)
     {
         faces.Include(mesh.triangleFace[triangle]);
         for (int corner = 0; corner < 3; ++corner)
-            vertices.Include(mesh.indices[3 * std::size_t{triangle} + corner]);
+        {
+            const std::uint32_t vertex = mesh.indices[3 * std::size_t{triangle} + corner];
+            vertices.Include(vertex);
+            isAllTranslucent = isAllTranslucent && mesh.color[vertex] >> 24 != 0xFF;
+        }
     }
     for (std::uint32_t i = group.firstEdge; i < group.firstEdge + group.edgeCount; ++i)
     {
@@ -76,7 +81,7 @@ MeshFacts::GroupFacts FactsOf(const DrawMesh& mesh, const DrawMesh::Group& group
         vertices.Include(mesh.edges[i].vertexB);
         faces.Include(mesh.triangleFace[mesh.edges[i].triangleA]);
     }
-    return {vertices.Found(), faces.Found()};
+    return {vertices.Found(), faces.Found(), isAllTranslucent};
 }
 
 } // namespace

@@ -23,6 +23,7 @@ struct MeshFacts
     {
         Range vertices; ///< all that the group uses lie in here
         Range faces;
+        bool isAllTranslucent = false; ///< every vertex that its triangles use has an alpha below 255
     };
 
     explicit MeshFacts(const DrawMesh& mesh);

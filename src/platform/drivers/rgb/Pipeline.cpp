@@ -125,8 +125,9 @@ void Pipeline::RunCommand(const Command& command)
         return planner_.AddClear(command.parts, command.area, command.color);
     if (command.kind == Command::Kind::Waiting)
     {
-        RunBatch();
-        return RunSorted(command);
+        for (std::uint32_t i = command.first; i < command.first + command.count; ++i)
+            planner_.AddItem(waiting_[i], passes_[waiting_[i].pass], Share::Waiting);
+        return RunBatch();
     }
     const RecordedItem& recorded = items_[command.first];
     planner_.AddItem(recorded, passes_[recorded.pass], Share::AtOnce);
@@ -134,48 +135,60 @@ void Pipeline::RunCommand(const Command& command)
         RunBatch();
 }
 
+/// What is drawn at once, and then, sorted, what waits.
 void Pipeline::RunBatch()
 {
     if (planner_.IsEmpty())
         return;
     const bool alone = planner_.PrimitiveCount() < SmallPrimitiveCount;
+    const std::uint32_t threads = alone ? 1U : static_cast<std::uint32_t>(crew_->Size());
     PlaceAndLight(alone);
-    planner_.PlanUnits(alone ? 1U : static_cast<std::uint32_t>(crew_->Size()));
+    planner_.PlanUnits(threads);
+    if (!batch_.waitingUnits.empty())
+    {
+        CollectWaiting(alone);
+        SortWaiting();
+        planner_.PlanSortedUnits(threads);
+    }
     DrawUnits(alone);
     planner_.Start(target_.Bounds(), kernels_);
 }
 
-void Pipeline::RunSorted(const Command& command)
+void Pipeline::CollectWaiting(bool alone)
 {
-    for (std::uint32_t i = command.first; i < command.first + command.count; ++i)
-        planner_.AddItem(waiting_[i], passes_[waiting_[i].pass], Share::Waiting);
-    const bool alone = planner_.PrimitiveCount() < SmallPrimitiveCount;
-    PlaceAndLight(alone);
-    planner_.PlanUnits(1);
-    for (const Segment& segment : batch_.segments)
-        CollectSorted(batch_, segment, batch_.sorted);
-    SortWaiting();
-    planner_.PlanSortedUnits(alone ? 1U : static_cast<std::uint32_t>(crew_->Size()));
-    DrawUnits(alone);
-    planner_.Start(target_.Bounds(), kernels_);
+    if (collected_.size() < batch_.waitingUnits.size())
+        collected_.resize(batch_.waitingUnits.size());
+    Share(batch_.waitingUnits.size(), alone,
+          [&](std::size_t unit, int) { CollectSorted(batch_, batch_.waitingUnits[unit], collected_[unit]); });
+    for (std::size_t unit = 0; unit < batch_.waitingUnits.size(); ++unit)
+        batch_.sorted.Append(collected_[unit].Items());
+    batch_.order.Resize(batch_.sorted.Size());
+    for (std::uint32_t i = 0; i < batch_.sorted.Size(); ++i)
+        batch_.order[i] = {batch_.sorted[i].key, i};
 }
 
-/// By key, equal ones in order of submission: a radix sort of 11 bits at a time.
+/// By key, equal ones in order of submission: a radix sort of 11 bits at a time. Digits that are the same everywhere
+/// are left out.
 void Pipeline::SortWaiting()
 {
     constexpr int DigitBits = 11;
     constexpr std::uint32_t Digits = 1U << DigitBits;
-    sortSpace_.Resize(batch_.sorted.Size());
-    for (int shift = 0; shift < 32; shift += DigitBits)
+    constexpr int Passes = 3;
+    std::uint32_t starts[Passes][Digits + 1] = {};
+    const auto digit = [](std::uint32_t key, int pass) { return (key >> (pass * DigitBits)) & (Digits - 1); };
+    for (const SortedPlace& place : batch_.order.Items())
+        for (int pass = 0; pass < Passes; ++pass)
+            ++starts[pass][digit(place.key, pass) + 1];
+    sortSpace_.Resize(batch_.order.Size());
+    for (int pass = 0; pass < Passes; ++pass)
     {
-        std::uint32_t starts[Digits + 1] = {};
-        for (const SortedTriangle& triangle : batch_.sorted.Items())
-            ++starts[((triangle.key >> shift) & (Digits - 1)) + 1];
-        for (std::uint32_t digit = 0; digit < Digits; ++digit)
-            starts[digit + 1] += starts[digit];
-        for (const SortedTriangle& triangle : batch_.sorted.Items())
-            sortSpace_[starts[(triangle.key >> shift) & (Digits - 1)]++] = triangle;
-        std::swap(batch_.sorted, sortSpace_);
+        if (std::ranges::find(starts[pass], batch_.order.Size()) != std::end(starts[pass]))
+            continue;
+        for (std::uint32_t i = 0; i < Digits; ++i)
+            starts[pass][i + 1] += starts[pass][i];
+        for (const SortedPlace& place : batch_.order.Items())
+            sortSpace_[starts[pass][digit(place.key, pass)]++] = place;
+        std::swap(batch_.order, sortSpace_);
     }
 }
 
@@ -222,22 +235,48 @@ void Pipeline::PlaceAndLight(bool alone)
           });
 }
 
-/// Winding in front of the eye, before clipping: the determinant of the corners' x, y and w. Above 0 is
-/// counter-clockwise, since y goes up in clip space.
+namespace
+{
+
+/// Tells the winding of triangles in front of the eye, before clipping: the determinant of the corners' clip-space x, y
+/// and w. Above 0 is counter-clockwise, since y goes up in clip space.
+///
+/// By Cauchy and Binet it is the normal times (eye + a corner * weight), both made of minors of the matrix: no corner
+/// has to be transformed.
+struct WindingRule
+{
+    Double3 eye;
+    double weight;
+
+    explicit WindingRule(const Matrix4& toClip)
+    {
+        const auto minor = [&](int a, int b, int c)
+        {
+            const auto row = [&](int i) { return Double3{toClip.m[i][0], toClip.m[i][1], toClip.m[i][3]}; };
+            return Dot(row(a), Cross(row(b), row(c)));
+        };
+        eye = {minor(1, 2, 3), -minor(0, 2, 3), minor(0, 1, 3)};
+        weight = minor(0, 1, 2);
+    }
+    double Of(Double3 a, Double3 b, Double3 c) const { return Dot(Cross(b - a, c - a), eye + a * weight); }
+};
+
+} // namespace
+
 void Pipeline::FindFacing(const Part& part, const VertexTask& task)
 {
     const DrawMesh& mesh = *part.item->mesh;
     const bool cullsClockwise = part.pass->state.cull == CullMode::Clockwise;
+    const WindingRule rule{part.toClip};
+    const auto corner = [&](std::size_t index)
+    {
+        const std::uint32_t v = mesh.indices[index];
+        return Double3{mesh.x[v], mesh.y[v], mesh.z[v]};
+    };
     for (std::uint32_t triangle = task.first; triangle < task.first + task.count; ++triangle)
     {
-        Double3 rows[3];
-        for (int corner = 0; corner < 3; ++corner)
-        {
-            const std::uint32_t v = mesh.indices[3 * std::size_t{triangle} + corner];
-            const Double4 p = Transform(Double4{mesh.x[v], mesh.y[v], mesh.z[v], 1}, part.toClip);
-            rows[corner] = {p.x, p.y, p.w};
-        }
-        const double winding = Dot(rows[0], Cross(rows[1], rows[2]));
+        const std::size_t first = 3 * std::size_t{triangle};
+        const double winding = rule.Of(corner(first), corner(first + 1), corner(first + 2));
         batch_.isCulled[triangle + part.facingBase] = (cullsClockwise ? winding > 0 : winding < 0) ? 0 : 1;
     }
 }

@@ -60,9 +60,9 @@ private:
 
     void RunCommand(const Command& command);
     void RunBatch();
-    void RunSorted(const Command& command);
     void PlaceAndLight(bool alone);
     void FindFacing(const Part& part, const VertexTask& task);
+    void CollectWaiting(bool alone);
     void SortWaiting();
     void DrawUnits(bool alone);
     std::size_t SetUpRound(std::size_t first, std::size_t count, bool alone);
@@ -90,8 +90,9 @@ private:
     Planner planner_;
     std::vector<Bins> bins_;
     std::vector<std::uint8_t> isSetUp_;
-    Buffer<std::uint32_t> tileColors_; ///< room for a tile for each thread
-    Buffer<SortedTriangle> sortSpace_;
+    Buffer<std::uint32_t> tileColors_;              ///< room for a tile for each thread
+    std::vector<Buffer<SortedTriangle>> collected_; ///< for each waiting unit
+    Buffer<SortedPlace> sortSpace_;
 };
 
 } // namespace lumora::rgb

@@ -240,15 +240,6 @@ inline void LoadPairs(const std::int32_t* base, const Ints& index, Ints& first, 
         second.lane[i] = from[1];
     }
 }
-/// The x and y of one position for each lane.
-inline void LoadPlaces(const ScreenPosition* const* from, Ints& x, Ints& y)
-{
-    for (int i = 0; i < LaneCount; ++i)
-    {
-        x.lane[i] = from[i]->x;
-        y.lane[i] = from[i]->y;
-    }
-}
 inline Floats Gather(const float* base, const Ints& index)
 {
     return EachLane<Floats>([&](int i) { return base[index.lane[i]]; });
@@ -280,6 +271,37 @@ inline void StoreQuads(const Floats& a, const Floats& b, const Floats& c, const 
         to[4 * i + 2] = c.lane[i];
         to[4 * i + 3] = d.lane[i];
     }
+}
+/// The opposite of StoreQuads.
+inline void LoadQuads(const float* from, Floats& a, Floats& b, Floats& c, Floats& d)
+{
+    for (int i = 0; i < LaneCount; ++i)
+    {
+        a.lane[i] = from[4 * i];
+        b.lane[i] = from[4 * i + 1];
+        c.lane[i] = from[4 * i + 2];
+        d.lane[i] = from[4 * i + 3];
+    }
+}
+/// Numbers below LaneCount, ready to be looked up by.
+using LaneOrder = Ints;
+
+inline LaneOrder LaneOrderOf(const Ints& numbers)
+{
+    return numbers;
+}
+/// One of LaneCount floats for each lane.
+inline Floats ByLane(const float* from, const LaneOrder& order)
+{
+    return EachLane<Floats>([&](int i) { return from[order.lane[i]]; });
+}
+/// A bit for each lane, from the lowest.
+inline std::uint32_t LaneBits(const Mask& m)
+{
+    std::uint32_t bits = 0;
+    for (int i = 0; i < LaneCount; ++i)
+        bits |= m.lane[i] != 0 ? 1U << i : 0U;
+    return bits;
 }
 /// Which lanes of a mask are chosen.
 struct ChosenLanes

@@ -115,7 +115,8 @@ void Planner::Start(const PixelRect& target, const Kernels& kernels)
     batch_.vertexTasks.clear();
     batch_.pointVertices.Clear();
     batch_.sorted.Clear();
-    batch_.isSorted = false;
+    batch_.waitingUnits.clear();
+    batch_.order.Clear();
     batch_.target = target;
     batch_.tilesPerRow = (target.Width() + TileSize - 1) >> TileShift;
     batch_.tileCount = static_cast<std::uint32_t>(batch_.tilesPerRow) *
@@ -145,7 +146,10 @@ void Planner::AddItem(const RecordedItem& recorded, const Pass& pass, Share shar
     {
         const bool waits = pass.state.transparency == Transparency::Sorted && item.fill == FillStyle::Solid;
         const bool isTextureTranslucent = IsTextured(item, group) && group.texture->hasTranslucency;
-        return share == Share::AtOnce ? !(waits && isTextureTranslucent) : IsTranslucent(item, group);
+        if (share == Share::Waiting)
+            return IsTranslucent(item, group);
+        const std::size_t number = static_cast<std::size_t>(&group - groups.data());
+        return !(waits && (isTextureTranslucent || recorded.facts->groups[number].isAllTranslucent));
     };
     const bool isWhole = recorded.facts->hasOneMaterial &&
                          std::ranges::all_of(groups, [&](const DrawMesh::Group& group)
@@ -227,11 +231,14 @@ void Planner::AddState(const RecordedItem& recorded, const Pass& pass, std::uint
     state.isTextureTranslucent = texture != nullptr && of.texture->hasTranslucency;
     state.sortsTranslucent = share == Share::AtOnce && state.primitive == Primitive::Triangles &&
                              pass.state.transparency == Transparency::Sorted && IsTranslucent(item, of);
+    state.waits = share == Share::Waiting;
+    state.isAllTranslucent = recorded.facts->groups[group].isAllTranslucent;
     state.area = state.primitive == Primitive::Triangles ? pass.area : Intersection(pass.state.scissor, batch_.target);
     state.part = part;
     state.group = group;
     state.cull = pass.state.cull;
     state.texture = texture;
+    state.hasHighlight = texture != nullptr && of.material.power > 0 && item.lit;
     const int fog = state.fog.mode == FogMode::None ? 0 : 1;
     const int blending = static_cast<int>(state.blending);
     state.drawRun = state.primitive == Primitive::Triangles
@@ -291,32 +298,37 @@ void Planner::CollectPoints(const DrawState& state, Segment& segment)
 
 void Planner::PlanUnits(std::uint32_t threads)
 {
-    std::uint64_t total = 0;
-    for (std::uint32_t i = 0; i < batch_.states.size(); ++i)
+    for (const bool waits : {false, true})
     {
-        Segment segment = WholeSegment(i);
-        if (batch_.states[i].primitive == Primitive::Points)
-            CollectPoints(batch_.states[i], segment);
-        total += segment.count;
-        if (segment.count != 0)
-            whole_.push_back(segment);
+        whole_.clear();
+        for (std::uint32_t i = 0; i < batch_.states.size(); ++i)
+        {
+            if (batch_.states[i].waits != waits)
+                continue;
+            Segment segment = WholeSegment(i);
+            if (batch_.states[i].primitive == Primitive::Points)
+                CollectPoints(batch_.states[i], segment);
+            if (segment.count != 0)
+                whole_.push_back(segment);
+        }
+        CutUnits(threads, false, waits ? batch_.waitingUnits : batch_.units);
     }
-    CutUnits(total, threads);
 }
 
 void Planner::PlanSortedUnits(std::uint32_t threads)
 {
-    batch_.isSorted = true;
     whole_.clear();
-    batch_.segments.clear();
-    batch_.units.clear();
-    whole_.push_back({0, 0, static_cast<std::uint32_t>(batch_.sorted.Size())});
-    CutUnits(batch_.sorted.Size(), threads);
+    whole_.push_back({0, 0, static_cast<std::uint32_t>(batch_.order.Size())});
+    CutUnits(threads, true, batch_.units);
 }
 
-void Planner::CutUnits(std::uint64_t total, std::uint32_t threads)
+/// Cuts `whole_` into work units.
+void Planner::CutUnits(std::uint32_t threads, bool isSorted, std::vector<WorkUnit>& units)
 {
     constexpr std::uint64_t UnitsPerThread = 4;
+    std::uint64_t total = 0;
+    for (const Segment& segment : whole_)
+        total += segment.count;
     const std::uint64_t fair = total / (UnitsPerThread * threads) + 1;
     const auto size = static_cast<std::uint32_t>(
         std::clamp<std::uint64_t>(threads == 1 ? MostPrimitives : fair, FewestPrimitives, MostPrimitives));
@@ -326,12 +338,12 @@ void Planner::CutUnits(std::uint64_t total, std::uint32_t threads)
         {
             if (room == 0)
             {
-                batch_.units.push_back({static_cast<std::uint32_t>(batch_.segments.size()), 0});
+                units.push_back({static_cast<std::uint32_t>(batch_.segments.size()), 0, isSorted});
                 room = size;
             }
             const std::uint32_t count = std::min(room, segment.count - done);
             batch_.segments.push_back({segment.state, segment.first + done, count});
-            ++batch_.units.back().segmentCount;
+            ++units.back().segmentCount;
             done += count;
             room -= count;
         }

@@ -50,10 +50,11 @@ public:
     /// Makes room for what the vertex tasks fill.
     void ReserveVertices();
 
-    /// After the vertex tasks: finds the vertices that points draw, and cuts everything into work units.
+    /// After the vertex tasks: finds the vertices that points draw, and cuts everything into work units: what is drawn
+    /// at once, and what waits to be sorted.
     void PlanUnits(std::uint32_t threads);
 
-    /// Work units over the sorted triangles.
+    /// Further work units, over the sorted triangles.
     void PlanSortedUnits(std::uint32_t threads);
 
     std::uint64_t PrimitiveCount() const { return primitiveCount_; }
@@ -64,7 +65,7 @@ private:
                   const MipChain* texture, Share share);
     void AddTasks(VertexTask::Kind kind, std::uint32_t part, std::uint32_t first, std::uint32_t count);
     void CollectPoints(const DrawState& state, Segment& segment);
-    void CutUnits(std::uint64_t total, std::uint32_t threads);
+    void CutUnits(std::uint32_t threads, bool isSorted, std::vector<WorkUnit>& units);
     Segment WholeSegment(std::uint32_t state) const;
 
     Batch& batch_;

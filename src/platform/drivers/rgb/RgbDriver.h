@@ -25,7 +25,7 @@ struct RgbOptions
 /// Memory beyond the pixels' depth buffer (4.1 bytes a pixel): vertices of one batch (up to 64 bytes each; a batch ends
 /// once it has a million vertices, so the largest mesh decides where it has more), 32 MiB of triangles in bins and what
 /// one work unit of each thread may add, mip levels (up to 256 MiB, and those of the picture being drawn), and for what
-/// waits to be sorted 64 bytes a vertex and 24 bytes a triangle.
+/// waits to be sorted 64 bytes a vertex and 72 bytes a triangle that may be seen.
 std::unique_ptr<Driver> MakeRgbDriver(const RgbOptions& options = {});
 
 /// The levels that this machine and this build have, Plain first, without Best.

@@ -4,8 +4,10 @@
 #include "platform/drivers/rgb/Clipping.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstdlib>
+#include <tuple>
 
 namespace lumora::rgb
 {
@@ -41,7 +43,7 @@ std::int64_t Cross(const ScreenPosition& a, const ScreenPosition& b, std::int64_
 
 bool IsTranslucent(const Batch& batch, const DrawState& state, std::uint32_t triangle)
 {
-    if (state.isTextureTranslucent)
+    if (state.isTextureTranslucent || state.isAllTranslucent)
         return true;
     const Part& part = batch.parts[state.part];
     const DrawMesh& mesh = *part.item->mesh;
@@ -75,16 +77,17 @@ public:
 
     void RunSorted(const Segment& segment)
     {
-        for (const SortedTriangle& sorted : batch_.sorted.Items().subspan(segment.first, segment.count))
+        for (const SortedPlace& place : batch_.order.Items().subspan(segment.first, segment.count))
         {
+            const SortedTriangle& sorted = batch_.sorted[place.number];
             state_ = sorted.state;
-            const std::uint32_t* indices = Mesh().indices.data() + 3 * std::size_t{sorted.triangle};
-            const std::uint32_t base = CurrentPart().vertexBase;
-            AddTriangle(indices[0] + base, indices[1] + base, indices[2] + base, sorted.triangle);
+            AddSurvivor(sorted.vertex, sorted.triangle, sorted.tiles);
         }
     }
 
 private:
+    static constexpr auto Unfinished = static_cast<std::uint32_t>(TriangleSurvivors::Unfinished);
+
     const DrawState& State() const { return batch_.states[state_]; }
     const Part& CurrentPart() const { return batch_.parts[State().part]; }
     const DrawMesh& Mesh() const { return *CurrentPart().item->mesh; }
@@ -113,20 +116,34 @@ private:
 
     void AddSurvivors(std::uint32_t count, std::uint32_t firstTriangle)
     {
-        const DrawState& state = State();
+        constexpr std::size_t MostOfOne =
+            std::tuple_size_v<decltype(ClipPolygon::corners)> - 2; // that clipping makes of a triangle
+        bins_.records.Reserve(bins_.records.Size() + MostOfOne * count);
+        const bool isPlain = !State().sortsTranslucent && !State().isFlat;
+        const auto tilesPerRow = static_cast<std::uint32_t>(batch_.tilesPerRow);
         for (std::uint32_t i = 0; i < count; ++i)
         {
-            const auto a = static_cast<std::uint32_t>(survivors_.a[i]);
-            const auto b = static_cast<std::uint32_t>(survivors_.b[i]);
-            const auto c = static_cast<std::uint32_t>(survivors_.c[i]);
-            const std::uint32_t triangle = firstTriangle + static_cast<std::uint32_t>(survivors_.triangle[i]);
-            if (state.sortsTranslucent && IsTranslucent(batch_, state, triangle))
+            const auto tiles = static_cast<std::uint32_t>(survivors_.tiles[i]);
+            const bool isOneTile = (tiles & 0xFFFF) == tiles >> 16 && tiles != Unfinished;
+            if (isPlain && isOneTile) // nearly all of a scan
+            {
+                const auto number = static_cast<std::uint32_t>(bins_.records.Size());
+                const std::array<std::uint32_t, 3> corners = survivors_.Corners(i);
+                bins_.records.AppendReserved({{corners[0], corners[1], corners[2]}, 0, state_});
+                bins_.pairs.Append((((tiles >> 8) & 0xFF) * tilesPerRow + (tiles & 0xFF)) << 16 | number);
                 continue;
-            if (survivors_.tiles[i] == TriangleSurvivors::Unfinished)
-                AddTriangle(a, b, c, triangle);
-            else
-                AddSmall({{a, b, c}, FaceOf(triangle), state_}, static_cast<std::uint32_t>(survivors_.tiles[i]));
+            }
+            const std::uint32_t triangle = firstTriangle + static_cast<std::uint32_t>(survivors_.triangle[i]);
+            if (!State().sortsTranslucent || !IsTranslucent(batch_, State(), triangle))
+                AddSurvivor(survivors_.Corners(i).data(), triangle, tiles);
         }
+    }
+
+    void AddSurvivor(const std::uint32_t* vertex, std::uint32_t triangle, std::uint32_t tiles)
+    {
+        if (tiles == Unfinished)
+            return AddTriangle(vertex[0], vertex[1], vertex[2], triangle);
+        AddSmall({{vertex[0], vertex[1], vertex[2]}, FaceOf(triangle), state_}, tiles);
     }
 
     void AddSmall(const Record& record, std::uint32_t tiles)
@@ -134,6 +151,8 @@ private:
         const std::uint32_t number = Append(record);
         const std::uint32_t left = tiles & 0xFF;
         const std::uint32_t top = (tiles >> 8) & 0xFF;
+        if ((tiles & 0xFFFF) == tiles >> 16)
+            return bins_.pairs.Append((top * static_cast<std::uint32_t>(batch_.tilesPerRow) + left) << 16 | number);
         const std::uint32_t right = (tiles >> 16) & 0xFF;
         const std::uint32_t bottom = tiles >> 24;
         for (std::uint32_t y = top; y <= bottom; ++y)
@@ -302,6 +321,8 @@ private:
         const std::uint32_t number = Append(record);
         bins_.coveredPixels += static_cast<std::uint64_t>(16 + 4 * (pixels.Width() + pixels.Height()));
         const TileRange tiles{pixels};
+        if (tiles.IsOne())
+            return bins_.pairs.Append(TileNumber(tiles.left, tiles.top) << 16 | number);
         const std::int64_t dx = std::int64_t{to.x} - from.x;
         const std::int64_t dy = std::int64_t{to.y} - from.y;
         const std::int64_t reach = (std::abs(dx) + std::abs(dy)) * (TileSize / 2 + 1) * SubPixels;
@@ -310,7 +331,7 @@ private:
             {
                 const std::int64_t centreX = (std::int64_t{x} * TileSize + TileSize / 2) * SubPixels;
                 const std::int64_t centreY = (std::int64_t{y} * TileSize + TileSize / 2) * SubPixels;
-                if (tiles.IsOne() || std::abs(Cross(from, to, centreX, centreY)) <= reach)
+                if (std::abs(Cross(from, to, centreX, centreY)) <= reach)
                     bins_.pairs.Append(TileNumber(x, y) << 16 | number);
             }
     }
@@ -368,41 +389,71 @@ std::uint32_t DescendingKey(float value)
     return (bits & 0x80000000U) != 0 ? bits : ~bits & 0x7FFFFFFFU;
 }
 
-} // namespace
-
-void SetUpUnit(const Batch& batch, const WorkUnit& unit, Bins& bins)
+/// A triangle's mean camera-space z, times three.
+double DepthSum(const Part& part, const std::uint32_t* indices)
 {
-    bins.Clear();
-    UnitSetup setup{batch, bins};
-    for (std::uint32_t i = 0; i < unit.segmentCount; ++i)
+    const DrawMesh& mesh = *part.item->mesh;
+    double x = 0;
+    double y = 0;
+    double z = 0;
+    for (int corner = 0; corner < 3; ++corner)
     {
-        const Segment& segment = batch.segments[unit.firstSegment + i];
-        if (batch.isSorted)
-            setup.RunSorted(segment);
-        else
-            setup.Run(segment);
+        x += mesh.x[indices[corner]];
+        y += mesh.y[indices[corner]];
+        z += mesh.z[indices[corner]];
     }
-    bins.Close(batch.tileCount);
+    const Matrix4& m = part.toCamera;
+    return x * m.m[0][2] + y * m.m[1][2] + z * m.m[2][2] + 3 * m.m[3][2];
 }
 
 void CollectSorted(const Batch& batch, const Segment& segment, Buffer<SortedTriangle>& sorted)
 {
     const DrawState& state = batch.states[segment.state];
     const Part& part = batch.parts[state.part];
-    const DrawMesh& mesh = *part.item->mesh;
-    for (std::uint32_t triangle = segment.first; triangle < segment.first + segment.count; ++triangle)
+    const std::uint32_t* indices = part.item->mesh->indices.data();
+    TriangleSurvivors survivors;
+    for (std::uint32_t done = 0; done < segment.count; done += TriangleSurvivors::Capacity)
     {
-        if (!IsTranslucent(batch, state, triangle))
-            continue;
-        double depth = 0;
-        for (int corner = 0; corner < 3; ++corner)
+        const std::uint32_t first = segment.first + done;
+        const std::uint32_t kept = batch.kernels->cullTriangles(
+            indices + 3 * std::size_t{first}, std::min(TriangleSurvivors::Capacity, segment.count - done),
+            part.vertexBase, batch.vertices.positions.Data(), state, survivors);
+        sorted.Reserve(sorted.Size() + kept);
+        for (std::uint32_t i = 0; i < kept; ++i)
         {
-            const std::uint32_t v = mesh.indices[3 * std::size_t{triangle} + corner];
-            depth += TransformPoint({mesh.x[v], mesh.y[v], mesh.z[v]}, part.toCamera).z / 3;
+            const std::uint32_t triangle = first + static_cast<std::uint32_t>(survivors.triangle[i]);
+            const auto depth = static_cast<float>(DepthSum(part, indices + 3 * std::size_t{triangle}) / 3);
+            if (!std::isfinite(depth) || !IsTranslucent(batch, state, triangle))
+                continue;
+            const std::array<std::uint32_t, 3> corners = survivors.Corners(i);
+            sorted.Append({{corners[0], corners[1], corners[2]},
+                           segment.state,
+                           triangle,
+                           static_cast<std::uint32_t>(survivors.tiles[i]),
+                           DescendingKey(depth)});
         }
-        if (std::isfinite(depth))
-            sorted.Append({DescendingKey(static_cast<float>(depth)), segment.state, triangle});
     }
+}
+
+} // namespace
+
+void SetUpUnit(const Batch& batch, const WorkUnit& unit, Bins& bins)
+{
+    bins.Clear();
+    UnitSetup setup{batch, bins};
+    for (const Segment& segment : batch.SegmentsOf(unit))
+        if (unit.isSorted)
+            setup.RunSorted(segment);
+        else
+            setup.Run(segment);
+    bins.Close(batch.tileCount);
+}
+
+void CollectSorted(const Batch& batch, const WorkUnit& unit, Buffer<SortedTriangle>& sorted)
+{
+    sorted.Clear();
+    for (const Segment& segment : batch.SegmentsOf(unit))
+        CollectSorted(batch, segment, sorted);
 }
 
 } // namespace lumora::rgb

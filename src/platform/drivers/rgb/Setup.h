@@ -12,7 +12,7 @@ inline constexpr std::uint32_t MostPrimitives = 4096;
 /// Fills `bins` with the primitives of `unit`.
 void SetUpUnit(const Batch& batch, const WorkUnit& unit, Bins& bins);
 
-/// Fills `sorted` with the translucent triangles of a segment in Transparency::Sorted, with their depth keys.
-void CollectSorted(const Batch& batch, const Segment& segment, Buffer<SortedTriangle>& sorted);
+/// Fills `sorted` with those translucent triangles of `unit` that may be seen.
+void CollectSorted(const Batch& batch, const WorkUnit& unit, Buffer<SortedTriangle>& sorted);
 
 } // namespace lumora::rgb

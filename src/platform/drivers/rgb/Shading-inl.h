@@ -8,20 +8,31 @@ enum class Interpolation
     Constant,    ///< nothing varies but depth
     Linear,      ///< linear on the screen
     Perspective, ///< linear in space
+    Mixed,       ///< some lanes linear, the others perspective
 };
 
-/// A value at corner 0, and how much more corners 1 and 2 have.
-struct Attribute
+/// A value at corner 0, and how much more corners 1 and 2 have. A number is one for a whole primitive, or one for each
+/// lane.
+template<typename Number>
+struct AttributeOf
 {
-    float base, toSecond, toThird;
+    Number base, toSecond, toThird;
 
-    void Set(float a, float b, float c)
+    void Set(Number a, Number b, Number c)
     {
         base = a;
         toSecond = b - a;
         toThird = c - a;
     }
 };
+
+using Attribute = AttributeOf<float>;
+using AttributeLanes = AttributeOf<Floats>;
+
+LANES_INLINE Floats Splat(Floats lanes)
+{
+    return lanes;
+}
 
 /// The same for red, green, blue and alpha at once.
 struct alignas(16) ColorAttributes
@@ -54,6 +65,13 @@ struct alignas(16) ColorAttributes
     Attribute Channel(int i) const { return {base[i], toSecond[i], toThird[i]}; }
 };
 
+/// How the weights of corners 1 and 2 change per pixel to the right and down.
+template<typename Number>
+struct WeightSteps
+{
+    Number secondPerX, secondPerY, thirdPerX, thirdPerY;
+};
+
 /// What a primitive's pixels interpolate. Only what its state uses is filled.
 struct Attributes
 {
@@ -61,8 +79,11 @@ struct Attributes
     float secondW, thirdW; ///< 1 / w of corners 1 and 2
     ColorAttributes color, highlight;
     Attribute u, v, eyeDepth;
-    // How the weights of corners 1 and 2 change per pixel to the right and down.
-    float secondPerX, secondPerY, thirdPerX, thirdPerY;
+    WeightSteps<float> steps;
+
+    Attribute Color(int channel) const { return color.Channel(channel); }
+    Attribute Highlight(int channel) const { return highlight.Channel(channel); }
+    const WeightSteps<float>& Steps() const { return steps; }
 };
 
 /// Weights of corners 1 and 2, and 1 / (their 1 / w) for derivatives.
@@ -71,8 +92,8 @@ struct Weights
     Floats second, third, w;
 };
 
-template<Interpolation P>
-LANES_INLINE Floats At(const Attribute& a, const Weights& weights)
+template<Interpolation P, typename Number>
+LANES_INLINE Floats At(const AttributeOf<Number>& a, const Weights& weights)
 {
     if constexpr (P == Interpolation::Constant)
         return Splat(a.base);
@@ -80,13 +101,19 @@ LANES_INLINE Floats At(const Attribute& a, const Weights& weights)
         return Splat(a.base) + weights.second * Splat(a.toSecond) + weights.third * Splat(a.toThird);
 }
 
-template<Interpolation P>
-LANES_INLINE Weights InSpace(const Attributes& a, Floats second, Floats third)
+template<Interpolation P, typename Values>
+LANES_INLINE Weights InSpace(const Values& a, Floats second, Floats third)
 {
-    if constexpr (P != Interpolation::Perspective)
+    if constexpr (P == Interpolation::Constant || P == Interpolation::Linear)
         return {second, third, second};
     const Floats w = Splat(1.0F) / At<Interpolation::Linear>(a.inverseW, {second, third, second});
-    return {second * Splat(a.secondW) * w, third * Splat(a.thirdW) * w, w};
+    const Weights weights{second * Splat(a.secondW) * w, third * Splat(a.thirdW) * w, w};
+    if constexpr (P == Interpolation::Mixed)
+    {
+        const Mask isLinear = a.IsLinear();
+        return {Choose(isLinear, second, weights.second), Choose(isLinear, third, weights.third), w};
+    }
+    return weights;
 }
 
 struct Texel
@@ -98,23 +125,32 @@ LANES_INLINE Floats Blend(Floats from, Floats to, Floats t)
 {
     return from + (to - from) * t;
 }
-LANES_INLINE Texel Blend(const Texel& a, const Texel& b, Floats t)
-{
-    return {Blend(a.red, b.red, t), Blend(a.green, b.green, t), Blend(a.blue, b.blue, t), Blend(a.alpha, b.alpha, t)};
-}
 
 /// A mip level for each lane.
 struct LevelLanes
 {
     Ints offset, width, height;
+
+    Ints RowStart(Ints y) const { return offset + y * (width + Splat(1)); }
 };
 
-LANES_INLINE Texel FetchTexel(const MipChain& texture, const LevelLanes& level, Ints x, Ints y)
+/// Its channels. Alpha only where it is needed.
+template<bool HasAlpha>
+LANES_INLINE Texel Unpacked(Ints argb)
 {
-    const Ints argb = Gather(texture.texels.data(), level.offset + y * level.width + x);
     const Ints byte = Splat(0xFF);
-    return {ToFloats(ShiftedRight<16>(argb) & byte), ToFloats(ShiftedRight<8>(argb) & byte), ToFloats(argb & byte),
-            ToFloats(ShiftedRight<24>(argb) & byte)};
+    Texel texel{ToFloats(ShiftedRight<16>(argb) & byte), ToFloats(ShiftedRight<8>(argb) & byte), ToFloats(argb & byte),
+                Splat(255.0F)};
+    if constexpr (HasAlpha)
+        texel.alpha = ToFloats(ShiftedRight<24>(argb) & byte);
+    return texel;
+}
+
+template<bool HasAlpha>
+LANES_INLINE Texel Blend(const Texel& a, const Texel& b, Floats t)
+{
+    return {Blend(a.red, b.red, t), Blend(a.green, b.green, t), Blend(a.blue, b.blue, t),
+            HasAlpha ? Blend(a.alpha, b.alpha, t) : a.alpha};
 }
 
 LANES_INLINE Ints WithinSide(Ints index, Ints side)
@@ -122,51 +158,62 @@ LANES_INLINE Ints WithinSide(Ints index, Ints side)
     return Greatest(Least(index, side - Splat(1)), Splat(0));
 }
 
+template<bool HasAlpha>
 LANES_INLINE Texel SampleNearest(const MipChain& texture, const LevelLanes& level, Floats u, Floats v)
 {
     const Ints x = WithinSide(Truncated(u * ToFloats(level.width)), level.width);
     const Ints y = WithinSide(Truncated(v * ToFloats(level.height)), level.height);
-    return FetchTexel(texture, level, x, y);
+    return Unpacked<HasAlpha>(Gather(texture.texels.data(), level.RowStart(y) + x));
 }
 
-/// The two texel numbers around a place, wrapped, and how far the place is from the first.
-LANES_INLINE Floats Neighbours(Floats place, Ints side, Ints& first, Ints& second)
+/// The texel number before a place, wrapped, and how far the place is from it.
+LANES_INLINE Floats Neighbour(Floats place, Ints side, Ints& first)
 {
     const Floats shifted = place - Splat(0.5F);
     const Floats low = RoundedDown(shifted);
     first = Truncated(low);
-    second = first + Splat(1);
-    second = WithinSide(Choose(IsLess(second, side), second, Splat(0)), side);
     first = WithinSide(Choose(IsLess(first, Splat(0)), side - Splat(1), first), side);
     return shifted - low;
 }
 
-LANES_INLINE Texel SampleLinear(const MipChain& texture, const LevelLanes& level, Floats u, Floats v)
+/// Two texels side by side, blended.
+template<bool HasAlpha>
+LANES_INLINE Texel BlendPair(const MipChain& texture, Ints place, Floats along)
 {
-    Ints left, right, top, bottom;
-    const Floats alongX = Neighbours(u * ToFloats(level.width), level.width, left, right);
-    const Floats alongY = Neighbours(v * ToFloats(level.height), level.height, top, bottom);
-    const Texel upper = Blend(FetchTexel(texture, level, left, top), FetchTexel(texture, level, right, top), alongX);
-    const Texel lower =
-        Blend(FetchTexel(texture, level, left, bottom), FetchTexel(texture, level, right, bottom), alongX);
-    return Blend(upper, lower, alongY);
+    Ints left, right;
+    LoadPairs<1>(reinterpret_cast<const std::int32_t*>(texture.texels.data()), place, left, right);
+    return Blend<HasAlpha>(Unpacked<HasAlpha>(left), Unpacked<HasAlpha>(right), along);
 }
 
-template<bool IsLinear>
+template<bool HasAlpha>
+LANES_INLINE Texel SampleLinear(const MipChain& texture, const LevelLanes& level, Floats u, Floats v)
+{
+    Ints left, top;
+    const Floats alongX = Neighbour(u * ToFloats(level.width), level.width, left);
+    const Floats alongY = Neighbour(v * ToFloats(level.height), level.height, top);
+    const Ints next = top + Splat(1);
+    const Ints bottom = Choose(IsLess(next, level.height), next, Splat(0));
+    const Texel upper = BlendPair<HasAlpha>(texture, level.RowStart(top) + left, alongX);
+    const Texel lower = BlendPair<HasAlpha>(texture, level.RowStart(bottom) + left, alongX);
+    return Blend<HasAlpha>(upper, lower, alongY);
+}
+
+template<bool IsLinear, bool HasAlpha>
 LANES_INLINE Texel SampleLevel(const MipChain& texture, Ints number, Floats u, Floats v)
 {
     const LevelLanes level{Gather(texture.offset, number), Gather(texture.width, number),
                            Gather(texture.height, number)};
     if constexpr (IsLinear)
-        return SampleLinear(texture, level, u, v);
+        return SampleLinear<HasAlpha>(texture, level, u, v);
     else
-        return SampleNearest(texture, level, u, v);
+        return SampleNearest<HasAlpha>(texture, level, u, v);
 }
 
 /// The mip level, from the derivatives of the texture coordinates.
-LANES_INLINE Floats LevelOf(const MipChain& texture, const Attributes& a, const Weights& weights)
+template<typename Values>
+LANES_INLINE Floats LevelOf(const MipChain& texture, const Values& a, const Weights& weights)
 {
-    const auto square = [&](float secondPer, float thirdPer) LANES_LAMBDA
+    const auto square = [&](auto secondPer, auto thirdPer) LANES_LAMBDA
     {
         // Derivative of (weight * 1/w) / (sum of 1/w).
         const Floats change = Splat(secondPer * a.inverseW.toSecond + thirdPer * a.inverseW.toThird);
@@ -178,58 +225,81 @@ LANES_INLINE Floats LevelOf(const MipChain& texture, const Attributes& a, const 
             (second * Splat(a.v.toSecond) + third * Splat(a.v.toThird)) * Splat(static_cast<float>(texture.height[0]));
         return du * du + dv * dv;
     };
-    const Floats longest = Greatest(square(a.secondPerX, a.thirdPerX), square(a.secondPerY, a.thirdPerY));
+    const auto& steps = a.Steps();
+    const Floats longest =
+        Greatest(square(steps.secondPerX, steps.thirdPerX), square(steps.secondPerY, steps.thirdPerY));
     const Floats level = Splat(0.5F) * Log2(Least(Greatest(longest, Splat(1.0F)), Splat(1.0e30F)));
     return Least(Greatest(level, Splat(0.0F)), Splat(static_cast<float>(texture.levelCount - 1)));
 }
 
-// Textures are sampled by a call: beside eight or more gathers it costs nothing, and each state's loop stays small.
-template<Surface S>
-LANES_NOINLINE void Sample(Texel& result, const MipChain& texture, const Attributes& a, const Weights& weights)
+/// Where and how finely a texture is looked at.
+struct TexturePlace
+{
+    Floats u, v; ///< within 0..1
+    Floats level;
+};
+
+// Textures are sampled by a call: beside eight or more loads it costs nothing, and each state's loop stays small.
+template<Surface S, bool HasAlpha>
+LANES_NOINLINE void Sample(Texel& result, const MipChain& texture, const TexturePlace& at)
 {
     constexpr bool IsLinear = S == Surface::Linear || S == Surface::MipLinear || S == Surface::LinearMipLinear;
-    const Floats placeU = At<Interpolation::Perspective>(a.u, weights);
-    const Floats placeV = At<Interpolation::Perspective>(a.v, weights);
-    const Floats u = placeU - RoundedDown(placeU);
-    const Floats v = placeV - RoundedDown(placeV);
     if constexpr (S == Surface::Nearest || S == Surface::Linear)
     {
         const LevelLanes level{Splat(0), Splat(texture.width[0]), Splat(texture.height[0])};
         if constexpr (IsLinear)
-            result = SampleLinear(texture, level, u, v);
+            result = SampleLinear<HasAlpha>(texture, level, at.u, at.v);
         else
-            result = SampleNearest(texture, level, u, v);
+            result = SampleNearest<HasAlpha>(texture, level, at.u, at.v);
+    }
+    else if constexpr (S == Surface::MipNearest || S == Surface::MipLinear)
+    {
+        result = SampleLevel<IsLinear, HasAlpha>(texture, Truncated(at.level + Splat(0.5F)), at.u, at.v);
     }
     else
     {
-        const Floats level = LevelOf(texture, a, weights);
-        if constexpr (S == Surface::MipNearest || S == Surface::MipLinear)
-        {
-            result = SampleLevel<IsLinear>(texture, Truncated(level + Splat(0.5F)), u, v);
-            return;
-        }
-        const Ints finer = Truncated(level);
+        const Ints finer = Truncated(at.level);
         const Ints coarser = Least(finer + Splat(1), Splat(texture.levelCount - 1));
-        result = Blend(SampleLevel<IsLinear>(texture, finer, u, v), SampleLevel<IsLinear>(texture, coarser, u, v),
-                       level - ToFloats(finer));
+        result =
+            Blend<HasAlpha>(SampleLevel<IsLinear, HasAlpha>(texture, finer, at.u, at.v),
+                            SampleLevel<IsLinear, HasAlpha>(texture, coarser, at.u, at.v), at.level - ToFloats(finer));
     }
 }
 
-using Sampler = void (*)(Texel&, const MipChain&, const Attributes&, const Weights&);
+using Sampler = void (*)(Texel&, const MipChain&, const TexturePlace&);
 
 /// How a textured state reads its texture.
+template<bool HasAlpha>
 inline Sampler SamplerOf(Surface surface)
 {
     static constexpr Sampler Samplers[SurfaceCount] = {
         nullptr,
-        Sample<Surface::Nearest>,
-        Sample<Surface::Linear>,
-        Sample<Surface::MipNearest>,
-        Sample<Surface::MipLinear>,
-        Sample<Surface::LinearMipNearest>,
-        Sample<Surface::LinearMipLinear>,
+        Sample<Surface::Nearest, HasAlpha>,
+        Sample<Surface::Linear, HasAlpha>,
+        Sample<Surface::MipNearest, HasAlpha>,
+        Sample<Surface::MipLinear, HasAlpha>,
+        Sample<Surface::LinearMipNearest, HasAlpha>,
+        Sample<Surface::LinearMipLinear, HasAlpha>,
     };
     return Samplers[static_cast<int>(surface)];
+}
+
+inline bool HasLevels(Surface surface)
+{
+    return surface != Surface::Nearest && surface != Surface::Linear;
+}
+
+template<bool HasAlpha, typename Values>
+LANES_INLINE Texel TexelAt(const DrawState& state, const Values& a, const Weights& weights)
+{
+    const Floats u = At<Interpolation::Perspective>(a.u, weights);
+    const Floats v = At<Interpolation::Perspective>(a.v, weights);
+    TexturePlace place{u - RoundedDown(u), v - RoundedDown(v), u};
+    if (HasLevels(state.surface))
+        place.level = LevelOf(*state.texture, a, weights);
+    Texel texel;
+    SamplerOf<HasAlpha>(state.surface)(texel, *state.texture, place);
+    return texel;
 }
 
 LANES_NOINLINE void FindVisiblePart(Floats& result, const FogState& fog, Floats depth)
@@ -252,24 +322,32 @@ LANES_INLINE Floats Limited(Floats channel)
 
 /// The lanes of `mask` that are drawn after all, and their pixels. `below` is what is there, `rank` the pixels' places
 /// in the stipple.
-template<bool IsTextured, Blending B, bool Fog, Interpolation P>
-LANES_INLINE Mask ShadePixels(const DrawState& state, const Attributes& a, Floats second, Floats third, Mask mask,
+template<bool IsTextured, Blending B, bool Fog, Interpolation P, typename Values>
+LANES_INLINE Mask ShadePixels(const DrawState& state, const Values& a, Floats second, Floats third, Mask mask,
                               Ints below, Floats rank, Ints& pixels)
 {
     const Weights weights = InSpace<P>(a, second, third);
-    Floats red = At<P>(a.color.Channel(0), weights);
-    Floats green = At<P>(a.color.Channel(1), weights);
-    Floats blue = At<P>(a.color.Channel(2), weights);
+    Floats red = At<P>(a.Color(0), weights);
+    Floats green = At<P>(a.Color(1), weights);
+    Floats blue = At<P>(a.Color(2), weights);
     Floats alpha = Splat(1.0F);
     if constexpr (B != Blending::Opaque)
-        alpha = At<P>(a.color.Channel(3), weights);
+        alpha = At<P>(a.Color(3), weights);
     if constexpr (IsTextured)
     {
-        Texel texel;
-        SamplerOf(state.surface)(texel, *state.texture, a, weights);
-        red = Limited(texel.red * red + At<P>(a.highlight.Channel(0), weights));
-        green = Limited(texel.green * green + At<P>(a.highlight.Channel(1), weights));
-        blue = Limited(texel.blue * blue + At<P>(a.highlight.Channel(2), weights));
+        const Texel texel = TexelAt<B != Blending::Opaque>(state, a, weights);
+        red = texel.red * red;
+        green = texel.green * green;
+        blue = texel.blue * blue;
+        if (state.hasHighlight)
+        {
+            red = red + At<P>(a.Highlight(0), weights);
+            green = green + At<P>(a.Highlight(1), weights);
+            blue = blue + At<P>(a.Highlight(2), weights);
+        }
+        red = Limited(red);
+        green = Limited(green);
+        blue = Limited(blue);
         if constexpr (B != Blending::Opaque)
             alpha = alpha * texel.alpha * Splat(1.0F / 255.0F);
     }

@@ -37,31 +37,44 @@ bool IsUsable(const TextureImage* image)
 
 MipChain::MipChain(const TextureImage& image)
 {
-    texels.reserve(image.pixels.size() + image.pixels.size() / 3 + 64);
-    texels = image.pixels;
+    texels.reserve((image.pixels.size() + static_cast<std::size_t>(image.height)) * 4 / 3 + 256);
     width[0] = image.width;
     height[0] = image.height;
-    levelCount = 1;
-    while (width[levelCount - 1] > 1 || height[levelCount - 1] > 1)
+    for (int y = 0; y < image.height; ++y)
     {
-        const int fineWidth = width[levelCount - 1];
-        const int fineHeight = height[levelCount - 1];
-        const std::size_t fine = static_cast<std::size_t>(offset[levelCount - 1]);
-        const auto texel = [&](int x, int y)
-        {
-            return texels[fine + static_cast<std::size_t>(std::min(y, fineHeight - 1)) * fineWidth +
-                          std::min(x, fineWidth - 1)];
-        };
-        const int coarseWidth = std::max(1, fineWidth / 2);
-        const int coarseHeight = std::max(1, fineHeight / 2);
-        offset[levelCount] = static_cast<std::int32_t>(texels.size());
-        width[levelCount] = coarseWidth;
-        height[levelCount] = coarseHeight;
-        ++levelCount;
-        for (int y = 0; y < coarseHeight; ++y)
-            for (int x = 0; x < coarseWidth; ++x)
-                texels.push_back(Average(texel(2 * x, 2 * y), texel(2 * x + 1, 2 * y), texel(2 * x, 2 * y + 1),
-                                         texel(2 * x + 1, 2 * y + 1)));
+        const auto row = image.pixels.begin() + std::ptrdiff_t{y} * image.width;
+        texels.insert(texels.end(), row, row + image.width);
+        texels.push_back(*row);
+    }
+    for (levelCount = 1; width[levelCount - 1] > 1 || height[levelCount - 1] > 1; ++levelCount)
+        AddLevel();
+}
+
+/// Halves the last level.
+void MipChain::AddLevel()
+{
+    const int fineWidth = width[levelCount - 1];
+    const int fineHeight = height[levelCount - 1];
+    const auto fine = static_cast<std::size_t>(offset[levelCount - 1]);
+    const auto texel = [&](int x, int y)
+    {
+        return texels[fine +
+                      static_cast<std::size_t>(std::min(y, fineHeight - 1)) *
+                          (static_cast<std::size_t>(fineWidth) + 1) +
+                      static_cast<std::size_t>(std::min(x, fineWidth - 1))];
+    };
+    const int coarseWidth = std::max(1, fineWidth / 2);
+    const int coarseHeight = std::max(1, fineHeight / 2);
+    offset[levelCount] = static_cast<std::int32_t>(texels.size());
+    width[levelCount] = coarseWidth;
+    height[levelCount] = coarseHeight;
+    for (int y = 0; y < coarseHeight; ++y)
+    {
+        const std::size_t first = texels.size();
+        for (int x = 0; x < coarseWidth; ++x)
+            texels.push_back(Average(texel(2 * x, 2 * y), texel(2 * x + 1, 2 * y), texel(2 * x, 2 * y + 1),
+                                     texel(2 * x + 1, 2 * y + 1)));
+        texels.push_back(texels[first]);
     }
 }
 

@@ -12,7 +12,8 @@
 namespace lumora::rgb
 {
 
-/// All levels of an image in one array, so that one gather reaches them all.
+/// All levels of an image in one array, so that one gather reaches them all. Each row ends with its first texel once
+/// more: the right neighbour of a texel is the next one.
 struct MipChain
 {
     static constexpr int MostLevels = 32;
@@ -25,6 +26,9 @@ struct MipChain
     std::int32_t offset[MostLevels]{};
     std::int32_t width[MostLevels]{};
     std::int32_t height[MostLevels]{};
+
+private:
+    void AddLevel();
 };
 
 /// False for nothing and for an image whose pixels do not fill its sides.

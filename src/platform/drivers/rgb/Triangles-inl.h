@@ -7,11 +7,13 @@
 //
 // Everything about small triangles is set up for a vector of them at once.
 //
-// Triangles in a box of up to 32 pixels are drawn as masked rows, with weights from the exact edge functions: however
-// thin the triangle is, they are right. Larger ones are drawn by blocks of 8 by 8 pixels, with weights linear in x and
-// y: blocks outside are left out, those inside need no edge tests, and those behind everything drawn are hidden.
+// Triangles in a box of up to 32 pixels are drawn by Fragments-inl.h, with weights from the exact edge functions:
+// however thin the triangle is, they are right. Larger ones are drawn by blocks of 8 by 8 pixels, with weights linear
+// in x and y: blocks outside are left out, those inside need no edge tests, and those behind everything drawn are
+// hidden.
 
 inline constexpr std::int32_t SmallBox = 32 * SubPixels;
+inline constexpr float FullRange = 255.0F; ///< of a color channel
 
 /// An edge, opposite to the corner of its number; values are per tile.
 struct Edge
@@ -23,12 +25,14 @@ struct Edge
 /// A vector of triangles in a tile. Edges, step and rests are those of small triangles only.
 struct TriangleLanes
 {
-    const ScreenPosition* corner[3][LaneCount];
+    ScreenPosition corner[3][LaneCount];
     std::int32_t left[LaneCount], top[LaneCount], right[LaneCount], bottom[LaneCount]; ///< the pixels to visit
     std::int32_t isSmall[LaneCount];
     std::int32_t start[3][LaneCount], perX[3][LaneCount], perY[3][LaneCount]; ///< as in Edge
     float step[LaneCount]; ///< of a corner's weight for one step of its edge
     float restSecond[LaneCount], restThird[LaneCount];
+
+    bool IsEmpty(int lane) const { return left[lane] >= right[lane] || top[lane] >= bottom[lane]; }
 };
 
 LANES_INLINE const VertexBlocks& BlocksOf(const Batch& batch, const Bins& bins, std::uint32_t vertex)
@@ -109,41 +113,6 @@ LANES_INLINE Mask LanesWithin(int x, int left, int right)
 {
     const Ints place = LaneNumbers() + Splat(x);
     return Except(IsLess(place, Splat(right)), IsLess(place, Splat(left)));
-}
-
-template<bool IsTextured, Blending B, bool Fog, Interpolation P>
-void DrawSmall(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane, const Attributes& a)
-{
-    const Floats step = Splat(t.step[lane]);
-    const Floats restSecond = Splat(t.restSecond[lane]);
-    const Floats restThird = Splat(t.restThird[lane]);
-    const int left = t.left[lane];
-    const int right = t.right[lane];
-    int drawn = 0;
-    for (int x = left; x < right; x += LaneCount)
-    {
-        x = std::min(x, TileSize - LaneCount); // no vector may reach beyond the tile
-        const Mask columns = LanesWithin(x, std::max(left, drawn), right);
-        drawn = x + LaneCount;
-        const Ints place = LaneNumbers() + Splat(x);
-        Ints value[3];
-        for (int i = 0; i < 3; ++i)
-            value[i] = place * Splat(t.perX[i][lane]) + Splat(t.start[i][lane] + t.perY[i][lane] * t.top[lane]);
-        for (int y = t.top[lane]; y < t.bottom[lane]; ++y)
-        {
-            const Mask mask = Except(columns, IsLess(value[0] | value[1] | value[2], Splat(0)));
-            if (IsAny(mask))
-            {
-                const Floats second = ToFloats(value[1]) * step + restSecond;
-                const Floats third = ToFloats(value[2]) * step + restThird;
-                const Floats depth =
-                    Least(At<Interpolation::Linear>(a.depth, {second, third, second}), Splat(FarthestDepth));
-                DrawPixels<IsTextured, B, Fog, P>(tile, state, a, x, y, mask, depth, second, third);
-            }
-            for (int i = 0; i < 3; ++i)
-                value[i] = value[i] + Splat(t.perY[i][lane]);
-        }
-    }
 }
 
 /// A value that is linear on the screen, from the tile's first pixel.
@@ -279,9 +248,9 @@ LANES_INLINE bool SetEdge(Edge& edge, double& atTile, const ScreenPosition& from
 template<bool IsTextured, Blending B, bool Fog, Interpolation P>
 void SetUpAndDrawLarge(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane, Attributes& a)
 {
-    const ScreenPosition& c0 = *t.corner[0][lane];
-    const ScreenPosition& c1 = *t.corner[1][lane];
-    const ScreenPosition& c2 = *t.corner[2][lane];
+    const ScreenPosition& c0 = t.corner[0][lane];
+    const ScreenPosition& c1 = t.corner[1][lane];
+    const ScreenPosition& c2 = t.corner[2][lane];
     LargeTriangle large;
     double atTile[3];
     if (!SetEdge(large.edges[0], atTile[0], c1, c2, tile) || !SetEdge(large.edges[1], atTile[1], c2, c0, tile) ||
@@ -291,35 +260,36 @@ void SetUpAndDrawLarge(const TileView& tile, const DrawState& state, const Trian
                               (std::int64_t{c1.y} - c0.y) * (std::int64_t{c2.x} - c0.x);
     const double inverseArea = 1.0 / static_cast<double>(area);
     const double perPixel = SubPixels * inverseArea;
-    a.secondPerX = static_cast<float>((c2.y - c0.y) * perPixel);
-    a.secondPerY = static_cast<float>((c0.x - c2.x) * perPixel);
-    a.thirdPerX = static_cast<float>((c0.y - c1.y) * perPixel);
-    a.thirdPerY = static_cast<float>((c1.x - c0.x) * perPixel);
+    a.steps.secondPerX = static_cast<float>((c2.y - c0.y) * perPixel);
+    a.steps.secondPerY = static_cast<float>((c0.x - c2.x) * perPixel);
+    a.steps.thirdPerX = static_cast<float>((c0.y - c1.y) * perPixel);
+    a.steps.thirdPerY = static_cast<float>((c1.x - c0.x) * perPixel);
     const double second = atTile[1] * inverseArea;
     const double third = atTile[2] * inverseArea;
-    large.second = {static_cast<float>(second), a.secondPerX, a.secondPerY};
-    large.third = {static_cast<float>(third), a.thirdPerX, a.thirdPerY};
+    large.second = {static_cast<float>(second), a.steps.secondPerX, a.steps.secondPerY};
+    large.third = {static_cast<float>(third), a.steps.thirdPerX, a.steps.thirdPerY};
     large.depth.plane = {static_cast<float>(a.depth.base + second * a.depth.toSecond + third * a.depth.toThird),
-                         a.secondPerX * a.depth.toSecond + a.thirdPerX * a.depth.toThird,
-                         a.secondPerY * a.depth.toSecond + a.thirdPerY * a.depth.toThird};
+                         a.steps.secondPerX * a.depth.toSecond + a.steps.thirdPerX * a.depth.toThird,
+                         a.steps.secondPerY * a.depth.toSecond + a.steps.thirdPerY * a.depth.toThird};
     large.depth.nearest = std::min(c0.depth, std::min(c1.depth, c2.depth));
     large.depth.farthest = std::max(c0.depth, std::max(c1.depth, c2.depth));
     DrawLarge<IsTextured, B, Fog, P>(tile, state, {t.left[lane], t.top[lane], t.right[lane], t.bottom[lane]}, a, large);
 }
 
-template<bool IsTextured, Blending B, bool Fog, Interpolation P>
-LANES_INLINE void DrawOne(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane, Attributes& a)
+struct CornerLanes
 {
-    if (t.isSmall[lane] == 0)
-        return SetUpAndDrawLarge<IsTextured, B, Fog, P>(tile, state, t, lane, a);
-    if constexpr (IsTextured)
-    {
-        a.secondPerX = static_cast<float>(t.perX[1][lane]) * t.step[lane];
-        a.secondPerY = static_cast<float>(t.perY[1][lane]) * t.step[lane];
-        a.thirdPerX = static_cast<float>(t.perX[2][lane]) * t.step[lane];
-        a.thirdPerY = static_cast<float>(t.perY[2][lane]) * t.step[lane];
-    }
-    DrawSmall<IsTextured, B, Fog, P>(tile, state, t, lane, a);
+    Ints x, y;
+    Floats depth, inverseW;
+};
+
+LANES_INLINE CornerLanes LoadCorners(const ScreenPosition* positions)
+{
+    CornerLanes result;
+    Floats x, y;
+    LoadQuads(reinterpret_cast<const float*>(positions), x, y, result.depth, result.inverseW);
+    result.x = BitsOf(x);
+    result.y = BitsOf(y);
+    return result;
 }
 
 /// What follows from the corners. Where a triangle is not small the 32 bits of its edges overflow, and nobody uses
@@ -328,7 +298,11 @@ void SetUpLanes(TriangleLanes& t, const TileView& tile, const PixelRect& limits)
 {
     Ints x[3], y[3];
     for (int i = 0; i < 3; ++i)
-        LoadPlaces(t.corner[i], x[i], y[i]);
+    {
+        const CornerLanes corner = LoadCorners(t.corner[i]);
+        x[i] = corner.x;
+        y[i] = corner.y;
+    }
     const Ints left = Least3(x);
     const Ints right = Greatest3(x);
     const Ints top = Least3(y);
@@ -364,63 +338,66 @@ void SetUpLanes(TriangleLanes& t, const TileView& tile, const PixelRect& limits)
     }
 }
 
-/// Chooses the cheapest interpolation that is right.
-template<bool IsTextured, Blending B, bool Fog>
-LANES_INLINE void ShadeOne(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane,
-                           Attributes& a)
+/// A vector of records, from the first on. Lanes beyond the last repeat it.
+struct RecordLanes
 {
-    if constexpr (IsTextured)
-        return DrawOne<IsTextured, B, Fog, Interpolation::Perspective>(tile, state, t, lane, a);
-    constexpr float FullRange = 255.0F;
-    const float w0 = t.corner[0][lane]->inverseW;
-    const float w1 = t.corner[1][lane]->inverseW;
-    const float w2 = t.corner[2][lane]->inverseW;
-    if (state.isFlat && !Fog)
-        DrawOne<IsTextured, B, Fog, Interpolation::Constant>(tile, state, t, lane, a);
-    else if (IsNearlyFlat(w0, w1, w2, FullRange))
-        DrawOne<IsTextured, B, Fog, Interpolation::Linear>(tile, state, t, lane, a);
-    else if (const float range = Fog ? FullRange : a.color.Range(); range == 0)
-        DrawOne<IsTextured, B, Fog, Interpolation::Constant>(tile, state, t, lane, a);
-    else if (IsNearlyFlat(w0, w1, w2, range))
-        DrawOne<IsTextured, B, Fog, Interpolation::Linear>(tile, state, t, lane, a);
-    else
-        DrawOne<IsTextured, B, Fog, Interpolation::Perspective>(tile, state, t, lane, a);
-}
+    const Record* record[LaneCount];
+    const VertexBlocks* blocks[LaneCount];
+    int count; ///< of lanes in use
 
-template<bool IsTextured, Blending B, bool Fog>
-void DrawTriangles(const TileView& tile, const Batch& batch, const Bins& bins, const DrawState& state,
-                   const std::uint16_t* references, std::size_t count)
+    std::uint32_t Vertex(int lane, int corner) const { return record[lane]->vertex[corner] & ~Record::Local; }
+};
+
+LANES_INLINE RecordLanes LoadRecords(const Batch& batch, const Bins& bins, const std::uint16_t* references,
+                                     std::size_t count, TriangleLanes& t)
 {
-    const PixelRect& area = state.area;
-    const PixelRect limits =
-        Intersection({area.left - tile.left, area.top - tile.top, area.right - tile.left, area.bottom - tile.top},
-                     {0, 0, TileSize, TileSize});
-    TriangleLanes t;
-    for (std::size_t first = 0; first < count; first += LaneCount)
+    RecordLanes r;
+    r.count = static_cast<int>(std::min<std::size_t>(LaneCount, count));
+    for (int lane = 0; lane < LaneCount; ++lane)
     {
-        const int lanes = static_cast<int>(std::min<std::size_t>(LaneCount, count - first));
-        for (int lane = 0; lane < LaneCount; ++lane)
+        const Record& record = bins.records[references[std::min(lane, r.count - 1)]];
+        const VertexBlocks& blocks = BlocksOf(batch, bins, record.vertex[0]);
+        r.record[lane] = &record;
+        r.blocks[lane] = &blocks;
+        for (int corner = 0; corner < 3; ++corner)
         {
-            const Record& record =
-                bins.records[references[first + static_cast<std::size_t>(std::min(lane, lanes - 1))]];
-            const VertexBlocks& blocks = BlocksOf(batch, bins, record.vertex[0]);
-            for (int corner = 0; corner < 3; ++corner)
-            {
-                const std::uint32_t vertex = record.vertex[corner] & ~Record::Local;
-                t.corner[corner][lane] = blocks.positions.Data() + vertex;
-                __builtin_prefetch(blocks.colors.Data() + vertex); // needed once the vector is set up
-            }
-        }
-        SetUpLanes(t, tile, limits);
-        for (int lane = 0; lane < lanes; ++lane)
-        {
-            if (t.left[lane] >= t.right[lane] || t.top[lane] >= t.bottom[lane])
-                continue;
-            Attributes a;
-            SetAttributes<IsTextured, B, Fog>(a, batch, bins, state,
-                                              bins.records[references[first + static_cast<std::size_t>(lane)]],
-                                              *t.corner[0][lane], *t.corner[1][lane], *t.corner[2][lane]);
-            ShadeOne<IsTextured, B, Fog>(tile, state, t, lane, a);
+            const std::uint32_t vertex = record.vertex[corner] & ~Record::Local;
+            t.corner[corner][lane] = blocks.positions[vertex];
+            __builtin_prefetch(blocks.colors.Data() + vertex); // needed once the vector is set up
         }
     }
+    return r;
+}
+
+/// Chooses the cheapest interpolation that is right.
+template<bool IsTextured, Blending B, bool Fog>
+LANES_INLINE void ShadeLarge(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane,
+                             Attributes& a)
+{
+    if constexpr (IsTextured)
+        return SetUpAndDrawLarge<IsTextured, B, Fog, Interpolation::Perspective>(tile, state, t, lane, a);
+    const float w0 = t.corner[0][lane].inverseW;
+    const float w1 = t.corner[1][lane].inverseW;
+    const float w2 = t.corner[2][lane].inverseW;
+    if (state.isFlat && !Fog)
+        SetUpAndDrawLarge<IsTextured, B, Fog, Interpolation::Constant>(tile, state, t, lane, a);
+    else if (IsNearlyFlat(w0, w1, w2, FullRange))
+        SetUpAndDrawLarge<IsTextured, B, Fog, Interpolation::Linear>(tile, state, t, lane, a);
+    else if (const float range = Fog ? FullRange : a.color.Range(); range == 0)
+        SetUpAndDrawLarge<IsTextured, B, Fog, Interpolation::Constant>(tile, state, t, lane, a);
+    else if (IsNearlyFlat(w0, w1, w2, range))
+        SetUpAndDrawLarge<IsTextured, B, Fog, Interpolation::Linear>(tile, state, t, lane, a);
+    else
+        SetUpAndDrawLarge<IsTextured, B, Fog, Interpolation::Perspective>(tile, state, t, lane, a);
+}
+
+/// A large triangle of a vector.
+template<bool IsTextured, Blending B, bool Fog>
+LANES_INLINE void DrawLargeOne(const TileView& tile, const Batch& batch, const Bins& bins, const DrawState& state,
+                               const Record& record, const TriangleLanes& t, int lane)
+{
+    Attributes a;
+    SetAttributes<IsTextured, B, Fog>(a, batch, bins, state, record, t.corner[0][lane], t.corner[1][lane],
+                                      t.corner[2][lane]);
+    ShadeLarge<IsTextured, B, Fog>(tile, state, t, lane, a);
 }

@@ -1,12 +1,12 @@
 // Every face is wound clockwise as seen from the side that its normals point to.
-#include "lumora-render/Shapes.h"
+#include "stage/Shapes.h"
 
 #include <array>
 #include <cmath>
 #include <numbers>
 #include <utility>
 
-namespace lumora::render
+namespace lumora::stage
 {
 
 namespace
@@ -208,4 +208,4 @@ std::shared_ptr<MeshBuilder> ToMesh(const Shape& shape)
     return mesh;
 }
 
-} // namespace lumora::render
+} // namespace lumora::stage

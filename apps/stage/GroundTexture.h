@@ -6,7 +6,7 @@
 
 #include <span>
 
-namespace lumora::render
+namespace lumora::stage
 {
 
 /// Something round that keeps light from the ground.
@@ -22,4 +22,4 @@ struct Occluder
 std::shared_ptr<Texture> MakeGroundTexture(float side, float fadeEnd, std::span<const Occluder> occluders,
                                            Vector light);
 
-} // namespace lumora::render
+} // namespace lumora::stage

@@ -7,7 +7,7 @@
 #include <span>
 #include <vector>
 
-namespace lumora::render
+namespace lumora::stage
 {
 
 struct FramingOptions
@@ -59,4 +59,4 @@ struct Standpoint
 };
 Standpoint Turned(const Standpoint& standpoint, Vector centre, double angle);
 
-} // namespace lumora::render
+} // namespace lumora::stage

@@ -1,5 +1,5 @@
 // Shadows are splashed into a map of light, one soft ellipse for each round thing, then mixed with the tiles.
-#include "lumora-render/GroundTexture.h"
+#include "stage/GroundTexture.h"
 
 #include "platform/scenegraph/Color.h"
 
@@ -7,7 +7,7 @@
 #include <cmath>
 #include <vector>
 
-namespace lumora::render
+namespace lumora::stage
 {
 
 namespace
@@ -128,4 +128,4 @@ std::shared_ptr<Texture> MakeGroundTexture(float side, float fadeEnd, std::span<
     return std::make_shared<Texture>(Pixels, Pixels, pixels);
 }
 
-} // namespace lumora::render
+} // namespace lumora::stage

@@ -1,4 +1,4 @@
-#include "lumora-render/TurnedPieces.h"
+#include "stage/TurnedPieces.h"
 
 #include "geometry/modBSpline.h"
 #include "geometry/modOptimize.h"
@@ -8,7 +8,7 @@
 #include <cmath>
 #include <numbers>
 
-namespace lumora::render
+namespace lumora::stage
 {
 
 namespace
@@ -92,4 +92,4 @@ Shape MakePawn()
     return ToShape(root, *pawn);
 }
 
-} // namespace lumora::render
+} // namespace lumora::stage

@@ -1,15 +1,15 @@
 // A knot on a plinth between a glass ball, crystals, arches and pieces from the lathe. The floor is half clear and
 // everything stands a second time below it, upside down: that is its polish.
-#include "lumora-render/BuiltInScene.h"
+#include "stage/BuiltInScene.h"
 
-#include "lumora-render/GroundTexture.h"
-#include "lumora-render/Shapes.h"
-#include "lumora-render/TurnedPieces.h"
+#include "stage/GroundTexture.h"
+#include "stage/Shapes.h"
+#include "stage/TurnedPieces.h"
 
 #include <cmath>
 #include <numbers>
 
-namespace lumora::render
+namespace lumora::stage
 {
 
 namespace
@@ -289,4 +289,4 @@ Stage MakeBuiltInScene(Sky sky)
     return stage;
 }
 
-} // namespace lumora::render
+} // namespace lumora::stage

@@ -6,7 +6,7 @@
 #include <functional>
 #include <vector>
 
-namespace lumora::render
+namespace lumora::stage
 {
 
 /// Polygons whose corners have a normal each.
@@ -49,4 +49,4 @@ Shape Moved(Shape shape, Vector by);
 
 std::shared_ptr<MeshBuilder> ToMesh(const Shape& shape);
 
-} // namespace lumora::render
+} // namespace lumora::stage

@@ -1,5 +1,5 @@
 // The tightest camera in closed form.
-#include "lumora-render/Framing.h"
+#include "stage/Framing.h"
 
 #include "platform/automation/RuntimeError.h"
 
@@ -8,7 +8,7 @@
 #include <limits>
 #include <numbers>
 
-namespace lumora::render
+namespace lumora::stage
 {
 
 namespace
@@ -241,4 +241,4 @@ Standpoint Turned(const Standpoint& standpoint, Vector centre, double angle)
     return {turn(standpoint.position - centre) + centre, turn(standpoint.direction), turn(standpoint.up)};
 }
 
-} // namespace lumora::render
+} // namespace lumora::stage

@@ -1,9 +1,9 @@
 // Pieces of the built-in scene that are made with the geometry kernel: turned, swept and put together.
 #pragma once
 
-#include "lumora-render/Shapes.h"
+#include "stage/Shapes.h"
 
-namespace lumora::render
+namespace lumora::stage
 {
 
 /// A vase, 1.3 units high, standing on the origin: a curve revolved about y, hollow.
@@ -15,4 +15,4 @@ Shape MakeHorn();
 /// A playing piece standing on the origin: a disc, a frustum of a cone and a sphere.
 Shape MakePawn();
 
-} // namespace lumora::render
+} // namespace lumora::stage

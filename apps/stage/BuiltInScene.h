@@ -1,9 +1,9 @@
 // What is drawn when nobody names a model.
 #pragma once
 
-#include "lumora-render/Models.h"
+#include "stage/Models.h"
 
-namespace lumora::render
+namespace lumora::stage
 {
 
 enum class Sky
@@ -15,4 +15,4 @@ enum class Sky
 /// A still life on a polished floor: the same at every run.
 Stage MakeBuiltInScene(Sky sky);
 
-} // namespace lumora::render
+} // namespace lumora::stage

@@ -1,0 +1,122 @@
+// The same drags and keys as on the host in memory do the same to the camera in a window.
+#include "camera/Schemes.h"
+#include "platform/qt/QtSession.h"
+
+#include <QCursor>
+#include <QWindow>
+#include <algorithm>
+
+namespace lumora::test
+{
+
+namespace
+{
+
+/// The desk's scene in a widget, and a person before it.
+class QtDesk : public DeskScene
+{
+public:
+    explicit QtDesk(D3DRMPROJECTIONTYPE projection) : widget_(MakeWidget())
+    {
+        widget_->setGeometry(100, 100, Side, Side);
+        PutInto(Control(), projection);
+        EXPECT_TRUE(Show(*widget_));
+        widget_->setFocus();
+    }
+
+    Viewport& Control() { return widget_->viewport(); }
+    ViewportWidget& Widget() { return *widget_; }
+
+    void Press(bool onPlate, Qt::KeyboardModifiers held)
+    {
+        const int inset = onPlate ? Side / 2 : 5;
+        pressed_ = {inset, inset};
+        QCursor::setPos(widget_->mapToGlobal(pressed_));
+        QApplication::processEvents();
+        QTest::mousePress(widget_.get(), Qt::MiddleButton, held, pressed_);
+        moves_ = 0;
+        QObject::connect(widget_.get(), &ViewportWidget::UpdatePositions, [this] { ++moves_; });
+    }
+
+    /// Until the control has drawn the picture of the move: it ignores those within 33 milliseconds of another.
+    void Move(int x, int y)
+    {
+        QTest::qWait(40);
+        const int before = moves_;
+        QCursor::setPos(QCursor::pos() + QPoint{x, y});
+        EXPECT_TRUE(Eventually([&] { return moves_ > before; }));
+    }
+
+    void Release(Qt::KeyboardModifiers held)
+    {
+        QTest::mouseRelease(widget_.get(), Qt::MiddleButton, held, pressed_);
+        EXPECT_EQ(QCursor::pos(), widget_->mapToGlobal(pressed_));
+    }
+
+private:
+    std::unique_ptr<ViewportWidget> widget_;
+    QPoint pressed_;
+    int moves_ = 0;
+};
+
+Qt::KeyboardModifiers ModifiersOf(const std::vector<std::int16_t>& held)
+{
+    Qt::KeyboardModifiers modifiers;
+    for (const auto& [code, modifier] :
+         {std::pair{Shift, Qt::ShiftModifier}, {Control, Qt::ControlModifier}, {Alt, Qt::AltModifier}})
+        if (std::ranges::find(held, code) != held.end())
+            modifiers |= modifier;
+    return modifiers;
+}
+
+} // namespace
+
+TEST(QtNavigation, drags_do_what_the_scheme_says)
+{
+    for (const auto& [name, projection, onPlate, held, does] : Schemes)
+    {
+        QtDesk desk{projection};
+        const Vector object = desk.plate->GetPosition(desk.scene);
+        RuleCamera rules = desk.rules;
+        float field = desk.Control().FieldOfView();
+        const Qt::KeyboardModifiers modifiers = ModifiersOf(held);
+        desk.Press(onPlate, modifiers);
+        for (const auto& [x, y] : {std::pair{30, -20}, {-7, 55}})
+        {
+            desk.Move(x, y);
+            Obey(does, static_cast<float>(x) * TwipsPerPixel, static_cast<float>(y) * TwipsPerPixel, object, rules,
+                 field);
+            ExpectCameraOf(desk.Control(), rules, name);
+            EXPECT_NEAR(desk.Control().FieldOfView(), field, 1e-5) << name;
+        }
+        desk.Release(modifiers);
+    }
+}
+
+TEST(QtNavigation, keys_combine_and_opposite_keys_share_their_component)
+{
+    QtDesk desk{Perspective};
+    desk.Control().SetKeyMoveForward(tdlNavKeyW);
+    desk.Control().SetKeyMoveBack(tdlNavKeyS);
+    desk.Control().SetKeyMoveRight(tdlNavKeyD);
+    struct Row
+    {
+        Qt::Key key;
+        bool goesDown;
+        Vector velocity;
+    };
+    for (const auto& [key, goesDown, velocity] : {Row{Qt::Key_W, true, {0, 0, 3}},
+                                                  {Qt::Key_D, true, {3, 0, 3}},
+                                                  {Qt::Key_D, false, {0, 0, 3}},
+                                                  {Qt::Key_S, true, {0, 0, -3}},
+                                                  {Qt::Key_W, false, {}}})
+    {
+        if (goesDown)
+            QTest::keyPress(&desk.Widget(), key);
+        else
+            QTest::keyRelease(&desk.Widget(), key);
+        EXPECT_EQ(VelocitiesOf(desk.Control()).movement, velocity) << static_cast<char>(key) << goesDown;
+    }
+}
+
+} // namespace lumora::test
