@@ -146,18 +146,6 @@ TEST(Writers, back_colors_are_taken_apart_without_a_look_at_their_sign)
     }
 }
 
-TEST(Writers, a_device_identifier_is_any_text_and_leaves_the_device_number_alone)
-{
-    LiveControl control;
-    const auto told = control.Host().PropertyChanges().size();
-    control->SetDirect3DDeviceGUID("no such thing");
-    EXPECT_EQ(control->Direct3DDeviceGUID(), "no such thing");
-    EXPECT_EQ(control->Direct3DDevice(), tdlDirect3DRGBDevice);
-    EXPECT_EQ(control.Host().PropertyChanges().size(), told);
-    control->SetDirect3DDevice(tdlDirect3DRampDevice);
-    EXPECT_EQ(control->Direct3DDeviceGUID(), "IID_IDirect3DRampDevice");
-}
-
 TEST(Writers, a_new_scene_takes_the_camera_from_the_old_one_first)
 {
     LiveControl control;
@@ -232,21 +220,6 @@ TEST(Writers, the_field_rebuilds_the_navigation_controls_in_orthographic_project
     control->SetProjectionType(D3DRMPROJECT_ORTHOGRAPHIC);
     EXPECT_GT(framesMade(), 0);
     EXPECT_EQ(moves, 2);
-}
-
-TEST(Writers, showing_a_navigation_control_builds_it_and_tells_where_the_camera_is_first)
-{
-    for (const char* name : {"NavControlPrimary", "NavControlGlide", "NavControlAdvance"})
-    {
-        LiveControl control;
-        std::vector<std::size_t> toldAtMove;
-        control->CameraMoved.Connect([&](auto&...) { toldAtMove.push_back(control.Host().PropertyChanges().size()); });
-        const auto told = control.Host().PropertyChanges().size();
-        const auto calls = CallsOf([&] { FindProperty(name)->write(control.Control(), true); });
-        EXPECT_THAT(calls, Contains("RetainedMode.CreateFrame")) << name;
-        EXPECT_THAT(toldAtMove, testing::ElementsAre(told)) << name;
-        EXPECT_EQ(control.Host().PropertyChanges().back(), name);
-    }
 }
 
 TEST(Writers, a_pointer_that_does_not_fit_is_remembered_or_flagged_but_not_shown)

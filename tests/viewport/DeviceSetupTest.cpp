@@ -1,9 +1,6 @@
 // Which driver a control ends up with, and what it says about it.
-#include "platform/automation/Faults.h"
 #include "properties/DeviceNames.h"
 #include "viewport/LiveControl.h"
-
-#include <gmock/gmock.h>
 
 using namespace lumora;
 using namespace lumora::test;

@@ -7,7 +7,6 @@
 using namespace lumora;
 using namespace lumora::test;
 using ::testing::Contains;
-using ::testing::ElementsAre;
 
 namespace
 {
@@ -22,13 +21,6 @@ void ExpectHaltError(const std::function<void()>& call)
     EXPECT_EQ(failure.Number(), -2147221503);
     EXPECT_EQ(failure.Source(), "vptVantixViewport");
     EXPECT_EQ(failure.Description(), HaltText);
-}
-
-// Where `name` stands in `calls`, from `start` on.
-std::size_t PlaceOf(const std::vector<std::string>& calls, const std::string& name, std::size_t start = 0)
-{
-    const auto found = std::find(calls.begin() + static_cast<std::ptrdiff_t>(start), calls.end(), name);
-    return static_cast<std::size_t>(found - calls.begin());
 }
 
 TEST(Lifecycle, a_control_in_a_designer_creates_nothing_and_ignores_scenes_and_paints)
@@ -105,17 +97,6 @@ TEST(Lifecycle, termination_releases_everything_and_later_calls_raise_the_halt_e
     EXPECT_EQ(control->FieldOfView(), 0.7F) << "properties are still stored";
 }
 
-TEST(Lifecycle, a_failing_paint_halts_and_says_nothing_to_the_container)
-{
-    LiveControl control;
-    control.Host().FailNext("RMViewport.Render", 100, error::ObjectNotSet);
-    control.Host().PaintNow();
-    EXPECT_EQ(control->ViewportState(), tdlHalted);
-    faults::Clear();
-    ExpectHaltError([&] { control->RenderScene(); });
-    control.Host().PaintNow();
-}
-
 TEST(Lifecycle, a_handler_that_throws_in_a_window_event_halts_but_in_a_method_reaches_the_caller)
 {
     LiveControl control;
@@ -168,22 +149,6 @@ TEST(Lifecycle, an_exhausted_error_is_not_tried_again_further_up)
     EXPECT_EQ(attempts, 1 + MaximumRetries);
 }
 
-TEST(Lifecycle, load_goes_on_to_the_last_value_after_a_failed_set_up)
-{
-    const auto host = MakeHost();
-    host->FailNext("DirectDraw.Create", 100, error::OutOfMemory);
-    auto bag = UsualSettings();
-    bag.Set("KeyZoomOut", std::int32_t{90});
-    bag.Set("FieldOfView", 0.25F);
-    const auto hosted = headless::HostedViewport::Live(host, bag);
-    Viewport& control = hosted->Control();
-    EXPECT_EQ(control.ViewportState(), tdlHalted);
-    EXPECT_FALSE(control.Camera());
-    EXPECT_EQ(control.FieldOfView(), 0.25F);
-    EXPECT_EQ(control.KeyZoomOut(), 90);
-    ExpectHaltError([&] { control.RenderScene(); });
-}
-
 TEST(Lifecycle, a_live_control_that_was_only_initialised_stores_its_properties_and_draws_nothing)
 {
     const auto host = MakeHost();
@@ -222,9 +187,7 @@ public:
 
     void Run()
     {
-        auto bag = UsualSettings();
-        bag.Set("ExposeDDSurface", true);
-        bag.Set("AntiAlias", std::int32_t{2});
+        auto bag = ExposedSettings(tdl2X);
         hosted_ = std::make_unique<headless::HostedViewport>(MakeHost());
         Viewport& control = hosted_->Control();
         EXPECT_NO_THROW(control.Load(bag)) << "no error reaches a container";

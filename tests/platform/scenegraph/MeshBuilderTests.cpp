@@ -1,5 +1,4 @@
 // Mesh builders: what goes in comes out, and what is malformed leaves no trace.
-#include "platform/automation/Faults.h"
 #include "platform/scenegraph/SceneDoubles.h"
 
 namespace lumora
@@ -42,17 +41,6 @@ TEST(MeshBuilders, give_a_packed_list_back_unchanged)
     oversized.insert(oversized.end(), 50, -1); // buffers are often larger than their lists
     paired->AddFaces(FivePoints, TwoNormals, oversized);
     ExpectSame(paired->GetGeometry(), {FivePoints, TwoNormals, PairedList});
-}
-
-TEST(MeshBuilders, count_the_indices_of_every_addition_from_its_own_arrays)
-{
-    const auto mesh = MeshBuilder::Make();
-    mesh->AddFaces(FivePoints, {}, PlainList);
-    EXPECT_EQ(mesh->AddFaces(std::vector<Vector>{{9, 9, 9}, {8, 9, 9}, {9, 8, 9}}, {},
-                             std::vector<std::int32_t>{3, 2, 1, 0, 0}),
-              2);
-    EXPECT_EQ(mesh->GetGeometry().faceList, (std::vector<std::int32_t>{4, 0, 1, 2, 3, 3, 3, 2, 4, 3, 7, 6, 5, 0}));
-    EXPECT_EQ(mesh->GetBox().maximum, (Vector{9, 9, 9}));
 }
 
 TEST(MeshBuilders, refuse_malformed_lists_and_stay_as_they_were)

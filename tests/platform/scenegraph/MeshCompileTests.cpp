@@ -1,7 +1,6 @@
 // The compiled form: triangles, edges, normals and groups, judged by what must hold for any mesh.
 #include "platform/scenegraph/SceneDoubles.h"
 
-#include <map>
 #include <numbers>
 #include <random>
 #include <set>
@@ -141,9 +140,7 @@ TEST(CompiledMeshes, polygons_of_any_shape_keep_their_area_winding_and_sides)
         std::size_t triangles;
     };
     for (const Case& c :
-         {Case{"triangle", {{0, 0, 0}, {0, 1, 0}, {1, 0, 0}}, 1},
-          Case{"square", {{0, 0, 0}, {0, 1, 0}, {1, 1, 0}, {1, 0, 0}}, 2},
-          Case{"arrow head", {{0, 0, 0}, {1, 3, 0}, {2, 0, 0}, {1, 1, 0}}, 2},
+         {Case{"square", {{0, 0, 0}, {0, 1, 0}, {1, 1, 0}, {1, 0, 0}}, 2},
           Case{"arrow head from its notch", {{1, 1, 0}, {0, 0, 0}, {1, 3, 0}, {2, 0, 0}}, 2},
           Case{"corner in the middle of a side", {{0, 0, 0}, {0, 1, 0}, {0, 2, 0}, {2, 2, 0}, {2, 0, 0}}, 3},
           Case{"L", {{0, 0, 0}, {0, 3, 0}, {1, 3, 0}, {1, 1, 0}, {3, 1, 0}, {3, 0, 0}}, 4},

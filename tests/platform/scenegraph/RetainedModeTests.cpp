@@ -1,10 +1,8 @@
 // The root object: vectors, colours, and what it hands out.
-#include "platform/automation/Faults.h"
 #include "platform/scenegraph/RetainedMode.h"
 #include "platform/scenegraph/SceneDoubles.h"
 
 #include <limits>
-#include <numbers>
 #include <random>
 
 namespace lumora

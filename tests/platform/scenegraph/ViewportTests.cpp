@@ -2,8 +2,6 @@
 #include "platform/automation/Faults.h"
 #include "platform/scenegraph/SceneDoubles.h"
 
-#include <numbers>
-
 namespace lumora
 {
 
@@ -217,17 +215,6 @@ TEST(Viewports, light_a_scene_without_lights_from_the_camera)
 TEST(Viewports, tell_the_driver_the_state_of_device_and_scene)
 {
     Stage stage{100, 100};
-    struct Mode
-    {
-        std::uint32_t mode;
-        Transparency transparency;
-    };
-    for (const Mode& m : {Mode{0, Transparency::Stippled}, Mode{2, Transparency::Stippled},
-                          Mode{1, Transparency::Blended}, Mode{3, Transparency::Sorted}})
-    {
-        stage.device->SetRenderMode(m.mode);
-        EXPECT_EQ(stage.Render().pass.transparency, m.transparency) << m.mode;
-    }
     stage.device->SetRenderMode(rendermode::ViewDependentSpecular);
     stage.device->SetTextureQuality(5);
     stage.device->GetDirect3DDevice2()->SetRenderState(22, 2);
