@@ -59,24 +59,6 @@ TEST(Events, a_changed_argument_reaches_the_next_handler_and_the_control)
     EXPECT_EQ(really[1], Variant{0.0F});
 }
 
-TEST(Events, a_handler_may_call_back)
-{
-    const Session session;
-    session.viewport->Put("Enabled", true);
-    int updates = 0;
-    session.viewport->Connect(std::make_shared<Listener>(
-        [&](std::int32_t id, auto)
-        {
-            if (id == UpdatePositions && ++updates == 1)
-                session.viewport->CallWith("SetCameraPosition", {9, 8, 7});
-        }));
-    session.viewport->Call("RenderScene");
-    EXPECT_EQ(updates, 1);
-    std::vector<Variant> place(3);
-    session.viewport->Call("GetCameraPosition", place);
-    EXPECT_EQ(place[2], Variant{7.0F});
-}
-
 TEST(Events, a_failing_handler_fails_the_call_that_raised_the_event)
 {
     const Session session;
@@ -96,23 +78,6 @@ TEST(Events, a_value_of_another_type_is_refused_like_a_failure)
     session.viewport->Connect(std::make_shared<Listener>([](std::int32_t, std::span<Variant> arguments)
                                                          { arguments[0] = std::string{"somewhere"}; }));
     EXPECT_EQ(NumberOf([&] { session.viewport->CallWith("AddCameraMovement", {0, 0, 1, 1}); }), error::TypeMismatch);
-}
-
-TEST(Events, a_disconnected_sink_hears_nothing_even_from_within_a_handler)
-{
-    const Session session;
-    int heard = 0;
-    EventConnection connection = 0;
-    connection = session.viewport->Connect(std::make_shared<Listener>(
-        [&](std::int32_t, auto)
-        {
-            ++heard;
-            session.viewport->Disconnect(connection);
-        }));
-    for (int i = 0; i < 3; ++i)
-        session.viewport->CallWith("AddCameraMovement", {0, 0, 1, 1});
-    EXPECT_EQ(heard, 1);
-    EXPECT_FALSE(session.viewport->Disconnect(connection));
 }
 
 TEST(Events, sinks_stay_while_the_form_carries_the_control)

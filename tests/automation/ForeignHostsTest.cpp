@@ -1,29 +1,18 @@
 // One session in three languages: the C and the Python host print what C++ computes by itself, and draw the same bytes.
-#include "platform/directdraw/Bitmap.h"
 #include "platform/drivers/StandardDrivers.h"
 #include "platform/headless/HostedViewport.h"
 #include "platform/scenegraph/RetainedMode.h"
+#include "support/TemporaryFolder.h"
 
 #include <array>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <sstream>
-#include <unistd.h>
 
 namespace lumora::test
 {
 
 namespace
 {
-
-std::string Read(const std::filesystem::path& file)
-{
-    std::ostringstream text;
-    text << std::ifstream{file, std::ios::binary}.rdbuf();
-    return text.str();
-}
 
 std::string OutputOf(const std::string& command)
 {
@@ -106,20 +95,15 @@ std::string OwnSession(const std::string& picture)
 class ForeignHosts : public testing::Test
 {
 protected:
-    ForeignHosts() { std::filesystem::create_directories(folder_); }
-    ~ForeignHosts() override { std::filesystem::remove_all(folder_); }
-
-    void Compare(const std::string& program)
+    void Compare(const std::string& program) const
     {
-        const std::string own = folder_ / "own.png";
-        const std::string foreign = folder_ / "foreign.png";
-        EXPECT_EQ(OutputOf(program + " " LUMORA_LIBRARY " " + foreign), OwnSession(own));
-        EXPECT_FALSE(Read(own).empty());
-        EXPECT_TRUE(Read(own) == Read(foreign)) << "the pictures differ";
+        EXPECT_EQ(OutputOf(program + " " LUMORA_LIBRARY " " + (folder_ / "foreign.png")),
+                  OwnSession(folder_ / "own.png"));
+        EXPECT_FALSE(folder_.Read("own.png").empty());
+        EXPECT_TRUE(folder_.Read("own.png") == folder_.Read("foreign.png")) << "the pictures differ";
     }
 
-    std::filesystem::path folder_ =
-        std::filesystem::temp_directory_path() / ("lumora-foreign-" + std::to_string(::getpid()));
+    const tests::TemporaryFolder folder_;
 };
 
 } // namespace

@@ -3,11 +3,10 @@
 
 #include "platform/automation/Json.h"
 #include "platform/automation/RuntimeError.h"
+#include "support/TemporaryFolder.h"
 
 #include <fstream>
 #include <gtest/gtest.h>
-#include <sstream>
-#include <unistd.h>
 
 namespace lumora::test
 {
@@ -18,19 +17,8 @@ namespace
 class RegistryFile : public testing::Test
 {
 protected:
-    RegistryFile() { std::filesystem::create_directories(folder_); }
-    ~RegistryFile() override { std::filesystem::remove_all(folder_); }
-
-    std::string Content() const
-    {
-        std::ostringstream text;
-        text << std::ifstream{file_}.rdbuf();
-        return text.str();
-    }
-
-    std::filesystem::path folder_ =
-        std::filesystem::temp_directory_path() / ("lumora-registry-" + std::to_string(::getpid()));
-    std::filesystem::path file_ = folder_ / "below" / "registry";
+    const tests::TemporaryFolder folder_;
+    const std::filesystem::path file_ = folder_ / "below/registry";
 };
 
 } // namespace
@@ -90,7 +78,7 @@ TEST_F(RegistryFile, a_damaged_file_is_refused_with_its_line)
     Registry registry;
     registry.Set("key", "name", "value");
     registry.Write(file_);
-    const std::string whole = Content();
+    const std::string whole = folder_.Read("below/registry");
     for (std::size_t length = 0; length + 1 < whole.size(); ++length)
     {
         std::ofstream{file_, std::ios::trunc} << whole.substr(0, length);

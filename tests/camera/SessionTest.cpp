@@ -2,6 +2,7 @@
 #include "camera/Desk.h"
 #include "platform/headless/SessionPlayer.h"
 
+#include <functional>
 #include <random>
 #include <set>
 
@@ -117,45 +118,29 @@ TEST(Session, whatever_a_person_does_the_control_lives_and_gives_the_cursor_back
         std::mt19937 random{seed};
         const auto upTo = [&](int most) { return static_cast<int>(random() % static_cast<unsigned>(most + 1)); };
         const auto number = [&](int most) { return std::to_string(upTo(2 * most) - most); };
-        const auto oneOf = [&](const auto& words) { return std::string{words[random() % std::size(words)]}; };
-        const char* const buttons[] = {"left", "right", "middle", "middle"};
-        const char* const modifiers[] = {"shift", "ctrl", "alt"};
-        const char* const keys[] = {"W", "E", "Add", "Z"};
+        const auto oneOf = [&](std::initializer_list<const char*> words)
+        { return std::string{*(words.begin() + upTo(static_cast<int>(words.size()) - 1))}; };
+        const auto button = [&] { return oneOf({"left", "right", "middle", "middle"}); };
+        const auto count = [&](int least, int most) { return std::to_string(least + upTo(most - least)); };
+        const std::function<std::string()> lines[] = {
+            [&] { return "press " + button() + " " + count(0, 60) + " " + count(150, 200); },
+            [&] { return "release " + button(); },
+            [&] { return "move " + number(400) + " " + number(400) + " " + count(1, 200); },
+            [&] { return "moveto " + number(300) + " " + number(300); },
+            [&] {
+                return oneOf({"hold ", "drop "}) + oneOf({"shift", "ctrl", "alt"});
+            },
+            [&] {
+                return oneOf({"key down ", "key up "}) + oneOf({"W", "E", "Add", "Z"});
+            },
+            [&] { return "animate " + count(1, 200); },
+            [&] { return "size " + count(170, 200) + " 200"; },
+            [&] { return std::string{"set "} + settings[random() % std::size(settings)]; },
+        };
         std::string text{"set CollisionDetection=True\nset CollisionSamples=3\nset NavControlPrimary=True\n"
                          "set NavControlGlide=True\nset NavControlAdvance=True\n"};
-        for (int line = 0; line < 80; ++line, text += "\n")
-            switch (upTo(9))
-            {
-            case 0:
-                text +=
-                    "press " + oneOf(buttons) + " " + std::to_string(upTo(60)) + " " + std::to_string(150 + upTo(50));
-                break;
-            case 1:
-                text += "release " + oneOf(buttons);
-                break;
-            case 2:
-            case 3:
-                text += "move " + number(400) + " " + number(400) + " " + std::to_string(upTo(200) + 1);
-                break;
-            case 4:
-                text += (upTo(1) != 0 ? "hold " : "drop ") + oneOf(modifiers);
-                break;
-            case 5:
-                text += (upTo(1) != 0 ? "key down " : "key up ") + oneOf(keys);
-                break;
-            case 6:
-                text += "animate " + std::to_string(upTo(200) + 1);
-                break;
-            case 7:
-                text += "set " + oneOf(settings);
-                break;
-            case 8:
-                text += "size " + std::to_string(170 + upTo(30)) + " " + std::to_string(200);
-                break;
-            default:
-                text += "moveto " + number(300) + " " + number(300);
-                break;
-            }
+        for (int line = 0; line < 80; ++line)
+            text += lines[random() % std::size(lines)]() + "\n";
         Stage stage;
         for (const Vector wall : {Vector{0, 0, 6}, {0, 0, -6}, {6, 0, 0}, {-6, 0, 0}})
             stage.AddWall(wall);

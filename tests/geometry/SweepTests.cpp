@@ -234,25 +234,11 @@ TEST(Sweeps, refuse_what_has_no_shape)
     } cases[] = {
         {"empty profile", [](Sweep& s) { s.profile.clear(); }, "9"},
         {"no steps", [](Sweep& s) { s.steps = 0; }, "11"},
-        {"negative steps", [](Sweep& s) { s.steps = -5; }, "9"},
-        {"steps without end", [](Sweep& s) { s.steps = 2147483647; }, "7"},
         {"a product without end", [](Sweep& s) { s.steps = 4000000; }, "7"},
         {"negative scale", [](Sweep& s) { s.endScale = -2; }, "5"},
         {"scale beyond Singles", [](Sweep& s) { s.endScale = INFINITY; }, "6"},
-        {"no scale", [](Sweep& s) { s.endScale = NAN; }, "5"},
         {"profile not finite", [](Sweep& s) { s.profile[1].x = NAN; }, notFinite},
-        {"path not finite", [](Sweep& s) { s.path[1].x = INFINITY; }, "6"},
         {"turn not finite", [](Sweep& s) { s.turnFraction = NAN; }, "6"},
-        {"axis not finite",
-         [](Sweep& s) {
-             s.axis = {NAN, 0, 0}, s.turnFraction = 1;
-         },
-         notFinite},
-        {"huge profile",
-         [](Sweep& s) {
-             s.profile[0] = {3e38F, 3e38F, 3e38F};
-         },
-         notFinite},
         {"too few times",
          [](Sweep& s) { s.curveMethod = CurveMethod::KeyFramed, s.curve.useTimes = true, s.curve.times = {1}; }, "9"},
     };

@@ -41,7 +41,6 @@ struct Format
 
 const Format formats[] = {
     {"model.obj", Axes::RightHanded, AsObj},
-    {"ascii.stl", Axes::RightHanded, AsAsciiStl},
     {"binary.stl", Axes::RightHanded, AsBinaryStl},
     {"model.ply", Axes::RightHanded, AsPly},
     {"model.gltf", Axes::RightHanded, AsGltf},

@@ -7,10 +7,8 @@
 #include <cerrno>
 #include <cstdint>
 #include <fstream>
-#include <set>
 #include <sstream>
 #include <sys/wait.h>
-#include <unistd.h>
 
 namespace lumora::test
 {
@@ -46,17 +44,6 @@ std::string Indices(std::size_t triangles, int first, const char* before, const 
 std::string Chunk(std::uint16_t id, const std::string& contents)
 {
     return Bytes(id) + Bytes(static_cast<std::uint32_t>(contents.size() + 6)) + contents;
-}
-
-std::string GltfBody(std::span<const Triangle> triangles, std::size_t bytes, const std::string& uri)
-{
-    std::ostringstream out;
-    out << R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],"nodes":[{"mesh":0}],)"
-        << R"("meshes":[{"primitives":[{"attributes":{"POSITION":0}}]}],)"
-        << R"("accessors":[{"bufferView":0,"componentType":5126,"type":"VEC3","count":)" << triangles.size() * 3
-        << R"(,"min":[0,0,0],"max":[2,3,5]}],"bufferViews":[{"buffer":0,"byteLength":)" << bytes << R"(}],"buffers":[{)"
-        << uri << R"("byteLength":)" << bytes << "}]}";
-    return out.str();
 }
 
 std::string FloatsOf(std::span<const Triangle> triangles)
@@ -140,21 +127,6 @@ std::string AsObj(std::span<const Triangle> triangles)
     return out.str() + Indices(triangles.size(), 1, "f ", " ", "\n");
 }
 
-std::string AsAsciiStl(std::span<const Triangle> triangles)
-{
-    std::ostringstream out;
-    out << "solid model\n";
-    for (const Triangle& t : triangles)
-    {
-        out << "facet normal 0 0 0\nouter loop\n";
-        for (const Vector& v : t)
-            out << "vertex " << v.x << ' ' << v.y << ' ' << v.z << '\n';
-        out << "endloop\nendfacet\n";
-    }
-    out << "endsolid model\n";
-    return out.str();
-}
-
 std::string AsBinaryStl(std::span<const Triangle> triangles)
 {
     std::string bytes(80, ' ');
@@ -175,15 +147,18 @@ std::string AsPly(std::span<const Triangle> triangles)
 
 std::string AsGltf(std::span<const Triangle> triangles)
 {
-    const std::string bytes = FloatsOf(triangles);
-    return GltfBody(triangles, bytes.size(),
-                    R"("uri":"data:application/octet-stream;base64,)" + Base64(bytes) + R"(",)");
+    std::vector<float> numbers;
+    for (const Triangle& triangle : triangles)
+        for (const Vector& v : triangle)
+            numbers.insert(numbers.end(), {v.x, v.y, v.z});
+    return MakeGltf({{"POSITION", 3, numbers}}, R"("scenes":[{"nodes":[0]}],"nodes":[{"mesh":0}],"materials":[{}],)");
 }
 
 std::string AsGlb(std::span<const Triangle> triangles)
 {
     const std::string bytes = FloatsOf(triangles);
-    std::string json = GltfBody(triangles, bytes.size(), "");
+    std::string json = AsGltf(triangles);
+    json.replace(json.find(",\"uri\""), std::string::npos, "}]}"); // the bytes follow instead
     json.resize((json.size() + 3) / 4 * 4, ' ');
     const auto size = [](std::size_t count) { return Bytes(static_cast<std::uint32_t>(count)); };
     return "glTF" + size(2) + size(12 + 8 + json.size() + 8 + bytes.size()) + size(json.size()) + "JSON" + json +

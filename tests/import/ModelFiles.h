@@ -49,7 +49,6 @@ using Triangle = std::array<Vector, 3>;
 std::vector<Triangle> Tetrahedron();
 
 std::string AsObj(std::span<const Triangle> triangles);
-std::string AsAsciiStl(std::span<const Triangle> triangles);
 std::string AsBinaryStl(std::span<const Triangle> triangles);
 std::string AsPly(std::span<const Triangle> triangles);
 std::string AsGltf(std::span<const Triangle> triangles);

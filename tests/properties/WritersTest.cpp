@@ -146,34 +146,6 @@ TEST(Writers, back_colors_are_taken_apart_without_a_look_at_their_sign)
     }
 }
 
-TEST(Writers, a_device_identifier_is_any_text_and_leaves_the_device_number_alone)
-{
-    LiveControl control;
-    const auto told = control.Host().PropertyChanges().size();
-    control->SetDirect3DDeviceGUID("no such thing");
-    EXPECT_EQ(control->Direct3DDeviceGUID(), "no such thing");
-    EXPECT_EQ(control->Direct3DDevice(), tdlDirect3DRGBDevice);
-    EXPECT_EQ(control.Host().PropertyChanges().size(), told);
-    control->SetDirect3DDevice(tdlDirect3DRampDevice);
-    EXPECT_EQ(control->Direct3DDeviceGUID(), "IID_IDirect3DRampDevice");
-}
-
-TEST(Writers, several_changes_of_the_device_make_one_new_device_at_the_next_picture)
-{
-    LiveControl control;
-    const auto before = CallsOf(
-        [&]
-        {
-            control->SetDirect3DDevice(tdlDirect3DRefDevice);
-            control->SetAntiAlias(tdl2X);
-            control->SetBackgroundTexture("");
-            control->SetDirect3DDevice(tdlDirect3DRGBDevice);
-        });
-    EXPECT_THAT(before, Not(Contains("RetainedMode.CreateDeviceFromClipper")));
-    EXPECT_EQ(CountOf(CallsOf([&] { control->RenderScene(); }), "RetainedMode.CreateDeviceFromClipper"), 1);
-    EXPECT_EQ(CountOf(CallsOf([&] { control->RenderScene(); }), "RetainedMode.CreateDeviceFromClipper"), 0);
-}
-
 TEST(Writers, a_new_scene_takes_the_camera_from_the_old_one_first)
 {
     LiveControl control;
@@ -190,18 +162,6 @@ TEST(Writers, a_new_scene_takes_the_camera_from_the_old_one_first)
     EXPECT_FALSE(control->Camera()->Parent());
     EXPECT_EQ(control.Host().PropertyChanges().back(), "Scene");
     EXPECT_EQ(second.use_count(), 1);
-}
-
-TEST(Writers, an_overlay_is_kept_in_every_state_and_let_go_when_replaced)
-{
-    headless::MemoryPropertyBag empty;
-    const auto hosted = headless::HostedViewport::AtDesignTime(MakeHost(), empty);
-    const auto overlay = Frame::Make();
-    hosted->Control().SetSceneOverlay(overlay);
-    EXPECT_EQ(hosted->Control().SceneOverlay(), overlay);
-    EXPECT_EQ(hosted->Host().PropertyChanges().back(), "SceneOverlay");
-    hosted->Control().SetSceneOverlay(nullptr);
-    EXPECT_EQ(overlay.use_count(), 1);
 }
 
 TEST(Writers, enabling_draws_a_picture_before_the_container_is_told_and_disabling_draws_none)
@@ -247,20 +207,6 @@ TEST(Writers, exposing_takes_effect_through_a_new_device_while_live_and_at_once_
     EXPECT_TRUE(designed->Control().ExposeDDSurface());
 }
 
-TEST(Writers, accumulating_clears_the_viewport_once_when_there_is_one)
-{
-    LiveControl control;
-    EXPECT_EQ(CountOf(CallsOf([&] { control->SetAccumulate(true); }), "RMViewport.Clear"), 1);
-    EXPECT_EQ(CountOf(CallsOf([&] { control->SetAccumulate(false); }), "RMViewport.Clear"), 0);
-    // The live test is not asked: an existing viewport is cleared in a form designer too.
-    control.Host().SetUserMode(false);
-    EXPECT_EQ(CountOf(CallsOf([&] { control->SetAccumulate(true); }), "RMViewport.Clear"), 1);
-
-    Viewport fresh{MakeHost()};
-    fresh.SetAccumulate(true);
-    EXPECT_TRUE(fresh.Accumulate());
-}
-
 TEST(Writers, the_field_rebuilds_the_navigation_controls_in_orthographic_projection_alone)
 {
     LiveControl control;
@@ -274,21 +220,6 @@ TEST(Writers, the_field_rebuilds_the_navigation_controls_in_orthographic_project
     control->SetProjectionType(D3DRMPROJECT_ORTHOGRAPHIC);
     EXPECT_GT(framesMade(), 0);
     EXPECT_EQ(moves, 2);
-}
-
-TEST(Writers, showing_a_navigation_control_builds_it_and_tells_where_the_camera_is_first)
-{
-    for (const char* name : {"NavControlPrimary", "NavControlGlide", "NavControlAdvance"})
-    {
-        LiveControl control;
-        std::vector<std::size_t> toldAtMove;
-        control->CameraMoved.Connect([&](auto&...) { toldAtMove.push_back(control.Host().PropertyChanges().size()); });
-        const auto told = control.Host().PropertyChanges().size();
-        const auto calls = CallsOf([&] { FindProperty(name)->write(control.Control(), true); });
-        EXPECT_THAT(calls, Contains("RetainedMode.CreateFrame")) << name;
-        EXPECT_THAT(toldAtMove, testing::ElementsAre(told)) << name;
-        EXPECT_EQ(control.Host().PropertyChanges().back(), name);
-    }
 }
 
 TEST(Writers, a_pointer_that_does_not_fit_is_remembered_or_flagged_but_not_shown)
@@ -305,17 +236,6 @@ TEST(Writers, a_pointer_that_does_not_fit_is_remembered_or_flagged_but_not_shown
     EXPECT_EQ(control->hwnd(), -32768);
     control.Host().ControlArea().SetHandle(-32769);
     EXPECT_EQ(ErrorOf([&] { control->hwnd(); }).Number(), error::Overflow);
-}
-
-TEST(Writers, background_pictures_are_loaded_while_live_alone)
-{
-    LiveControl control;
-    EXPECT_EQ(CountOf(CallsOf([&] { control->SetBackgroundTexture("/nowhere.png"); }), "Picture.Load"), 1);
-    EXPECT_EQ(CountOf(CallsOf([&] { control->SetBackgroundTexture(""); }), "Picture.Load"), 0);
-    control.Host().SetUserMode(false);
-    EXPECT_EQ(CountOf(CallsOf([&] { control->SetBackgroundTexture("/nowhere.png"); }), "Picture.Load"), 0);
-    EXPECT_EQ(control->BackgroundTexture(), "/nowhere.png");
-    EXPECT_EQ(control.Host().PropertyChanges().back(), "BackgroundTexture");
 }
 
 TEST(Writers, errors_of_trapped_writers_come_from_the_control_and_others_from_who_raised_them)

@@ -1,11 +1,7 @@
 // Averages of blocks, against their definition.
 #include "viewport/Averaging.h"
 
-#include "platform/directdraw/DirectDraw.h"
 #include "platform/drivers/rgb/RgbDriver.h"
-#include "platform/headless/VirtualScreen.h"
-#include "viewport/AllocationCount.h"
-#include "viewport/HeldContext.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -87,57 +83,6 @@ TEST(Averaging, follows_the_definition_for_every_size_on_every_path)
             for (const int factor : {2, 4}) // shared out
                 ExpectAverages(averager, RandomPixels(1021, 611, random).view, factor);
         }
-}
-
-TEST(Averaging, rounds_every_sum_to_the_nearest_and_halves_to_even)
-{
-    // Block k has the sum k in red, spread as 0, 0, 1, 1 or 1, 1, 1, 2 would be; the others have it the other way
-    // round.
-    for (const SimdLevel level : AvailableSimdLevels())
-        for (const int factor : {2, 4})
-        {
-            const int samples = factor * factor;
-            const int blocks = 255 * samples + 1;
-            Pixels source{blocks * factor, factor, blocks * factor};
-            for (int k = 0; k < blocks; ++k)
-                for (int s = 0; s < samples; ++s)
-                {
-                    const auto share = static_cast<std::uint32_t>((k + s) / samples);
-                    source.view.Row(s / factor)[k * factor + s % factor] =
-                        0xAB000000 | share << 16 | (255 - share) << 8 | share;
-                }
-            Pixels target{blocks, 1, blocks};
-            BlockAverager{Crew::Of(1), level}.Average(source.view, factor, target.view);
-            for (int k = 0; k < blocks; ++k)
-            {
-                const auto up = static_cast<std::uint32_t>(std::nearbyint(static_cast<double>(k) / samples));
-                const auto down =
-                    static_cast<std::uint32_t>(std::nearbyint(static_cast<double>(blocks - 1 - k) / samples));
-                ASSERT_EQ(target.memory[static_cast<std::size_t>(k)], up << 16 | down << 8 | up) << k;
-            }
-        }
-}
-
-TEST(Averaging, of_surfaces_allocates_nothing_once_it_has_begun)
-{
-    const auto directDraw = DirectDraw::Create(std::make_shared<headless::VirtualScreen>(600, 400));
-    const auto source = directDraw->CreateSurface({124, 7, 800, 1200, surfacecaps::OffscreenPlain});
-    const auto target = directDraw->CreateSurface({124, 7, 400, 600, surfacecaps::OffscreenPlain});
-    BlockAverager averager;
-    const auto averageAndStretchBack = [&]
-    {
-        {
-            HeldContext from{*source};
-            HeldContext to{*target};
-            averager.Average(from->Pixels(), 2, to->Pixels());
-        }
-        source->Blt({}, *target, {}, Surface::BltWait);
-    };
-    averageAndStretchBack();
-    const auto before = test::AllocationCount();
-    for (int i = 0; i < 20; ++i)
-        averageAndStretchBack();
-    EXPECT_EQ(test::AllocationCount(), before);
 }
 
 } // namespace

@@ -1,9 +1,6 @@
 // Which driver a control ends up with, and what it says about it.
-#include "platform/automation/Faults.h"
 #include "properties/DeviceNames.h"
 #include "viewport/LiveControl.h"
-
-#include <gmock/gmock.h>
 
 using namespace lumora;
 using namespace lumora::test;
@@ -123,19 +120,6 @@ TEST(DeviceSetup, writing_the_device_takes_effect_at_the_next_picture_and_keeps_
     EXPECT_EQ(moved, 0) << "one rebuild for one change";
 }
 
-TEST(DeviceSetup, a_resize_rebuilds_at_the_next_picture_only)
-{
-    LiveControl control{Asking(tdlDirect3DRGBDevice, true)};
-    const auto before = control->DirectDrawSurface();
-    ASSERT_TRUE(before);
-    EXPECT_EQ(before->Width(), Side);
-    control.Host().ResizeWindow(50, 80);
-    EXPECT_EQ(control->DirectDrawSurface(), before);
-    control->RenderScene();
-    EXPECT_EQ(control->DirectDrawSurface()->Width(), 50);
-    EXPECT_EQ(control->DirectDrawSurface()->Height(), 80);
-}
-
 TEST(DeviceSetup, surfaces_have_the_size_that_border_and_sampling_ask_for)
 {
     struct Row
@@ -159,21 +143,6 @@ TEST(DeviceSetup, surfaces_have_the_size_that_border_and_sampling_ask_for)
     }
 }
 
-TEST(DeviceSetup, exposing_and_covering_the_surface_takes_effect_at_once)
-{
-    LiveControl control;
-    EXPECT_FALSE(control->DirectDrawSurface());
-    control->SetExposeDDSurface(true);
-    EXPECT_TRUE(control->ExposeDDSurface());
-    EXPECT_TRUE(control->DirectDrawSurface());
-    control->RenderScene();
-    control->SetExposeDDSurface(false);
-    EXPECT_FALSE(control->ExposeDDSurface());
-    EXPECT_FALSE(control->DirectDrawSurface());
-    control->RenderScene();
-    EXPECT_EQ(control->ViewportState(), tdlRunning);
-}
-
 TEST(DeviceSetup, controls_of_no_size_and_of_absurd_size_do_not_break)
 {
     for (const bool exposed : {false, true})
@@ -189,18 +158,6 @@ TEST(DeviceSetup, controls_of_no_size_and_of_absurd_size_do_not_break)
         LiveControl absurd{bag};
         EXPECT_EQ(absurd->ViewportState(), tdlHalted);
     }
-}
-
-TEST(DeviceSetup, a_device_that_is_lost_once_is_retried_and_one_lost_for_ever_is_an_error)
-{
-    LiveControl control;
-    control.Host().FailNext("Device.Update", 1, error::RMBadDevice);
-    control->RenderScene();
-    control.Host().FailNext("Device.Update", 1000000, error::RMBadDevice);
-    EXPECT_EQ(ErrorOf([&] { control->RenderScene(); }).Number(), error::RMBadDevice);
-    EXPECT_EQ(control->ViewportState(), tdlRunning);
-    faults::Clear();
-    control->RenderScene();
 }
 
 } // namespace

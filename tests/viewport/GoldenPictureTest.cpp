@@ -118,14 +118,6 @@ void ExpectGolden(LiveControl& control, const std::string& name)
     EXPECT_TRUE(testsupport::SamePicture(actual, golden->Pixels())) << name;
 }
 
-headless::MemoryPropertyBag Exposed(std::int32_t antiAlias)
-{
-    auto bag = UsualSettings();
-    bag.Set("ExposeDDSurface", true);
-    bag.Set("AntiAlias", antiAlias);
-    return bag;
-}
-
 TEST(GoldenPicture, lit_shapes_on_a_textured_ground)
 {
     LiveControl control{UsualSettings(), MakeHost(Width, Height)};
@@ -143,7 +135,7 @@ TEST(GoldenPicture, flat_faces_with_all_edges_over_them)
 
 TEST(GoldenPicture, glass_in_fog_averaged_over_sixteen_samples)
 {
-    LiveControl control{Exposed(4), MakeHost(Width, Height)};
+    LiveControl control{ExposedSettings(tdl4X), MakeHost(Width, Height)};
     const auto scene = StillLife();
     const auto glass = Frame::Make(scene);
     glass->SetPosition(scene, 0.2F, 0.1F, -1.2F);

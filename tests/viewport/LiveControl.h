@@ -24,6 +24,15 @@ inline headless::MemoryPropertyBag UsualSettings()
     return bag;
 }
 
+/// The usual ones with an exposed surface.
+inline headless::MemoryPropertyBag ExposedSettings(std::int32_t antiAlias = tdlNone)
+{
+    auto bag = UsualSettings();
+    bag.Set("ExposeDDSurface", true);
+    bag.Set("AntiAlias", antiAlias);
+    return bag;
+}
+
 inline std::shared_ptr<headless::HeadlessHost> MakeHost(int width = Side, int height = Side)
 {
     return std::make_shared<headless::HeadlessHost>(StandardDrivers(), nullptr,

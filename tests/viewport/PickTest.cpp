@@ -4,7 +4,6 @@
 #include "viewport/PickResult.h"
 
 #include <cmath>
-#include <deque>
 #include <limits>
 
 namespace lumora::test
@@ -28,22 +27,6 @@ void ExpectNear(Vector actual, Vector expected, float tolerance)
     EXPECT_NEAR(actual.y, expected.y, tolerance);
     EXPECT_NEAR(actual.z, expected.z, tolerance);
 }
-
-struct ListedHits : HitSource
-{
-    explicit ListedHits(std::deque<PickHit> list) : hits(std::move(list)) {}
-
-    std::optional<PickHit> Next() override
-    {
-        if (hits.empty())
-            return std::nullopt;
-        PickHit next = std::move(hits.front());
-        hits.pop_front();
-        return next;
-    }
-
-    std::deque<PickHit> hits;
-};
 
 struct PickScene : ::testing::Test
 {
@@ -231,21 +214,6 @@ TEST_F(PickScene, answers_odd_questions_with_nothing_or_a_clear_error)
     EXPECT_EQ(ErrorOf([&] { control->Pick(tdlScene, 50, 50); }).Number(), error::ObjectNotSet);
     control->Terminate();
     EXPECT_EQ(ErrorOf([&] { control->Pick(tdlScene, 50, 50); }).Source(), "vptVantixViewport");
-}
-
-TEST(ChooseHit, tells_of_faces_below_zero_and_goes_on)
-{
-    const auto frame = Frame::Make();
-    const auto mesh = Square(0, 0, 1, 1, 0xFFFFFFFF);
-    const PickedArray hits{std::make_unique<ListedHits>(
-        std::deque<PickHit>{{mesh, {frame}, {-1, {1, 1, 1}}}, {mesh, {frame}, {4, {2, 2, 2}}}})};
-    PickResult picked;
-    int told = 0;
-    const PickChoice choice = ChooseHit(hits, {.Wireframe = true, .ZeroAppData = true}, picked, [&] { ++told; });
-    EXPECT_EQ(told, 1);
-    EXPECT_TRUE(choice.accepted);
-    EXPECT_EQ(picked.PickedFaceID, 4);
-    EXPECT_EQ(choice.position, (Vector{2, 2, 2}));
 }
 
 } // namespace lumora::test

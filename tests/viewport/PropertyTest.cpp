@@ -1,5 +1,4 @@
 // Properties through the table that makes them.
-#include "platform/automation/Faults.h"
 #include "properties/PropertyTable.h"
 #include "properties/PropertyValues.h"
 #include "viewport/LiveControl.h"
@@ -8,28 +7,9 @@
 
 using namespace lumora;
 using namespace lumora::test;
-using ::testing::Contains;
-using ::testing::HasSubstr;
 
 namespace
 {
-
-TEST(Properties, the_table_counts_ids_down_to_the_window_handle)
-{
-    const auto table = PropertyTable();
-    ASSERT_EQ(table.size(), 97U);
-    EXPECT_EQ(FindProperty("Direct3DDevice")->dispatchId, 0x68030000 + 96);
-    EXPECT_EQ(FindProperty("hwnd")->dispatchId, 0x68030000);
-    int saved = 0;
-    int writable = 0;
-    for (const PropertyRow& row : table)
-    {
-        saved += row.saved ? 1 : 0;
-        writable += row.write != nullptr ? 1 : 0;
-    }
-    EXPECT_EQ(saved, 83);
-    EXPECT_EQ(writable, 89);
-}
 
 TEST(Properties, every_saved_property_survives_a_bag_live_and_at_design_time)
 {
@@ -82,52 +62,6 @@ TEST(Properties, defaults_are_not_saved_and_initialising_equals_loading_nothing)
     EXPECT_FLOAT_EQ(initialised.Control().KeyVelocityRotate(), 1.571F);
 }
 
-TEST(Properties, writes_tell_the_container_except_the_ones_that_do_not)
-{
-    LiveControl control;
-    for (const PropertyRow& row : PropertyTable())
-    {
-        if (!row.write || row.type == PropertyType::Object)
-            continue;
-        const auto before = control.Host().PropertyChanges().size();
-        row.write(control.Control(), row.read(control.Control()));
-        const bool silent = row.name == "Direct3DDevice" || row.name == "Direct3DDeviceGUID" ||
-                            row.name == "HighlightPointer" || row.name == "NavMouseButton";
-        const auto& changes = control.Host().PropertyChanges();
-        if (silent)
-            EXPECT_EQ(changes.size(), before) << row.name;
-        else
-        {
-            ASSERT_GT(changes.size(), before) << row.name;
-            EXPECT_EQ(changes.back(), row.name);
-        }
-    }
-}
-
-TEST(Properties, writes_reach_the_live_device_and_viewport_at_once)
-{
-    LiveControl control;
-    struct Row
-    {
-        const char* property;
-        std::int32_t value;
-        const char* operation;
-    };
-    for (const Row& row :
-         {Row{"TextureQuality", 0, "Device.SetTextureQuality"}, Row{"ShadeMode", 0, "Device.SetQuality"},
-          Row{"FillMode", 64, "Device.SetQuality"}, Row{"LightMode", 0, "Device.SetQuality"},
-          Row{"RenderMode", 2, "Device.SetRenderMode"}, Row{"ProjectionType", 1, "RMViewport.SetProjection"},
-          Row{"BackClippingPlane", 50, "RMViewport.SetBack"}, Row{"FrontClippingPlane", 2, "RMViewport.SetFront"},
-          Row{"FieldOfView", 1, "RMViewport.SetField"}, Row{"CullMethod", 3, "ImmediateDevice.SetRenderState"},
-          Row{"Accumulate", 1, "RMViewport.Clear"}, Row{"BackColor", 5, "Frame.SetSceneBackgroundRGB"}})
-    {
-        faults::Record();
-        FindProperty(row.property)->write(control.Control(), row.value);
-        EXPECT_THAT(faults::Recorded(), Contains(row.operation)) << row.property;
-        faults::Clear();
-    }
-}
-
 TEST(Properties, a_value_that_the_platform_refuses_is_stored_and_raised)
 {
     LiveControl control;
@@ -153,33 +87,6 @@ TEST(Properties, some_writers_have_their_own_mind)
     control->SetHighlightPointer(9);
     EXPECT_EQ(control->MousePointer(), 9);
     EXPECT_EQ(control->HighlightPointer(), 9);
-
-    control->SetBackgroundTexture("/nowhere/at/all.png");
-    EXPECT_EQ(control->BackgroundTexture(), "/nowhere/at/all.png");
-    control->RenderScene();
-
-    control->SetBackColor(0x00FF8000); // blue 255, green 128, red 0
-    const Vector background = control->Scene()->Scene().backgroundColor;
-    EXPECT_EQ(background, (Vector{0, 128 / 255.0F, 1}));
-
-    control.Host().ControlArea().SetHandle(70000);
-    EXPECT_EQ(ErrorOf([&] { control->hwnd(); }).Number(), error::Overflow);
-}
-
-TEST(Properties, texts_become_values_and_what_cannot_is_answered_with_the_nearest)
-{
-    const auto parse = [](const char* name, const char* text) { return ParsePropertyValue(*FindProperty(name), text); };
-    EXPECT_EQ(parse("AntiAlias", "tdl4x"), Variant{std::int32_t{4}});
-    EXPECT_EQ(parse("AntiAlias", "2"), Variant{std::int32_t{2}});
-    EXPECT_EQ(parse("FieldOfView", "0.25"), Variant{0.25F});
-    EXPECT_EQ(parse("Enabled", "yes"), Variant{true});
-    EXPECT_THAT(ErrorOf([&] { parse("AntiAlias", "tdl3X"); }).Description(), HasSubstr("tdl2X"));
-    EXPECT_THAT(ErrorOf([&] { parse("KeyMoveUp", "NavKeyPgUp"); }).Description(), HasSubstr("tdlNavKeyPageUp"));
-    EXPECT_EQ(ErrorOf([&] { parse("CoolMode", "5000000000"); }).Number(), error::Overflow);
-    EXPECT_EQ(ErrorOf([&] { parse("FieldOfView", "nan"); }).Number(), error::Overflow);
-    EXPECT_EQ(ErrorOf([&] { parse("Enabled", "perhaps"); }).Number(), error::TypeMismatch);
-    EXPECT_EQ(NearestProperty("FeildOfVeiw").name, "FieldOfView");
-    EXPECT_EQ(NearestProperty("antialiasing").name, "AntiAlias");
 }
 
 } // namespace

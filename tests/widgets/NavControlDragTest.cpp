@@ -1,7 +1,6 @@
 // Dragging the on-screen controls, by a person's hand: which one a press grabs, and where the camera goes.
 #include "camera/Desk.h"
 
-#include <functional>
 #include <set>
 
 namespace lumora::test
@@ -90,64 +89,51 @@ TEST(NavControls, every_part_that_can_be_dragged_is_grabbed_by_a_press)
 
 TEST(NavControls, a_step_moves_the_camera_as_its_control_says)
 {
+    enum class Round
+    {
+        Nothing,
+        Vertical,
+        Up,
+        Look,
+    };
     struct Row
     {
         std::int32_t id;
         D3DRMPROJECTIONTYPE projection;
-        std::function<void(RuleCamera&, float dx, float dy)> moved; // by anchor minus position, in twips
+        bool advances; // otherwise it glides
+        Vector right;  // where a drag to the right moves the camera, and one downwards
+        Vector down;
+        Round turns = Round::Nothing; // by a drag to the right
+        bool onTheSpot = false;       // otherwise about the scene's origin, as a pitch is
+        bool pitches = false;         // by a drag downwards
     };
     constexpr Vector Origin{7, 0, 0}; // of the scene, as the desk sets it
-    const auto turnX = [](RuleCamera& camera, float angle) { camera.Turn(camera.Axis(0), angle, Origin); };
     const Row rows[] = {
-        {1, Deep, [&](RuleCamera& c, float, float dy) { turnX(c, -0.0002F * dy); }},
-        {2, Deep,
-         [](RuleCamera& c, float dx, float) {
-             c.Turn({0, 1, 0}, -0.0002F * dx, Origin);
-         }},
-        {3, Deep, [&](RuleCamera& c, float dx, float) { c.Turn(c.direction, -0.0002F * dx, Origin); }},
-        {4, Deep,
-         [&](RuleCamera& c, float dx, float dy) {
-             c.Glide({-0.002F * dx, 0, 0.002F * dy});
-         }},
-        {4, Flat,
-         [&](RuleCamera& c, float dx, float dy) {
-             c.Advance({-0.002F * dx, 0, 0.002F * dy});
-         }},
-        {5, Deep,
-         [&](RuleCamera& c, float dx, float dy) {
-             c.Glide({-0.002F * dx, 0.002F * dy, 0});
-         }},
-        {5, Flat,
-         [&](RuleCamera& c, float dx, float dy) {
-             c.Advance({-0.002F * dx, 0.002F * dy, 0});
-         }},
-        {6, Deep,
-         [&](RuleCamera& c, float, float dy) {
-             c.Glide({0, 0.002F * dy, 0});
-         }},
-        {6, Flat,
-         [&](RuleCamera& c, float dx, float dy) {
-             c.Advance({0, 0.002F * dy, -0.002F * dx});
-         }},
-        {7, Deep,
-         [&](RuleCamera& c, float dx, float dy)
-         {
-             c.Glide({0, 0, 0.002F * dy});
-             c.Turn({0, 1, 0}, -0.0002F * dx, c.position);
-         }},
-        {8, Deep,
-         [&](RuleCamera& c, float dx, float dy)
-         {
-             c.Advance({0, 0, 0.002F * dy});
-             c.Turn(c.up, -0.0002F * dx, c.position);
-         }},
-        {9, Deep,
-         [&](RuleCamera& c, float dx, float dy)
-         {
-             turnX(c, -0.0002F * dy);
-             c.Turn({0, 1, 0}, -0.0002F * dx, Origin);
-         }},
-        {11, Deep, [](RuleCamera&, float, float) {}},
+        {1, Deep, false, {}, {}, Round::Nothing, false, true},
+        {2, Deep, false, {}, {}, Round::Vertical},
+        {3, Deep, false, {}, {}, Round::Look},
+        {4, Deep, false, {1, 0, 0}, {0, 0, -1}},
+        {4, Flat, true, {1, 0, 0}, {0, 0, -1}},
+        {5, Deep, false, {1, 0, 0}, {0, -1, 0}},
+        {5, Flat, true, {1, 0, 0}, {0, -1, 0}},
+        {6, Deep, false, {}, {0, -1, 0}},
+        {6, Flat, true, {0, 0, 1}, {0, -1, 0}},
+        {7, Deep, false, {}, {0, 0, -1}, Round::Vertical, true},
+        {8, Deep, true, {}, {0, 0, -1}, Round::Up, true},
+        {9, Deep, false, {}, {}, Round::Vertical, false, true},
+        {11, Deep, false, {}, {}},
+    };
+    const auto obey = [&](const Row& row, float x, float y, RuleCamera& camera)
+    {
+        const Vector move = row.right * (0.002F * x) + row.down * (0.002F * y);
+        row.advances ? camera.Advance(move) : camera.Glide(move);
+        if (row.pitches)
+            camera.Turn(camera.Axis(0), 0.0002F * y, Origin);
+        const Vector axis = row.turns == Round::Up     ? camera.up
+                            : row.turns == Round::Look ? camera.direction
+                                                       : Vector{0, 1, 0};
+        if (row.turns != Round::Nothing)
+            camera.Turn(axis, 0.0002F * x, row.onTheSpot ? camera.position : Origin);
     };
     for (const Row& row : rows)
     {
@@ -160,7 +146,7 @@ TEST(NavControls, a_step_moves_the_camera_as_its_control_says)
         for (const auto& [x, y] : {std::pair{20, -12}, {-7, 31}})
         {
             desk.Move(x, y);
-            row.moved(desk.rules, -x * TwipsPerPixel, -y * TwipsPerPixel);
+            obey(row, static_cast<float>(x) * TwipsPerPixel, static_cast<float>(y) * TwipsPerPixel, desk.rules);
         }
         desk.ExpectCamera(desk.rules, Named(row.id, row.projection));
         desk.Release(Left);

@@ -1,7 +1,7 @@
 // Values that are reached by name, and what they turn into.
 #include "platform/automation/Variant.h"
 
-#include "platform/automation/RuntimeError.h"
+#include "platform/hosts/Errors.h"
 
 #include <gtest/gtest.h>
 
@@ -10,19 +10,6 @@ namespace lumora
 
 namespace
 {
-
-std::int32_t ErrorOf(const auto& conversion)
-{
-    try
-    {
-        conversion();
-        return 0;
-    }
-    catch (const RuntimeError& failure)
-    {
-        return failure.Number();
-    }
-}
 
 const Variant SomeObject = std::make_shared<Object>();
 const Variant Empty;
@@ -94,25 +81,6 @@ TEST(Variant, texts_read_back_as_the_number_they_came_from)
     for (const double number : {0.1, 1.0 / 3, -1e-300, 123456789.0})
         EXPECT_EQ(VariantToDouble(VariantToString(number)), number);
     EXPECT_EQ(ErrorOf([] { VariantToString(SomeObject); }), error::TypeMismatch);
-}
-
-TEST(Variant, hands_out_objects_and_nothing)
-{
-    EXPECT_EQ(VariantToObject(SomeObject), std::get<ObjectReference>(SomeObject));
-    EXPECT_EQ(VariantToObject(Empty), nullptr);
-    EXPECT_EQ(VariantToObject(ObjectReference{}), nullptr);
-    EXPECT_EQ(ErrorOf([] { VariantToObject(7); }), error::TypeMismatch);
-}
-
-TEST(Variant, compares_numbers_by_value_and_everything_else_by_kind)
-{
-    EXPECT_TRUE(VariantsEqual(1000, 1000.0F));
-    EXPECT_TRUE(VariantsEqual(-1, true));
-    EXPECT_TRUE(VariantsEqual(0.5F, 0.5));
-    EXPECT_FALSE(VariantsEqual(1.571F, 1.571));
-    EXPECT_FALSE(VariantsEqual(std::string{"1"}, 1));
-    EXPECT_FALSE(VariantsEqual(SomeObject, ObjectReference{}));
-    EXPECT_TRUE(VariantsEqual(SomeObject, SomeObject));
 }
 
 } // namespace lumora

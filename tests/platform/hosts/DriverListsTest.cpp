@@ -1,4 +1,4 @@
-// Machines that lack a driver, and machines on which one cannot be created.
+// Machines that lack a driver.
 #include "platform/headless/DriverLists.h"
 
 #include "platform/hosts/Errors.h"
@@ -41,17 +41,6 @@ TEST(DriverLists, leave_out_a_driver_and_keep_the_others_working)
     EXPECT_EQ(machine->At(0).identifierName, drivername::RGB);
     EXPECT_NE(machine->Create(RgbGuid), nullptr);
     EXPECT_EQ(ErrorOf([&] { machine->Create(HalGuid); }), error::DDInvalidParams);
-}
-
-TEST(DriverLists, name_a_driver_that_fails_when_it_is_created)
-{
-    const auto original = Machine();
-    const auto machine = FailingOnCreation(original, drivername::HAL, error::DDNo3D);
-    ASSERT_EQ(machine->Count(), 2);
-    EXPECT_EQ(machine->At(0).description, "hardware");
-    EXPECT_EQ(ErrorOf([&] { machine->Create(HalGuid); }), error::DDNo3D);
-    EXPECT_NE(machine->Create(RgbGuid), nullptr);
-    EXPECT_NE(original->Create(HalGuid), nullptr);
 }
 
 } // namespace lumora::headless

@@ -1,33 +1,12 @@
 // What the host offers besides its window: cursor, clock, members, notes, and failures on request.
 #include "platform/automation/Faults.h"
 #include "platform/headless/HeadlessHost.h"
-#include "platform/headless/MemoryPropertyBag.h"
 #include "platform/hosts/Errors.h"
 
-#include <functional>
 #include <gtest/gtest.h>
 
 namespace lumora::headless
 {
-
-TEST(VirtualScreen, hides_the_cursor_while_its_counter_is_negative)
-{
-    VirtualScreen screen;
-    EXPECT_EQ(screen.ShowCursor(false), -1);
-    EXPECT_EQ(screen.ShowCursor(false), -2);
-    EXPECT_EQ(screen.ShowCursor(true), -1);
-    EXPECT_FALSE(screen.IsCursorVisible());
-    EXPECT_EQ(screen.ShowCursor(true), 0);
-    EXPECT_TRUE(screen.IsCursorVisible());
-}
-
-TEST(VirtualScreen, keeps_the_cursor_on_the_screen)
-{
-    VirtualScreen screen{640, 480};
-    EXPECT_EQ(screen.GetCursorPos(), (ScreenPoint{320, 240}));
-    screen.SetCursorPos(-5, 5000);
-    EXPECT_EQ(screen.GetCursorPos(), (ScreenPoint{0, 479}));
-}
 
 TEST(VirtualScreen, blanks_sixty_times_a_second_and_the_clock_wraps)
 {
@@ -47,13 +26,6 @@ TEST(VirtualScreen, blanks_sixty_times_a_second_and_the_clock_wraps)
     EXPECT_EQ(screen.Milliseconds() - start, 1017U);
     screen.AdvanceClock(0xFFFFFFFF);
     EXPECT_EQ(screen.Milliseconds() - start, 1016U);
-}
-
-TEST(VirtualScreen, refuses_sizes_it_cannot_have)
-{
-    for (const auto& [width, height] : {std::pair{0, 10}, {10, -1}, {16385, 1}})
-        EXPECT_EQ(ErrorOf([&, w = width, h = height] { VirtualScreen(w, h); }), error::InvalidCall);
-    EXPECT_EQ(ErrorOf([] { VirtualScreen{10, 10}.PixelAt(10, 0); }), error::InvalidCall);
 }
 
 TEST(HeadlessHost, finds_late_bound_members_whatever_their_case)
@@ -76,88 +48,6 @@ TEST(HeadlessHost, converts_positions_from_its_own_unit)
     EXPECT_EQ(host.PositionToPixelsY(300), 25);
 }
 
-TEST(HeadlessHost, notes_what_it_is_told)
-{
-    HeadlessHost host;
-    host.PropertyChanged("BackColor");
-    host.PropertyChanged("Enabled");
-    host.Log("a sentence");
-    host.TheScreen()->MessageBox("text", "title");
-    EXPECT_EQ(host.PropertyChanges(), (std::vector<std::string>{"BackColor", "Enabled"}));
-    EXPECT_EQ(host.Logged(), std::vector<std::string>{"a sentence"});
-    EXPECT_EQ(host.Display().Messages(), (std::vector<Message>{{"text", "title"}}));
-}
-
-TEST(HeadlessHost, lets_every_operation_fail_once_and_work_again)
-{
-    HeadlessHost host;
-    host.SetLateBoundMember("Graphic", 1);
-    MemoryPropertyBag bag;
-    ControlWindow& window = *host.Window();
-    Screen& screen = *host.TheScreen();
-    std::vector<std::uint32_t> pixel(1);
-    const PixelView picture{pixel.data(), 1, 1, 1};
-    const std::vector<std::pair<const char*, std::function<void()>>> operations = {
-        {"Container.UserMode", [&] { host.UserMode(); }},
-        {"Container.LateBoundMember", [&] { host.LateBoundMember("Graphic"); }},
-        {"Container.PropertyChanged", [&] { host.PropertyChanged("X"); }},
-        {"Container.PositionToPixelsX", [&] { host.PositionToPixelsX(1); }},
-        {"Container.PositionToPixelsY", [&] { host.PositionToPixelsY(1); }},
-        {"Container.PixelsToPositionX", [&] { host.PixelsToPositionX(1); }},
-        {"Container.PixelsToPositionY", [&] { host.PixelsToPositionY(1); }},
-        {"PropertyBag.ReadProperty", [&] { bag.ReadProperty("X", 1); }},
-        {"PropertyBag.WriteProperty", [&] { bag.WriteProperty("X", 1, 0); }},
-        {"ControlWindow.Handle", [&] { window.Handle(); }},
-        {"ControlWindow.BackColor", [&] { window.BackColor(); }},
-        {"ControlWindow.SetBackColor", [&] { window.SetBackColor(1); }},
-        {"ControlWindow.BorderStyle", [&] { window.BorderStyle(); }},
-        {"ControlWindow.SetBorderStyle", [&] { window.SetBorderStyle(1); }},
-        {"ControlWindow.MouseIcon", [&] { window.MouseIcon(); }},
-        {"ControlWindow.SetMouseIcon", [&] { window.SetMouseIcon(nullptr); }},
-        {"ControlWindow.MousePointer", [&] { window.MousePointer(); }},
-        {"ControlWindow.SetMousePointer", [&] { window.SetMousePointer(2); }},
-        {"ControlWindow.Enabled", [&] { window.Enabled(); }},
-        {"ControlWindow.SetEnabled", [&] { window.SetEnabled(false); }},
-        {"ControlWindow.GetPicture", [&] { window.GetPicture(); }},
-        {"ControlWindow.SetPicture", [&] { window.SetPicture(nullptr); }},
-        {"ControlWindow.ScaleLeft", [&] { window.ScaleLeft(); }},
-        {"ControlWindow.ScaleTop", [&] { window.ScaleTop(); }},
-        {"ControlWindow.ScaleWidth", [&] { window.ScaleWidth(); }},
-        {"ControlWindow.ScaleHeight", [&] { window.ScaleHeight(); }},
-        {"ControlWindow.ScaleToPixelsX", [&] { window.ScaleToPixelsX(1); }},
-        {"ControlWindow.ScaleToPixelsY", [&] { window.ScaleToPixelsY(1); }},
-        {"ControlWindow.ScreenRect", [&] { window.ScreenRect(); }},
-        {"ControlWindow.Present",
-         [&] {
-             window.Present(picture, {0, 0, 1, 1});
-         }},
-        {"Screen.Width", [&] { screen.Width(); }},
-        {"Screen.Height", [&] { screen.Height(); }},
-        {"Screen.TwipsPerPixelX", [&] { screen.TwipsPerPixelX(); }},
-        {"Screen.TwipsPerPixelY", [&] { screen.TwipsPerPixelY(); }},
-        {"Screen.GetCursorPos", [&] { screen.GetCursorPos(); }},
-        {"Screen.SetCursorPos", [&] { screen.SetCursorPos(1, 1); }},
-        {"Screen.ShowCursor", [&] { screen.ShowCursor(false); }},
-        {"Screen.Milliseconds", [&] { screen.Milliseconds(); }},
-        {"Screen.WaitForVerticalBlank", [&] { screen.WaitForVerticalBlank(); }},
-        {"Screen.MessageBox", [&] { screen.MessageBox("", ""); }},
-        {"Screen.Present",
-         [&] {
-             screen.Present(picture, {0, 0, 1, 1});
-         }},
-    };
-    for (const auto& [name, call] : operations)
-    {
-        host.FailNext(name, 1, error::RMBadDevice);
-        EXPECT_EQ(ErrorOf(call), error::RMBadDevice) << name;
-        EXPECT_EQ(ErrorOf(call), 0) << name;
-    }
-    EXPECT_EQ(host.PropertyChanges().size(), 1U);
-    EXPECT_EQ(host.Display().CursorDisplayCounter(), -1);
-    EXPECT_EQ(host.Display().VerticalBlankCount(), 1);
-    EXPECT_EQ(host.Display().Messages().size(), 1U);
-}
-
 TEST(HeadlessHost, takes_its_faults_along)
 {
     {
@@ -165,18 +55,6 @@ TEST(HeadlessHost, takes_its_faults_along)
         host.FailNext("Screen.Width", 1, 7);
     }
     EXPECT_EQ(ErrorOf([] { faults::Point("Screen.Width"); }), 0);
-}
-
-TEST(HeadlessHost, of_two_on_one_screen_the_later_lies_above)
-{
-    const auto screen = std::make_shared<VirtualScreen>(300, 200);
-    HeadlessHost lower{nullptr, screen, {10, 10, 110, 110}};
-    HeadlessHost upper{nullptr, screen, {60, 60, 160, 160}};
-    upper.ControlArea().SetBackColor(0xFF0000);
-    EXPECT_EQ(screen->PixelAt(80, 80), 0x0000FFU);
-    lower.ControlArea().SetBackColor(0x0000FF);
-    EXPECT_EQ(screen->PixelAt(80, 80), 0x0000FFU);
-    EXPECT_EQ(screen->PixelAt(20, 20), 0xFF0000U);
 }
 
 } // namespace lumora::headless

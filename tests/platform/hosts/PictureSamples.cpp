@@ -90,48 +90,13 @@ FileBytes TgaRunLength()
 
 FileBytes Gif()
 {
-    return {'G',
-            'I',
-            'F',
-            '8',
-            '9',
-            'a',
-            2,
-            0,
-            2,
-            0,
-            0x81,
-            0,
-            0, // screen of 2 by 2, four colours
-            0xFF,
-            0,
-            0,
-            0,
-            0xFF,
-            0,
-            0,
-            0,
-            0xFF,
-            0xFF,
-            0xFF,
-            0xFF, // red, green, blue, white
-            0x2C,
-            0,
-            0,
-            0,
-            0,
-            2,
-            0,
-            2,
-            0,
-            0, // one image, all of it
-            2,
-            3, // codes from 3 bits on; 3 bytes of them
-            0b01'000'100,
-            0b0'011'010'0,
-            0b101,
-            0,
-            0x3B}; // clear, 0, 1, 2, 3 and end
+    const std::string_view bytes("GIF89a\2\0\2\0\x81\0\0"               // screen of 2 by 2, four colours
+                                 "\xFF\0\0\0\xFF\0\0\0\xFF\xFF\xFF\xFF" // red, green, blue, white
+                                 "\x2C\0\0\0\0\2\0\2\0\0"               // one image, all of it
+                                 "\2\3\x44\x34\5"                       // from 3 bits on: clear, 0, 1, 2, 3 and end
+                                 "\0\x3B",
+                                 42);
+    return {bytes.begin(), bytes.end()};
 }
 
 FileBytes PngPromising(std::uint32_t width, std::uint32_t height, std::size_t unpacked)

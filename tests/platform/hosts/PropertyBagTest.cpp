@@ -35,27 +35,4 @@ TEST(PropertyBag, keeps_only_what_differs_from_its_default)
     EXPECT_EQ(VariantToObject(bag.ReadProperty("Icon", {})), picture);
 }
 
-TEST(PropertyBag, answers_the_default_for_what_it_lacks_and_keeps_types)
-{
-    MemoryPropertyBag bag;
-    bag.WriteProperty("Long", 7, 0);
-    bag.WriteProperty("Single", 7.0F, 0);
-    EXPECT_EQ(bag.ReadProperty("Missing", 3.5), Variant{3.5});
-    EXPECT_EQ(bag.ReadProperty("Long", 0), Variant{7});
-    EXPECT_EQ(bag.ReadProperty("Single", 0), Variant{7.0F});
-}
-
-TEST(PropertyBag, overwrites_in_place_and_forgets_what_became_the_default)
-{
-    MemoryPropertyBag bag;
-    bag.WriteProperty("A", 1, 0);
-    bag.WriteProperty("B", 2, 0);
-    bag.WriteProperty("C", 3, 0);
-    bag.WriteProperty("A", 4, 0);
-    EXPECT_EQ(NamesIn(bag), "A B C ");
-    bag.WriteProperty("B", 0, 0);
-    EXPECT_EQ(NamesIn(bag), "A C ");
-    EXPECT_EQ(bag.ReadProperty("A", 0), Variant{4});
-}
-
 } // namespace lumora::headless

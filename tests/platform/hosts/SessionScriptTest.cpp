@@ -3,6 +3,7 @@
 
 #include "platform/automation/RuntimeError.h"
 #include "platform/headless/HeadlessHost.h"
+#include "platform/hosts/Errors.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -63,29 +64,17 @@ TEST(SessionScript, what_is_not_understood_is_named_with_its_line)
     };
     for (const auto& [text, sentence] : {
              Row{"frame\n\nmoev 1 2", "walk.txt:3: There is no action \"moev\", did you mean \"move\"?"},
-             Row{"MOVE 1 2", "no action \"MOVE\", did you mean \"move\"?"},
              Row{"move 1", "walk.txt:1: This line should read: move DX DY [MS]"},
-             Row{"move 1 2 3 4", "should read: move"},
              Row{"move 1.5 2", "\"1.5\" is no number from -32767 to 32767 (move DX DY [MS])"},
-             Row{"move 1 99999999999999999999", "is no number from"},
              Row{"press left 10", "should read: press"},
-             Row{"press centre", "did you mean"},
-             Row{"hold caps", "did you mean"},
              Row{"key down Numpad55", "did you mean \"Numpad5\"?"},
-             Row{"key down Disable", "No key is called"},
-             Row{"key hold A", "did you mean"},
-             Row{"advance -1", "no number from 1"},
              Row{"advance 3600000\nadvance 1", "walk.txt:2: A session lasts an hour at most"},
              Row{"size 0 100", "no number from 1 to 8192"},
              Row{"set FieldOfVeiw=1", "did you mean \"FieldOfView\"?"},
-             Row{"set FieldOfView", "should read: set Name=value"},
              Row{"set ViewportState=1", "read-only"},
-             Row{"set FillMode=perhaps", "FillMode"},
              Row{"camera 0 0 0 0 0 1 0 1 nan", "\"nan\" is no number"},
              Row{"shot ../a.png", "without folders"},
-             Row{"shot .png", "name of a PNG file"},
              Row{"shot a.gif", "name of a PNG file"},
-             Row{"view above", "did you mean"},
              Row{"frame\x01", "bytes that are no text"},
          })
     {
@@ -117,25 +106,13 @@ TEST(SessionScript, every_action_of_the_help_text_is_one)
 TEST(SessionScript, files_are_read_whole_or_not_at_all)
 {
     const tests::TemporaryFolder folder;
-    const auto numberFor = [](const std::string& path)
-    {
-        try
-        {
-            ReadSession(path);
-        }
-        catch (const RuntimeError& failure)
-        {
-            return failure.Number();
-        }
-        return 0;
-    };
     folder.Write("good.txt", "frame\n");
     EXPECT_EQ(ReadSession(folder / "good.txt").steps.size(), 1U);
-    EXPECT_EQ(numberFor(folder / "none.txt"), error::FileNotFound);
-    EXPECT_EQ(numberFor(folder / ""), error::PathFileAccess);
-    EXPECT_EQ(numberFor("/dev/zero"), error::PathFileAccess);
+    EXPECT_EQ(ErrorOf([&] { ReadSession(folder / "none.txt"); }), error::FileNotFound);
+    EXPECT_EQ(ErrorOf([&] { ReadSession(folder / ""); }), error::PathFileAccess);
+    EXPECT_EQ(ErrorOf([&] { ReadSession("/dev/zero"); }), error::PathFileAccess);
     folder.Write("long.txt", std::string(SessionScript::LongestText + 1, '\n'));
-    EXPECT_EQ(numberFor(folder / "long.txt"), error::InvalidCall);
+    EXPECT_EQ(ErrorOf([&] { ReadSession(folder / "long.txt"); }), error::InvalidCall);
 }
 
 } // namespace lumora::headless

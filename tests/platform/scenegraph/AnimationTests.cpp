@@ -24,18 +24,6 @@ Animation WithKeys(Animation::Interpolation interpolation, bool closed)
 
 } // namespace
 
-TEST(Animations, pass_through_every_key_at_its_time)
-{
-    for (const auto interpolation : {Animation::Interpolation::Linear, Animation::Interpolation::Spline})
-        for (const bool closed : {false, true})
-        {
-            const Animation animation = WithKeys(interpolation, closed);
-            EXPECT_TRUE(IsNear(animation.PositionAt(0), {0, 0, 0}, 1e-6));
-            EXPECT_TRUE(IsNear(animation.PositionAt(1), {1, 2, 0}, 1e-6));
-            EXPECT_TRUE(IsNear(animation.PositionAt(2), {4, 0, 0}, 1e-6));
-        }
-}
-
 TEST(Animations, are_straight_between_keys_when_linear_and_smooth_when_splines)
 {
     EXPECT_TRUE(IsNear(WithKeys(Animation::Interpolation::Linear, false).PositionAt(1.25F), {1.75F, 1.5F, 0}, 1e-6));
@@ -96,18 +84,6 @@ TEST(Animations, refuse_what_has_no_meaning)
     animation.SetClosed(true);
     EXPECT_EQ(animation.PositionAt(77), (Vector{2, 2, 2})) << "one key, the later one, at all times";
     EXPECT_TRUE(Raises(error::RMBadValue, [&] { animation.PositionAt(INFINITY); }));
-}
-
-TEST(Animations, take_their_options_as_one_sum)
-{
-    Animation animation;
-    animation.SetOptions(38); // positions, linear, closed
-    EXPECT_EQ(animation.GetOptions(), 38U);
-    for (const std::uint32_t refused : {0U, 6U, 35U, 39U, 44U, 46U, 102U})
-        EXPECT_TRUE(Raises(error::RMBadValue, [&] { animation.SetOptions(refused); })) << refused;
-    animation.SetInterpolation(Animation::Interpolation::Spline);
-    animation.SetClosed(false);
-    EXPECT_EQ(animation.GetOptions(), 41U);
 }
 
 } // namespace lumora

@@ -1,5 +1,4 @@
 // Mesh builders: what goes in comes out, and what is malformed leaves no trace.
-#include "platform/automation/Faults.h"
 #include "platform/scenegraph/SceneDoubles.h"
 
 namespace lumora
@@ -42,17 +41,6 @@ TEST(MeshBuilders, give_a_packed_list_back_unchanged)
     oversized.insert(oversized.end(), 50, -1); // buffers are often larger than their lists
     paired->AddFaces(FivePoints, TwoNormals, oversized);
     ExpectSame(paired->GetGeometry(), {FivePoints, TwoNormals, PairedList});
-}
-
-TEST(MeshBuilders, count_the_indices_of_every_addition_from_its_own_arrays)
-{
-    const auto mesh = MeshBuilder::Make();
-    mesh->AddFaces(FivePoints, {}, PlainList);
-    EXPECT_EQ(mesh->AddFaces(std::vector<Vector>{{9, 9, 9}, {8, 9, 9}, {9, 8, 9}}, {},
-                             std::vector<std::int32_t>{3, 2, 1, 0, 0}),
-              2);
-    EXPECT_EQ(mesh->GetGeometry().faceList, (std::vector<std::int32_t>{4, 0, 1, 2, 3, 3, 3, 2, 4, 3, 7, 6, 5, 0}));
-    EXPECT_EQ(mesh->GetBox().maximum, (Vector{9, 9, 9}));
 }
 
 TEST(MeshBuilders, refuse_malformed_lists_and_stay_as_they_were)
@@ -183,24 +171,6 @@ TEST(MeshBuilders, scale_and_move_vertices_and_lean_normals_with_them)
     EXPECT_NEAR(normal.y * 1 + normal.z * 2, 0, 1e-6) << "still across the slope (0, 1, 2)";
     EXPECT_LT(normal.z, 0);
     EXPECT_EQ(mesh->GetBox().minimum, (Vector{10, 0, 0}));
-}
-
-TEST(MeshBuilders, survive_a_failure_at_every_operation)
-{
-    const auto mesh = MakeCube(0, 1);
-    const MeshGeometry before = mesh->GetGeometry();
-    const auto attempts = {std::pair<const char*, std::function<void()>>{
-                               "MeshBuilder.AddFaces", [&] { mesh->AddFaces(FivePoints, {}, PlainList); }},
-                           {"MeshBuilder.Scale", [&] { mesh->Scale(2, 2, 2); }},
-                           {"MeshBuilder.Empty", [&] { mesh->Empty(); }},
-                           {"MeshBuilder.CreateFace", [&] { mesh->CreateFace(); }}};
-    for (const auto& [operation, attempt] : attempts)
-    {
-        faults::FailNext(operation, 1, error::RMBadDevice);
-        EXPECT_TRUE(Raises(error::RMBadDevice, attempt)) << operation;
-        ExpectSame(mesh->GetGeometry(), before);
-    }
-    faults::Clear();
 }
 
 } // namespace lumora

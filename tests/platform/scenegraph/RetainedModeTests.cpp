@@ -1,10 +1,8 @@
 // The root object: vectors, colours, and what it hands out.
-#include "platform/automation/Faults.h"
 #include "platform/scenegraph/RetainedMode.h"
 #include "platform/scenegraph/SceneDoubles.h"
 
 #include <limits>
-#include <numbers>
 #include <random>
 
 namespace lumora
@@ -107,28 +105,6 @@ TEST(Textures, refuse_pictures_that_do_not_fit_their_size)
     EXPECT_FALSE(Texture(3, 2, pixels).Image()->hasTranslucency);
     for (const auto& [width, height] : {std::pair{3, 3}, {0, 0}, {-2, -3}, {16385, 1}})
         EXPECT_TRUE(Raises(error::RMBadValue, [&, w = width, h = height] { Texture(w, h, pixels); }));
-}
-
-TEST(RetainedModes, make_devices_with_the_driver_that_is_asked_for)
-{
-    test::DriverLog log;
-    const Guid known{1, 2, 3, {}};
-    std::vector<DriverList::Entry> entries;
-    entries.push_back({drivername::RGB, known, "", "", [&] { return std::make_unique<test::RecordingDriver>(log); }});
-    RetainedMode root{std::make_shared<DriverList>(entries)};
-    root.Initialise();
-    const auto device = root.CreateDeviceFromClipper(std::make_shared<Clipper>(), known, 64, 48);
-    EXPECT_EQ(log.target.width, 64);
-    const auto viewport = root.CreateViewport(device, root.CreateFrame(nullptr), 0, 0, 64, 48);
-    EXPECT_EQ(viewport->Width(), 64);
-    EXPECT_TRUE(Raises(error::DDInvalidParams,
-                       [&] { root.CreateDeviceFromClipper(std::make_shared<Clipper>(), Guid{}, 64, 48); }));
-    EXPECT_TRUE(Raises(error::RMBadObject, [&] { root.CreateDeviceFromClipper(nullptr, known, 64, 48); }));
-    EXPECT_TRUE(
-        Raises(error::RMBadValue, [&] { root.CreateDeviceFromClipper(std::make_shared<Clipper>(), known, 64, 0); }));
-    faults::FailNext("RetainedMode.CreateFrame", 1, error::RMBadAlloc);
-    EXPECT_TRUE(Raises(error::RMBadAlloc, [&] { root.CreateFrame(nullptr); }));
-    faults::Clear();
 }
 
 } // namespace lumora

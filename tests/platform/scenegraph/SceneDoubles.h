@@ -1,8 +1,7 @@
-// A driver and a window that only remember what they were told, and meshes to show them.
+// A driver that only remembers what it was told, and meshes to show it.
 #pragma once
 
 #include "platform/automation/RuntimeError.h"
-#include "platform/container/ControlWindow.h"
 #include "platform/drivers/Driver.h"
 #include "platform/scenegraph/MeshBuilder.h"
 #include "platform/scenegraph/RMViewport.h"
@@ -65,57 +64,6 @@ public:
 private:
     DriverLog& log_;
 };
-
-/// A window at a place on the screen.
-class RecordingWindow : public ControlWindow
-{
-public:
-    static std::shared_ptr<RecordingWindow> Make(WindowHandle handle, const PixelRect& place)
-    {
-        auto window = std::make_shared<RecordingWindow>();
-        window->handle_ = handle;
-        window->place_ = place;
-        Register(handle, window);
-        return window;
-    }
-    ~RecordingWindow() override { Unregister(handle_); }
-
-    WindowHandle Handle() const override { return handle_; }
-    PixelRect ScreenRect() const override { return place_; }
-    void Present(const PixelView& source, const PixelRect& destination) override
-    {
-        shownPixels = source.pixels;
-        shownAt.push_back(destination);
-    }
-
-    std::int32_t BackColor() const override { return 0; }
-    void SetBackColor(std::int32_t) override {}
-    std::int16_t BorderStyle() const override { return 0; }
-    void SetBorderStyle(std::int16_t) override {}
-    std::shared_ptr<Picture> MouseIcon() const override { return nullptr; }
-    void SetMouseIcon(const std::shared_ptr<Picture>&) override {}
-    std::int16_t MousePointer() const override { return 0; }
-    void SetMousePointer(std::int16_t) override {}
-    bool Enabled() const override { return true; }
-    void SetEnabled(bool) override {}
-    std::shared_ptr<Picture> GetPicture() const override { return nullptr; }
-    void SetPicture(const std::shared_ptr<Picture>&) override {}
-    double ScaleLeft() const override { return 0; }
-    double ScaleTop() const override { return 0; }
-    double ScaleWidth() const override { return place_.Width(); }
-    double ScaleHeight() const override { return place_.Height(); }
-    double ScaleToPixelsX(double value) const override { return value; }
-    double ScaleToPixelsY(double value) const override { return value; }
-
-    const std::uint32_t* shownPixels = nullptr;
-    std::vector<PixelRect> shownAt;
-
-private:
-    WindowHandle handle_ = 0;
-    PixelRect place_;
-};
-
-inline constexpr WindowHandle TestWindow = 4711;
 
 /// A device of a clipper without window, and what its driver is told.
 inline std::shared_ptr<Device> MakeDevice(DriverLog& log, int width, int height)

@@ -2,8 +2,6 @@
 #include "platform/automation/Faults.h"
 #include "platform/scenegraph/SceneDoubles.h"
 
-#include <numbers>
-
 namespace lumora
 {
 
@@ -115,18 +113,6 @@ TEST(Viewports, transform_there_and_back_whatever_the_projection_and_sampling)
         }
 }
 
-TEST(Viewports, keep_client_pixels_when_sampled)
-{
-    Stage plain{100, 80};
-    Stage sampled{400, 320};
-    sampled.device->SetSamplingFactor(4);
-    for (const Vector world : {Vector{0.3F, 0.2F, 2}, Vector{-3, 1, 9}})
-        EXPECT_TRUE(
-            IsNear(Divided(plain.viewport->Transform(world)), Divided(sampled.viewport->Transform(world)), 1e-4));
-    EXPECT_TRUE(IsNear(plain.viewport->InverseTransform({7, 9, 0.5F, 1}),
-                       sampled.viewport->InverseTransform({7, 9, 0.5F, 1}), 1e-4));
-}
-
 TEST(Viewports, undo_the_weight_of_a_screen_vector)
 {
     Stage stage{100, 100};
@@ -179,17 +165,6 @@ TEST(Viewports, hand_over_what_is_in_view_and_count_it)
     EXPECT_EQ(stage.device->TakeTriangleCount(), 0U);
 }
 
-TEST(Viewports, see_other_hierarchies_from_the_same_camera)
-{
-    Stage stage{100, 100};
-    stage.camera->SetPosition(stage.scene, 0, 0, -5);
-    const auto overlay = Frame::Make();
-    overlay->AddVisual(MakeCube(-1, 1));
-    stage.viewport->Render(overlay);
-    ASSERT_EQ(stage.log.passes.back().items.size(), 1U);
-    EXPECT_TRUE(IsNear(stage.log.passes.back().pass.eye.ToVector(), {0, 0, -5}, 0));
-}
-
 TEST(Viewports, draw_at_most_what_device_and_mesh_both_allow)
 {
     struct Case
@@ -240,17 +215,6 @@ TEST(Viewports, light_a_scene_without_lights_from_the_camera)
 TEST(Viewports, tell_the_driver_the_state_of_device_and_scene)
 {
     Stage stage{100, 100};
-    struct Mode
-    {
-        std::uint32_t mode;
-        Transparency transparency;
-    };
-    for (const Mode& m : {Mode{0, Transparency::Stippled}, Mode{2, Transparency::Stippled},
-                          Mode{1, Transparency::Blended}, Mode{3, Transparency::Sorted}})
-    {
-        stage.device->SetRenderMode(m.mode);
-        EXPECT_EQ(stage.Render().pass.transparency, m.transparency) << m.mode;
-    }
     stage.device->SetRenderMode(rendermode::ViewDependentSpecular);
     stage.device->SetTextureQuality(5);
     stage.device->GetDirect3DDevice2()->SetRenderState(22, 2);
@@ -340,20 +304,6 @@ TEST(Viewports, end_their_pass_when_drawing_fails_and_can_be_asked_again)
     EXPECT_TRUE(Raises(error::RMBadDevice, [&] { stage.viewport->Render(stage.scene); }));
     EXPECT_EQ(stage.Render().items.size(), 1U);
     faults::Clear();
-}
-
-TEST(Devices, show_their_picture_in_the_clippers_window_at_each_update)
-{
-    DriverLog log;
-    const auto window = test::RecordingWindow::Make(test::TestWindow, {300, 200, 364, 248});
-    const auto clipper = std::make_shared<Clipper>();
-    clipper->SetHWnd(0, test::TestWindow);
-    const auto device = Device::FromClipper(std::make_unique<test::RecordingDriver>(log), clipper, 66, 50);
-    EXPECT_TRUE(window->shownAt.empty());
-    device->Update();
-    EXPECT_EQ(log.finishes, 1);
-    EXPECT_EQ(window->shownAt, (std::vector<PixelRect>{{300, 200, 366, 250}}));
-    EXPECT_EQ(window->shownPixels, log.target.pixels);
 }
 
 } // namespace lumora
