@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <type_traits>
 
 namespace lumora::rgb
 {
@@ -123,7 +124,8 @@ void Planner::Start(const PixelRect& target, const Kernels& kernels)
                        static_cast<std::uint32_t>((target.Height() + TileSize - 1) >> TileShift);
     batch_.kernels = &kernels;
     whole_.clear();
-    vertexCount_ = faceCount_ = facingCount_ = 0;
+    vertexCount_ = faceCount_ = facingCount_ = waitingCount_ = 0;
+    largestPointMesh_ = 0;
     needsCoordinates_ = needsHighlights_ = false;
     primitiveCount_ = 0;
 }
@@ -138,7 +140,7 @@ void Planner::AddClear(ClearParts parts, const PixelRect& area, std::uint32_t co
     batch_.states.push_back(state);
 }
 
-void Planner::AddItem(const RecordedItem& recorded, const Pass& pass, Share share)
+std::uint32_t Planner::AddItem(const RecordedItem& recorded, const Pass& pass, Share share, std::uint32_t firstGroup)
 {
     const DrawItem& item = recorded.item;
     const std::vector<DrawMesh::Group>& groups = item.mesh->groups;
@@ -156,16 +158,21 @@ void Planner::AddItem(const RecordedItem& recorded, const Pass& pass, Share shar
                                              { return IsTextured(item, group) == IsTextured(item, groups.front()); });
     std::uint32_t part = 0;
     bool hasPart = false;
-    for (std::uint32_t i = 0; i < groups.size(); ++i)
+    const auto count = static_cast<std::uint32_t>(groups.size());
+    for (std::uint32_t i = firstGroup; i < count; ++i)
     {
         if (!isDrawn(groups[i]))
             continue;
-        if (!hasPart || !isWhole)
+        const bool needsPart = !hasPart || !isWhole;
+        if (needsPart && share == Share::AtOnce && IsFull())
+            return i;
+        if (needsPart)
             part = AddPart(recorded, pass, i, isWhole);
         hasPart = true;
         AddState(recorded, pass, i, part, IsTextured(item, groups[i]) ? textures_.Find(*groups[i].texture) : nullptr,
                  share);
     }
+    return count;
 }
 
 std::uint32_t Planner::AddPart(const RecordedItem& recorded, const Pass& pass, std::uint32_t group, bool isWhole)
@@ -185,7 +192,7 @@ std::uint32_t Planner::AddPart(const RecordedItem& recorded, const Pass& pass, s
     part.material = mesh.groups[group].material;
     part.splitsHighlight = IsTextured(item, mesh.groups[group]);
     part.needsCoordinates = part.splitsHighlight || pass.state.fog.mode != FogMode::None;
-    part.vertexBase = vertexCount_ - vertices.first;
+    part.vertexBase = static_cast<std::uint32_t>(vertexCount_) - vertices.first;
     part.faceVertices = recorded.facts->faceVertices.data();
     const auto number = static_cast<std::uint32_t>(batch_.parts.size());
     AddTasks(LightsFaces(item) ? VertexTask::Kind::Place : VertexTask::Kind::PlaceAndLight, number, vertices.first,
@@ -193,13 +200,13 @@ std::uint32_t Planner::AddPart(const RecordedItem& recorded, const Pass& pass, s
     vertexCount_ += vertices.count;
     if (LightsFaces(item))
     {
-        part.faceBase = faceCount_ - faces.first;
+        part.faceBase = static_cast<std::uint32_t>(faceCount_) - faces.first;
         AddTasks(VertexTask::Kind::LightFaces, number, faces.first, faces.count);
         faceCount_ += faces.count;
     }
     if (item.fill != FillStyle::Solid && pass.state.cull != CullMode::None)
     {
-        part.facingBase = facingCount_;
+        part.facingBase = static_cast<std::uint32_t>(facingCount_);
         AddTasks(VertexTask::Kind::FindFacing, number, 0, mesh.TriangleCount());
         facingCount_ += mesh.TriangleCount();
     }
@@ -245,18 +252,47 @@ void Planner::AddState(const RecordedItem& recorded, const Pass& pass, std::uint
                         ? batch_.kernels->drawTriangles[static_cast<int>(state.surface)][blending][fog]
                         : batch_.kernels->drawLines[blending][fog];
     batch_.states.push_back(state);
-    primitiveCount_ += WholeSegment(static_cast<std::uint32_t>(batch_.states.size() - 1)).count;
+    const std::uint32_t primitives = WholeSegment(static_cast<std::uint32_t>(batch_.states.size() - 1)).count;
+    primitiveCount_ += primitives;
+    waitingCount_ += state.waits ? primitives : 0;
+    if (state.primitive == Primitive::Points)
+        largestPointMesh_ = std::max(largestPointMesh_, item.mesh->VertexCount());
+}
+
+WorkCounts Planner::Counts() const
+{
+    WorkCounts counts;
+    counts.vertices = vertexCount_;
+    counts.faces = faceCount_;
+    counts.facings = facingCount_;
+    counts.points = batch_.pointVertices.Size();
+    counts.meshVertices = largestPointMesh_;
+    counts.waiting = waitingCount_;
+    counts.states = batch_.states.size();
+    counts.units = batch_.units.size() + batch_.waitingUnits.size() + batch_.vertexTasks.size();
+    return counts;
+}
+
+std::size_t Planner::HeldBytes() const
+{
+    const auto heldBy = [](const auto&... lists)
+    { return (... + (lists.capacity() * sizeof(typename std::decay_t<decltype(lists)>::value_type))); };
+    return heldBy(batch_.parts, batch_.states, batch_.segments, batch_.units, batch_.vertexTasks, batch_.waitingUnits,
+                  whole_) +
+           batch_.vertices.HeldBytes() + batch_.faces.HeldBytes() + batch_.isCulled.CapacityInBytes() +
+           batch_.pointVertices.CapacityInBytes() + batch_.sorted.CapacityInBytes() + batch_.order.CapacityInBytes() +
+           isTaken_.CapacityInBytes();
 }
 
 void Planner::ReserveVertices()
 {
-    batch_.vertices.positions.Resize(vertexCount_);
-    batch_.vertices.colors.Resize(vertexCount_);
-    batch_.vertices.coordinates.Resize(needsCoordinates_ ? vertexCount_ : 0);
-    batch_.vertices.highlights.Resize(needsHighlights_ ? vertexCount_ : 0);
-    batch_.faces.colors.Resize(faceCount_);
-    batch_.faces.highlights.Resize(needsHighlights_ ? faceCount_ : 0);
-    batch_.isCulled.Resize(facingCount_);
+    batch_.vertices.positions.Renew(vertexCount_);
+    batch_.vertices.colors.Renew(vertexCount_);
+    batch_.vertices.coordinates.Renew(needsCoordinates_ ? vertexCount_ : 0);
+    batch_.vertices.highlights.Renew(needsHighlights_ ? vertexCount_ : 0);
+    batch_.faces.colors.Renew(faceCount_);
+    batch_.faces.highlights.Renew(needsHighlights_ ? faceCount_ : 0);
+    batch_.isCulled.Renew(facingCount_);
 }
 
 Segment Planner::WholeSegment(std::uint32_t number) const
@@ -276,7 +312,7 @@ void Planner::CollectPoints(const DrawState& state, Segment& segment)
 {
     const Part& part = batch_.parts[state.part];
     const DrawMesh& mesh = *part.item->mesh;
-    isTaken_.Resize(mesh.VertexCount());
+    isTaken_.Renew(mesh.VertexCount());
     std::fill_n(isTaken_.Data(), isTaken_.Size(), std::uint8_t{0});
     const std::uint32_t end = segment.first + segment.count;
     const auto before = static_cast<std::uint32_t>(batch_.pointVertices.Size());
