@@ -4,7 +4,7 @@
 #include "platform/automation/Faults.h"
 #include "platform/automation/RuntimeError.h"
 
-#include <new>
+#include <cstdlib>
 
 namespace lumora
 {
@@ -82,15 +82,10 @@ std::shared_ptr<Surface> DirectDraw::CreateSurface(const SurfaceDescription& des
     }
     if ((description.flags & CapsGiven) == 0)
         surface->description_.caps = surfacecaps::OffscreenPlain;
-    try
-    {
-        surface->pixels_.resize(static_cast<std::size_t>(description.width) *
-                                static_cast<std::size_t>(description.height));
-    }
-    catch (const std::bad_alloc&)
-    {
+    const std::size_t count = static_cast<std::size_t>(description.width) * static_cast<std::size_t>(description.height);
+    surface->pixels_.reset(static_cast<std::uint32_t*>(std::calloc(count, sizeof(std::uint32_t))));
+    if (!surface->pixels_)
         throw RuntimeError{error::OutOfMemory, "DirectDraw", "There is not enough memory for this surface"};
-    }
     return surface;
 }
 

@@ -4,9 +4,9 @@
 #include "platform/directdraw/Clipper.h"
 #include "platform/drivers/PixelView.h"
 
+#include <cstdlib>
 #include <memory>
 #include <optional>
-#include <vector>
 
 namespace lumora
 {
@@ -97,6 +97,7 @@ public:
 
     /// DDSurfaceBusy while it is locked or its device context is out.
     void RequireFree() const;
+    bool IsFree() const;
 
     /// Who draws into it from now on, or nothing. The painter takes itself away before it ends.
     void SetPainter(SurfacePainter* painter) { painter_ = painter; }
@@ -110,9 +111,15 @@ private:
     bool IsContextOut() const;
     void FinishDrawing();
 
+    // Zeroed memory of the system's: pages that nobody draws on cost nothing.
+    struct Free
+    {
+        void operator()(std::uint32_t* pixels) const { std::free(pixels); }
+    };
+
     SurfaceDescription description_;
     std::shared_ptr<class Screen> screen_; // primary only
-    std::vector<std::uint32_t> pixels_;
+    std::unique_ptr<std::uint32_t[], Free> pixels_;
     std::shared_ptr<Clipper> clipper_;
     std::shared_ptr<DeviceContext> context_; // kept to be handed out again
     std::shared_ptr<Surface> lockedSelf_;    // while locked

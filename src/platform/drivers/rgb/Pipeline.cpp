@@ -1,9 +1,11 @@
 #include "platform/drivers/rgb/Pipeline.h"
 
+#include "platform/drivers/rgb/KernelSets.h"
 #include "platform/drivers/rgb/Setup.h"
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 namespace lumora::rgb
 {
@@ -31,10 +33,11 @@ void ReleaseLarge(Bins& bins)
 
 } // namespace
 
-Pipeline::Pipeline(int threads, const Kernels& kernels)
-    : crew_(Crew::Of(threads)), kernels_(kernels), planner_(batch_, textures_)
+Pipeline::Pipeline(int threads, SimdLevel simd)
+    : crew_(Crew::Of(threads)), kernels_(KernelsFor(simd)), averagingKernels_(averaging::KernelsFor(simd)),
+      planner_(batch_, textures_)
 {
-    tileColors_.Resize(static_cast<std::size_t>(crew_->Size()) * TilePixels);
+    scratch_.Resize(static_cast<std::size_t>(crew_->Size()));
 }
 
 void Pipeline::SetTarget(const PixelView& target)
@@ -57,6 +60,7 @@ bool Pipeline::RecordItem(const DrawItem& item)
     const MeshFacts* facts = facts_.Find(item.mesh);
     if (facts == nullptr)
         return false;
+    DrawPutOff();
     const auto pass = static_cast<std::uint32_t>(passCount_ - 1);
     if (!MayBeSeen(item, passes_[pass]))
         return true;
@@ -69,8 +73,18 @@ bool Pipeline::RecordItem(const DrawItem& item)
 
 void Pipeline::RecordClear(ClearParts parts, const PixelRect& area, std::uint32_t color)
 {
-    if (!area.IsEmpty())
-        commands_.push_back({Command::Kind::Clear, 0, 0, parts, area, color});
+    if (area.IsEmpty())
+        return;
+    if (IsClearOfAll(parts, area))
+        DropRecorded();
+    else
+        DrawPutOff();
+    commands_.push_back({Command::Kind::Clear, 0, 0, parts, area, color});
+}
+
+bool Pipeline::IsClearOfAll(ClearParts parts, const PixelRect& area) const
+{
+    return parts.color && parts.depth && area == target_.Bounds();
 }
 
 void Pipeline::DrawWaiting()
@@ -88,26 +102,57 @@ void Pipeline::DrawWaiting()
 
 void Pipeline::DrawRecorded()
 {
-    planner_.Start(target_.Bounds(), kernels_);
-    for (const Command& command : commands_)
-        RunCommand(command);
-    RunBatch();
-    commands_.clear();
-    items_.clear();
-    waiting_.erase(waiting_.begin(), waiting_.begin() + static_cast<std::ptrdiff_t>(firstWaiting_));
-    firstWaiting_ = 0;
+    RunRecorded();
+    DropRecorded();
+}
+
+/// What comes next needs the target.
+void Pipeline::DrawPutOff()
+{
+    if (isPutOff_)
+        DrawRecorded();
 }
 
 void Pipeline::Finish()
 {
     DrawWaiting();
     DrawRecorded();
+    EndPicture();
+}
+
+bool Pipeline::FinishAveraged(const PixelView& averages, int factor)
+{
+    if (TileSize % factor != 0)
+        return false;
+    DrawWaiting();
+    averages_ = {averages, factor, Averages::State::Wanted};
+    RunRecorded();
+    if (!isPutOff_)
+        DropRecorded();
+    EndPicture();
+    return std::exchange(averages_, {}).state == Averages::State::Taken;
+}
+
+/// All but what waits to be sorted.
+void Pipeline::DropRecorded()
+{
+    commands_.clear();
+    items_.clear();
+    waiting_.erase(waiting_.begin(), waiting_.begin() + static_cast<std::ptrdiff_t>(firstWaiting_));
+    firstWaiting_ = 0;
+    isPutOff_ = false;
+    // The pass that is open, if any, goes on.
+    if (waiting_.empty() && passCount_ > 1)
+    {
+        std::swap(passes_.front(), passes_[passCount_ - 1]);
+        passCount_ = 1;
+    }
+}
+
+void Pipeline::EndPicture()
+{
     textures_.Trim();
     facts_.Sweep();
-    // The pass that is open, if any, goes on.
-    if (passCount_ > 1)
-        std::swap(passes_.front(), passes_[passCount_ - 1]);
-    passCount_ = std::min<std::size_t>(passCount_, 1);
 }
 
 void Pipeline::Forget()
@@ -117,9 +162,21 @@ void Pipeline::Forget()
     waiting_.clear();
     firstWaiting_ = 0;
     passCount_ = 0;
+    isPutOff_ = false;
+    averages_ = {};
 }
 
-void Pipeline::RunCommand(const Command& command)
+void Pipeline::RunRecorded()
+{
+    isPutOff_ = false;
+    isFirstRound_ = true;
+    planner_.Start(target_.Bounds(), kernels_);
+    for (const Command& command : commands_)
+        RunCommand(command, &command == &commands_.back());
+    RunBatch(true);
+}
+
+void Pipeline::RunCommand(const Command& command, bool isLast)
 {
     if (command.kind == Command::Kind::Clear)
         return planner_.AddClear(command.parts, command.area, command.color);
@@ -127,16 +184,16 @@ void Pipeline::RunCommand(const Command& command)
     {
         for (std::uint32_t i = command.first; i < command.first + command.count; ++i)
             planner_.AddItem(waiting_[i], passes_[waiting_[i].pass], Share::Waiting);
-        return RunBatch();
+        return RunBatch(isLast);
     }
     const RecordedItem& recorded = items_[command.first];
     planner_.AddItem(recorded, passes_[recorded.pass], Share::AtOnce);
-    if (planner_.IsFull())
-        RunBatch();
+    if (planner_.IsFull() && !isLast)
+        RunBatch(false);
 }
 
 /// What is drawn at once, and then, sorted, what waits.
-void Pipeline::RunBatch()
+void Pipeline::RunBatch(bool isLast)
 {
     if (planner_.IsEmpty())
         return;
@@ -150,7 +207,7 @@ void Pipeline::RunBatch()
         SortWaiting();
         planner_.PlanSortedUnits(threads);
     }
-    DrawUnits(alone);
+    DrawUnits(alone, isLast);
     planner_.Start(target_.Bounds(), kernels_);
 }
 
@@ -281,15 +338,15 @@ void Pipeline::FindFacing(const Part& part, const VertexTask& task)
     }
 }
 
-void Pipeline::DrawUnits(bool alone)
+void Pipeline::DrawUnits(bool alone, bool isLast)
 {
     std::size_t done = 0;
     while (done < batch_.units.size())
     {
         const std::size_t count = std::min(UnitsPerRound, batch_.units.size() - done);
         const std::size_t ready = SetUpRound(done, count, alone);
-        DrawRound(ready, alone);
         done += ready;
+        DrawRound(ready, alone, isLast && done == batch_.units.size());
     }
 }
 
@@ -313,8 +370,30 @@ std::size_t Pipeline::SetUpRound(std::size_t first, std::size_t count, bool alon
     return static_cast<std::size_t>(std::ranges::find(isSetUp_, 0) - isSetUp_.begin());
 }
 
-void Pipeline::DrawRound(std::size_t count, bool alone)
+TileOutput Pipeline::OutputOf(bool isLastRound)
 {
+    const bool isFirstRound = std::exchange(isFirstRound_, false);
+    TileOutput output;
+    output.target = target_;
+    output.depth = &depth_;
+    if (!isLastRound || averages_.state != Averages::State::Wanted)
+        return output;
+    averages_.state = Averages::State::Taken;
+    output.averages = averages_.view;
+    output.factor = averages_.factor;
+    output.averagingKernels = averagingKernels_;
+    const Command& first = commands_.front();
+    if (isFirstRound && first.kind == Command::Kind::Clear && IsClearOfAll(first.parts, first.area))
+    {
+        output.depth = nullptr;
+        isPutOff_ = true;
+    }
+    return output;
+}
+
+void Pipeline::DrawRound(std::size_t count, bool alone, bool isLast)
+{
+    const TileOutput output = OutputOf(isLast);
     const std::span<Bins> ready{bins_.data(), count};
     std::uint64_t pixels = 0;
     for (const Bins& bins : ready)
@@ -322,8 +401,8 @@ void Pipeline::DrawRound(std::size_t count, bool alone)
     Share(batch_.tileCount, alone && pixels < SmallPixelCount,
           [&](std::size_t tile, int worker)
           {
-              DrawTile(batch_, ready, static_cast<std::uint32_t>(tile), target_, depth_,
-                       tileColors_.Data() + static_cast<std::size_t>(worker) * TilePixels);
+              DrawTile(batch_, ready, static_cast<std::uint32_t>(tile), output,
+                       scratch_[static_cast<std::size_t>(worker)]);
           });
     for (Bins& bins : ready)
         ReleaseLarge(bins);

@@ -18,7 +18,7 @@ class Pipeline
 {
 public:
     /// As Crew::Of takes them.
-    Pipeline(int threads, const Kernels& kernels);
+    Pipeline(int threads, SimdLevel simd);
 
     /// Nothing may be waiting. Everything is at the farthest depth from now on.
     void SetTarget(const PixelView& target);
@@ -37,6 +37,10 @@ public:
     /// Draws everything recorded but what waits to be sorted.
     void DrawRecorded();
     void Finish();
+
+    /// As Driver says. Where what was recorded begins with a clear of everything and goes through the stages at once,
+    /// tiles live in their thread's near cache only; the recording is kept then, so that the target can be drawn yet.
+    bool FinishAveraged(const PixelView& averages, int factor);
 
     /// Drops everything recorded.
     void Forget();
@@ -58,15 +62,35 @@ private:
         std::uint32_t color = 0;
     };
 
-    void RunCommand(const Command& command);
-    void RunBatch();
+    /// Averages that are taken while the last round of tiles is drawn.
+    struct Averages
+    {
+        enum class State
+        {
+            None,
+            Wanted,
+            Taken,
+        };
+        PixelView view;
+        int factor = 1;
+        State state = State::None;
+    };
+
+    bool IsClearOfAll(ClearParts parts, const PixelRect& area) const;
+    void DrawPutOff();
+    void DropRecorded();
+    void EndPicture();
+    void RunRecorded();
+    void RunCommand(const Command& command, bool isLast);
+    void RunBatch(bool isLast);
     void PlaceAndLight(bool alone);
     void FindFacing(const Part& part, const VertexTask& task);
     void CollectWaiting(bool alone);
     void SortWaiting();
-    void DrawUnits(bool alone);
+    void DrawUnits(bool alone, bool isLast);
     std::size_t SetUpRound(std::size_t first, std::size_t count, bool alone);
-    void DrawRound(std::size_t count, bool alone);
+    TileOutput OutputOf(bool isLastRound);
+    void DrawRound(std::size_t count, bool alone, bool isLast);
     template<typename Work>
     void Share(std::size_t count, bool alone, Work work);
 
@@ -84,13 +108,18 @@ private:
     std::vector<RecordedItem> waiting_;
     std::size_t firstWaiting_ = 0; ///< those before have their command
     std::vector<Command> commands_;
+    bool isPutOff_ = false; ///< all of it is in the averages that were taken, and not yet in the target
+
+    Averages averages_;
+    averaging::Kernels averagingKernels_;
+    bool isFirstRound_ = false; ///< nothing of what was recorded has been drawn yet
 
     // Work space.
     Batch batch_;
     Planner planner_;
     std::vector<Bins> bins_;
     std::vector<std::uint8_t> isSetUp_;
-    Buffer<std::uint32_t> tileColors_;              ///< room for a tile for each thread
+    Buffer<TileScratch> scratch_;                   ///< for each thread
     std::vector<Buffer<SortedTriangle>> collected_; ///< for each waiting unit
     Buffer<SortedPlace> sortSpace_;
 };
