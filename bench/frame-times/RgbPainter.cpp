@@ -1,6 +1,6 @@
 #include "Painters.h"
-#include "platform/drivers/rgb/RgbDriver.h"
 #include "platform/drivers/Averaging.h"
+#include "platform/drivers/rgb/RgbDriver.h"
 
 #include <cmath>
 

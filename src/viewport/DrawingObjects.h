@@ -43,7 +43,7 @@ struct DrawingObjects
     std::shared_ptr<Surface> BackgroundSurface;
     std::shared_ptr<Surface> AntiAliasTarget;
     std::shared_ptr<Picture> BackgroundPicture;
-    std::int32_t SamplingFactor = 1;         ///< AntiAlias as it was when RenderSurface was made
+    std::int32_t SamplingFactor = 1; ///< AntiAlias as it was when RenderSurface was made
 
     bool DeviceRebuildPending = false; ///< the next live picture rebuilds device and surfaces
     bool SurfacesPending = false;      ///< the device was made, what stands beside its surface was not yet

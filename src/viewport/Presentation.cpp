@@ -49,10 +49,11 @@ void Viewport::ShowSurface(const std::shared_ptr<Surface>& picture, const PixelR
         Required(drawing_.PrimarySurface).Blt(destination, Required(picture), std::nullopt, Surface::BltWait);
 }
 
-// The large surface is drawn for whoever looks at it, and otherwise not at all: the device averages tile by tile while it
-// draws. No moment needs to be known at which somebody may look. The surface tells its device whenever its context, its
-// lock or a blit from or to it is asked for, in an event, between pictures or after the surface was replaced, and has
-// the whole picture by then. Whoever holds its pixels already while a picture is drawn gets it at the device's update.
+// The large surface is drawn for whoever looks at it, and otherwise not at all: the device averages tile by tile while
+// it draws. No moment needs to be known at which somebody may look. The surface tells its device whenever its context,
+// its lock or a blit from or to it is asked for, in an event, between pictures or after the surface was replaced, and
+// has the whole picture by then. Whoever holds its pixels already while a picture is drawn gets it at the device's
+// update.
 void Viewport::AverageIntoTarget(int factor)
 {
     if (factor < 1 || factor > BlockAverager::LargestFactor)

@@ -4,8 +4,6 @@
 #include "platform/automation/Faults.h"
 #include "platform/automation/RuntimeError.h"
 
-#include <cstdlib>
-
 namespace lumora
 {
 
@@ -82,9 +80,9 @@ std::shared_ptr<Surface> DirectDraw::CreateSurface(const SurfaceDescription& des
     }
     if ((description.flags & CapsGiven) == 0)
         surface->description_.caps = surfacecaps::OffscreenPlain;
-    const std::size_t count = static_cast<std::size_t>(description.width) * static_cast<std::size_t>(description.height);
-    surface->pixels_.reset(static_cast<std::uint32_t*>(std::calloc(count, sizeof(std::uint32_t))));
-    if (!surface->pixels_)
+    surface->pixels_ =
+        ZeroedPixels{static_cast<std::size_t>(description.width) * static_cast<std::size_t>(description.height)};
+    if (surface->pixels_.Data() == nullptr)
         throw RuntimeError{error::OutOfMemory, "DirectDraw", "There is not enough memory for this surface"};
     return surface;
 }

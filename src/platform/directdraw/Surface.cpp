@@ -144,7 +144,7 @@ PixelView Surface::Pixels()
 {
     if (IsPrimary())
         return {};
-    return {pixels_.get(), description_.width, description_.height, description_.width};
+    return {pixels_.Data(), description_.width, description_.height, description_.width};
 }
 
 void Surface::RequireFree() const

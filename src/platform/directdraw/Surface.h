@@ -2,9 +2,9 @@
 #pragma once
 
 #include "platform/directdraw/Clipper.h"
+#include "platform/directdraw/ZeroedPixels.h"
 #include "platform/drivers/PixelView.h"
 
-#include <cstdlib>
 #include <memory>
 #include <optional>
 
@@ -111,15 +111,9 @@ private:
     bool IsContextOut() const;
     void FinishDrawing();
 
-    // Zeroed memory of the system's: pages that nobody draws on cost nothing.
-    struct Free
-    {
-        void operator()(std::uint32_t* pixels) const { std::free(pixels); }
-    };
-
     SurfaceDescription description_;
     std::shared_ptr<class Screen> screen_; // primary only
-    std::unique_ptr<std::uint32_t[], Free> pixels_;
+    ZeroedPixels pixels_;
     std::shared_ptr<Clipper> clipper_;
     std::shared_ptr<DeviceContext> context_; // kept to be handed out again
     std::shared_ptr<Surface> lockedSelf_;    // while locked

@@ -1,6 +1,5 @@
 // Averages of blocks, against their definition.
 #include "platform/drivers/Averaging.h"
-
 #include "platform/drivers/rgb/RgbDriver.h"
 
 #include <cmath>

@@ -399,8 +399,7 @@ void Pipeline::DrawRound(std::size_t count, bool alone, bool isLast)
     for (const Bins& bins : ready)
         pixels += bins.coveredPixels;
     Share(batch_.tileCount, alone && pixels < SmallPixelCount,
-          [&](std::size_t tile, int worker)
-          {
+          [&](std::size_t tile, int worker) {
               DrawTile(batch_, ready, static_cast<std::uint32_t>(tile), output,
                        scratch_[static_cast<std::size_t>(worker)]);
           });

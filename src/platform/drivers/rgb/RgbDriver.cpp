@@ -66,10 +66,7 @@ PixelRect PixelsOf(const PixelRect& viewport)
 class RgbDriver final : public Driver
 {
 public:
-    explicit RgbDriver(const RgbOptions& options)
-        : options_(options), pipeline_(options.threads, options.simd)
-    {
-    }
+    explicit RgbDriver(const RgbOptions& options) : options_(options), pipeline_(options.threads, options.simd) {}
 
     void SetTarget(const PixelView& target) override
     {
