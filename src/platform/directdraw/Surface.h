@@ -92,7 +92,8 @@ public:
     /// DDInvalidParams when it is not locked.
     void Unlock();
 
-    /// The pixels, for devices of this library: no lock is taken. None on the primary.
+    /// The pixels, for devices of this library: no lock is taken, and what a device put off is not drawn. None on the
+    /// primary.
     PixelView Pixels();
 
     /// DDSurfaceBusy while it is locked or its device context is out.
