@@ -22,9 +22,9 @@ struct RgbOptions
 /// A driver that draws what Driver.h says. Work is put off until Finish (or SetTarget); until then it keeps the meshes
 /// that were drawn alive. Helper threads start with the first large picture and end with the driver.
 ///
-/// A picture that begins with a clear of everything, goes through the stages at once and is finished by its averages (of
-/// 1, 2, 4, 8 or 16 samples each way) touches neither the target nor the depth buffer. What was recorded is kept for
-/// Finish until the next such clear.
+/// A picture that begins with a clear of everything, goes through the stages at once and is finished by its averages
+/// (of 1, 2, 4, 8 or 16 samples each way) touches neither the target nor the depth buffer. What was recorded is kept
+/// for Finish until the next such clear.
 ///
 /// Memory beyond the pixels' depth buffer (4.1 bytes a pixel): vertices of one batch (up to 64 bytes each; a batch ends
 /// once it has a million vertices, so the largest mesh decides where it has more), 32 MiB of triangles in bins and what
