@@ -2,7 +2,7 @@
 // resize.
 //
 // Usage: averaging [--seconds s]: for each line. The three take turns, so that whatever else the machine does hits all.
-#include "viewport/Averaging.h"
+#include "platform/drivers/Averaging.h"
 
 #ifdef LUMORA_HAS_OPENCV
 #include <opencv2/imgproc.hpp>

@@ -1,6 +1,6 @@
 #include "Painters.h"
+#include "platform/drivers/Averaging.h"
 #include "platform/drivers/rgb/RgbDriver.h"
-#include "viewport/Averaging.h"
 
 #include <cmath>
 
@@ -55,9 +55,12 @@ public:
         else
             DrawCopies(view, item);
         driver_->End();
+        const PixelView shown{pixels_.data(), view.width, view.height, view.width};
+        if (view.samples > 1 && driver_->FinishAveraged(shown, view.samples))
+            return;
         driver_->Finish();
         if (view.samples > 1)
-            averager_.Average(large_, view.samples, {pixels_.data(), view.width, view.height, view.width});
+            averager_.Average(large_, view.samples, shown);
     }
 
     std::vector<std::uint32_t> Pixels(const View&) override { return pixels_; }

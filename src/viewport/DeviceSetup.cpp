@@ -290,8 +290,10 @@ void Viewport::ReleaseDirectDraw()
     drawing_.DirectDrawObject = nullptr;
 }
 
+// A surface that the device still finds alive is somebody else's, who gets the last picture.
 void Viewport::ReleaseDeviceAndViewport()
 {
+    drawing_.RenderSurface = nullptr;
     drawing_.RMViewport = nullptr;
     drawing_.Device = nullptr;
 }

@@ -4,7 +4,6 @@
 #include "platform/container/Picture.h"
 #include "platform/directdraw/DirectDraw.h"
 #include "platform/scenegraph/RetainedMode.h"
-#include "viewport/Averaging.h"
 
 #include <memory>
 
@@ -44,8 +43,7 @@ struct DrawingObjects
     std::shared_ptr<Surface> BackgroundSurface;
     std::shared_ptr<Surface> AntiAliasTarget;
     std::shared_ptr<Picture> BackgroundPicture;
-    std::unique_ptr<BlockAverager> Averager; ///< made for the first picture that is averaged
-    std::int32_t SamplingFactor = 1;         ///< AntiAlias as it was when RenderSurface was made
+    std::int32_t SamplingFactor = 1; ///< AntiAlias as it was when RenderSurface was made
 
     bool DeviceRebuildPending = false; ///< the next live picture rebuilds device and surfaces
     bool SurfacesPending = false;      ///< the device was made, what stands beside its surface was not yet

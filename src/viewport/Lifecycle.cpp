@@ -70,7 +70,6 @@ void Viewport::HaltViewport(std::int32_t /*ErrNumber*/, const std::string& /*Err
     step([&] { widgets_.NavControlsScene = nullptr; });
     step([&] { drawing_.RetainedMode = nullptr; });
     step([&] { ReleaseDirectDraw(); });
-    step([&] { drawing_.Averager = nullptr; });
     properties_.ViewportState = tdlHalted;
 }
 

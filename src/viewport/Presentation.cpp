@@ -7,13 +7,6 @@
 namespace lumora
 {
 
-namespace
-{
-
-constexpr int LargestSamplingFactor = 16;
-
-} // namespace
-
 // Where the window is now: it may have moved since the last picture.
 PixelRect Viewport::PresentationRect() const
 {
@@ -56,22 +49,23 @@ void Viewport::ShowSurface(const std::shared_ptr<Surface>& picture, const PixelR
         Required(drawing_.PrimarySurface).Blt(destination, Required(picture), std::nullopt, Surface::BltWait);
 }
 
+// The large surface is drawn for whoever looks at it, and otherwise not at all: the device averages tile by tile while
+// it draws. No moment needs to be known at which somebody may look. The surface tells its device whenever its context,
+// its lock or a blit from or to it is asked for, in an event, between pictures or after the surface was replaced, and
+// has the whole picture by then. Whoever holds its pixels already while a picture is drawn gets it at the device's
+// update.
 void Viewport::AverageIntoTarget(int factor)
 {
-    if (factor < 1 || factor > LargestSamplingFactor)
+    if (factor < 1 || factor > BlockAverager::LargestFactor)
         throw RuntimeError{error::InvalidCall, Source,
                            "AntiAlias is " + std::to_string(factor) + ": use 1 (none), 2 or 4"};
     if (!drawing_.AntiAliasTarget)
         throw RuntimeError{error::ObjectNotSet, Source,
                            "The surface that takes the averaged picture could not be created: choose a smaller window "
                            "or AntiAlias 1"};
-    if (!drawing_.Averager)
-        drawing_.Averager = std::make_unique<BlockAverager>();
-    HeldContext source{Required(drawing_.RenderSurface)};
     HeldContext target{*drawing_.AntiAliasTarget};
-    drawing_.Averager->Average(source->Pixels(), factor, target->Pixels());
+    Required(drawing_.Device).Average(target->Pixels(), factor);
     target.Release();
-    source.Release();
 }
 
 } // namespace lumora

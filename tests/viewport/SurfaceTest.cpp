@@ -1,6 +1,7 @@
 // The exposed picture: what lies behind it, what a host draws on it, how it gets to the screen, and what changes under
 // it.
 #include "platform/directdraw/DeviceContext.h"
+#include "platform/drivers/Averaging.h"
 #include "support/TemporaryFolder.h"
 #include "viewport/LiveControl.h"
 
@@ -293,12 +294,28 @@ TEST(ExposedSurface, may_be_changed_from_within_any_event_of_the_picture)
             }
 }
 
+// How many averages of the large surface are not those of the scene with the red square.
+int CountWrongAverages(const PixelView& large, int factor)
+{
+    std::vector<std::uint32_t> averages(Side * Side);
+    BlockAverager{}.Average(large, factor, {averages.data(), Side, Side, Side});
+    int wrong = 0;
+    for (int y = 0; y < Side; ++y)
+        for (int x = 0; x < Side; ++x)
+        {
+            const std::uint32_t color = averages[static_cast<std::size_t>(y * Side + x)];
+            const bool outside = x < 30 || x > 70 || y < 30 || y > 70;
+            wrong += (IsInSquare(x, y) && color != FullRed) || (outside && color != 0);
+        }
+    return wrong;
+}
+
 TEST(ExposedSurface, whose_pixels_somebody_holds_is_not_taken_away)
 {
-    for (const bool locked : {true, false})
+    for (const auto& [locked, antiAlias] : {std::pair{true, tdlNone}, {false, tdlNone}, {true, tdl2X}, {false, tdl4X}})
     {
-        LiveControl control{ExposedSettings()};
-        control->SetScene(RedSquareScene());
+        LiveControl control{ExposedSettings(antiAlias)};
+        control->SetScene(AmbientScene(1));
         control->RenderScene();
         const auto surface = control->DirectDrawSurface();
         std::shared_ptr<DeviceContext> context;
@@ -306,7 +323,9 @@ TEST(ExposedSurface, whose_pixels_somebody_holds_is_not_taken_away)
             surface->Lock();
         else
             context = surface->GetDC();
+        control->SetScene(RedSquareScene());
         EXPECT_EQ(ErrorOf([&] { control->RenderScene(); }).Number(), error::DDSurfaceBusy);
+        EXPECT_EQ(CountWrongAverages(surface->Pixels(), antiAlias), 0) << "who holds the pixels has the picture";
         EXPECT_EQ(ErrorOf([&] { control->SetExposeDDSurface(false); }).Number(), error::DDSurfaceBusy);
         control.Host().ResizeWindow(60, 60);
         EXPECT_EQ(ErrorOf([&] { control->RenderScene(); }).Number(), error::DDSurfaceBusy);
@@ -316,7 +335,7 @@ TEST(ExposedSurface, whose_pixels_somebody_holds_is_not_taken_away)
         else
             surface->ReleaseDC(context);
         control->RenderScene();
-        EXPECT_EQ(control->DirectDrawSurface()->Width(), 60) << "the resize was only put off";
+        EXPECT_EQ(control->DirectDrawSurface()->Width(), 60 * antiAlias) << "the resize was only put off";
         EXPECT_TRUE(control->ExposeDDSurface());
     }
 }
@@ -341,6 +360,72 @@ TEST(ExposedSurface, that_is_locked_outlives_its_control)
     ASSERT_FALSE(surface.expired());
     surface.lock()->Unlock();
     EXPECT_TRUE(surface.expired());
+}
+
+TEST(ExposedSurface, that_is_averaged_is_whole_for_whoever_looks_whenever_that_is)
+{
+    using Look = std::function<void()>;
+    const std::pair<const char*, std::function<void(LiveControl&, const Look&)>> moments[] = {
+        {"its event", [](LiveControl& c, const Look& look) { c->DDSurfaceAvailable.Connect(look); }},
+        {"the averages' event", [](LiveControl& c, const Look& look) { c->AntiAliasSurfaceAvailable.Connect(look); }},
+        {"the next picture",
+         [](LiveControl& c, const Look& look)
+         {
+             c->RenderScene();
+             c->SetScene(AmbientScene(1));
+             c->UpdatePositions.Connect(look);
+         }},
+        {"after accumulating",
+         [](LiveControl& c, const Look& look)
+         {
+             c->RenderScene();
+             c->SetAccumulate(true);
+             c->RenderScene();
+             c->SetScene(AmbientScene(1));
+             c->RenderScene();
+             look();
+         }},
+        {"after it was replaced",
+         [](LiveControl& c, const Look& look)
+         {
+             c->RenderScene();
+             c->SetAntiAlias(tdlNone);
+             c->DDSurfaceAvailable.Connect(look);
+         }},
+        {"after the control",
+         [](LiveControl& c, const Look& look)
+         {
+             c->RenderScene();
+             c->Terminate();
+             look();
+         }},
+    };
+    for (const auto antiAlias : {tdl2X, tdl4X})
+        for (const auto& [name, lookAt] : moments)
+        {
+            SCOPED_TRACE(testing::Message() << name << " at " << antiAlias);
+            LiveControl control{ExposedSettings(antiAlias)};
+            control->SetScene(RedSquareScene());
+            const auto surface = control->DirectDrawSurface();
+            control->RenderScene();
+            EXPECT_EQ(
+                CountWrong(control, [&](int x, int y) { return IsInSquare(x, y) ? FullRed : control.PixelAt(x, y); }),
+                0);
+            const PixelView unseen = surface->Pixels();
+            EXPECT_TRUE(std::all_of(unseen.pixels, unseen.pixels + unseen.pitch * unseen.height,
+                                    [](auto p) { return p == 0; }));
+            int looks = 0;
+            lookAt(control,
+                   [&]
+                   {
+                       ++looks;
+                       EXPECT_EQ(CountWrongAverages(surface->Lock(), antiAlias), 0);
+                       surface->Unlock();
+                   });
+            if (control->ViewportState() != tdlHalted)
+                control->RenderScene();
+            EXPECT_EQ(looks, 1);
+        }
 }
 
 std::ptrdiff_t CountEntries(const char* folder)

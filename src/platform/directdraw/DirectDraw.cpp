@@ -4,8 +4,6 @@
 #include "platform/automation/Faults.h"
 #include "platform/automation/RuntimeError.h"
 
-#include <new>
-
 namespace lumora
 {
 
@@ -82,15 +80,10 @@ std::shared_ptr<Surface> DirectDraw::CreateSurface(const SurfaceDescription& des
     }
     if ((description.flags & CapsGiven) == 0)
         surface->description_.caps = surfacecaps::OffscreenPlain;
-    try
-    {
-        surface->pixels_.resize(static_cast<std::size_t>(description.width) *
-                                static_cast<std::size_t>(description.height));
-    }
-    catch (const std::bad_alloc&)
-    {
+    surface->pixels_ =
+        ZeroedPixels{static_cast<std::size_t>(description.width) * static_cast<std::size_t>(description.height)};
+    if (surface->pixels_.Data() == nullptr)
         throw RuntimeError{error::OutOfMemory, "DirectDraw", "There is not enough memory for this surface"};
-    }
     return surface;
 }
 

@@ -144,13 +144,18 @@ PixelView Surface::Pixels()
 {
     if (IsPrimary())
         return {};
-    return {pixels_.data(), description_.width, description_.height, description_.width};
+    return {pixels_.Data(), description_.width, description_.height, description_.width};
 }
 
 void Surface::RequireFree() const
 {
-    if (lockedSelf_ || IsContextOut())
+    if (!IsFree())
         Raise(error::DDSurfaceBusy, "The surface is locked or its device context is out");
+}
+
+bool Surface::IsFree() const
+{
+    return !lockedSelf_ && !IsContextOut();
 }
 
 bool Surface::IsContextOut() const

@@ -2,11 +2,11 @@
 #pragma once
 
 #include "platform/directdraw/Clipper.h"
+#include "platform/directdraw/ZeroedPixels.h"
 #include "platform/drivers/PixelView.h"
 
 #include <memory>
 #include <optional>
-#include <vector>
 
 namespace lumora
 {
@@ -92,11 +92,13 @@ public:
     /// DDInvalidParams when it is not locked.
     void Unlock();
 
-    /// The pixels, for devices of this library: no lock is taken. None on the primary.
+    /// The pixels, for devices of this library: no lock is taken, and what a device put off is not drawn. None on the
+    /// primary.
     PixelView Pixels();
 
     /// DDSurfaceBusy while it is locked or its device context is out.
     void RequireFree() const;
+    bool IsFree() const;
 
     /// Who draws into it from now on, or nothing. The painter takes itself away before it ends.
     void SetPainter(SurfacePainter* painter) { painter_ = painter; }
@@ -112,7 +114,7 @@ private:
 
     SurfaceDescription description_;
     std::shared_ptr<class Screen> screen_; // primary only
-    std::vector<std::uint32_t> pixels_;
+    ZeroedPixels pixels_;
     std::shared_ptr<Clipper> clipper_;
     std::shared_ptr<DeviceContext> context_; // kept to be handed out again
     std::shared_ptr<Surface> lockedSelf_;    // while locked

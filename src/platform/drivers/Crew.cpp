@@ -14,6 +14,7 @@ namespace
 {
 
 constexpr auto SpinTime = std::chrono::microseconds(60);
+constexpr auto AttentiveSpinTime = std::chrono::milliseconds(2);
 
 /// More threads than this do not make a picture come sooner.
 constexpr int MostThreads = 64;
@@ -120,6 +121,7 @@ void Crew::Help(int worker)
 std::uint64_t Crew::AwaitJob(std::uint64_t seen)
 {
     const auto start = std::chrono::steady_clock::now();
+    const auto isOver = [&](auto time) { return std::chrono::steady_clock::now() - start >= time; };
     do
     {
         for (int i = 0; i < 64; ++i)
@@ -128,7 +130,7 @@ std::uint64_t Crew::AwaitJob(std::uint64_t seen)
                 return job;
             Pause();
         }
-    } while (std::chrono::steady_clock::now() - start < SpinTime);
+    } while (!isOver(attentions_.load(std::memory_order_relaxed) != 0 ? AttentiveSpinTime : SpinTime));
     std::unique_lock lock{mutex_};
     sleepers_.fetch_add(1);
     wakes_.wait(lock, [&] { return ends_.load() || announced_.load() != seen; });

@@ -47,6 +47,20 @@ public:
             &work);
     }
 
+    /// While one lives, helpers that are awake stay so from one job to the next, for a few milliseconds at most: what
+    /// lies between the stages of a frame is shorter than waking a thread.
+    class Attention
+    {
+    public:
+        explicit Attention(Crew& crew) : crew_(crew) { crew_.attentions_.fetch_add(1, std::memory_order_relaxed); }
+        ~Attention() { crew_.attentions_.fetch_sub(1, std::memory_order_relaxed); }
+        Attention(const Attention&) = delete;
+        Attention& operator=(const Attention&) = delete;
+
+    private:
+        Crew& crew_;
+    };
+
 private:
     using Call = void (*)(void* context, std::size_t unit, int worker);
 
@@ -78,6 +92,7 @@ private:
     std::atomic<std::uint64_t> open_{0};                  ///< number of the job that may be entered, or 0
     std::atomic<int> entered_{0};
     std::atomic<int> sleepers_{0};
+    std::atomic<int> attentions_{0};
     std::atomic<bool> ends_{false};
     std::mutex mutex_;
     std::condition_variable wakes_;

@@ -221,6 +221,18 @@ public:
 
     /// Nothing for a driver that keeps no account.
     virtual DriverMemory Memory() const { return {}; }
+
+    /// Ends a picture as Finish does (faces that wait are not sorted together with later ones), but the driver may put
+    /// the drawing off until one of the two Finish functions or SetTarget.
+    virtual void FinishLater() { Finish(); }
+
+    /// Draws what still waits and puts the averages of the target's blocks of `factor` by `factor` pixels (1 to 16)
+    /// into `averages`, with the bytes of BlockAverager. The target itself may be left behind: its pixels come with the
+    /// next Finish, and a Clear of all its color and depth before that spares them altogether. `averages` is written
+    /// during this call only.
+    /// False when the driver has no way to do better than a caller that calls Finish and averages the target, which is
+    /// what must be done then.
+    virtual bool FinishAveraged(const PixelView& /*averages*/, int /*factor*/) { return false; }
 };
 
 } // namespace lumora

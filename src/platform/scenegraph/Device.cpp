@@ -1,6 +1,7 @@
 #include "platform/scenegraph/Device.h"
 
 #include "platform/automation/Faults.h"
+#include "platform/automation/Trap.h"
 #include "platform/scenegraph/Checks.h"
 #include "platform/scenegraph/MeshBuilder.h"
 
@@ -58,15 +59,21 @@ std::shared_ptr<Device> Device::FromSurface(std::unique_ptr<Driver> driver, std:
     device->target_ = surface->Pixels();
     device->driver_ = std::move(driver);
     device->surface_ = std::move(surface);
+    if (SurfacePainter* const before = device->surface_->Painter())
+        before->FinishDrawing();
     device->driver_->SetTarget(device->target_);
     device->surface_->SetPainter(device.get());
     return device;
 }
 
+// Somebody else who still has the surface gets the picture that was put off.
 Device::~Device()
 {
-    if (surface_ && surface_->Painter() == this)
-        surface_->SetPainter(nullptr);
+    if (!IsPainter())
+        return;
+    surface_->SetPainter(nullptr);
+    if (surface_.use_count() > 1)
+        IgnoringErrors([&] { driver_->Finish(); });
 }
 
 void Device::FinishDrawing()
@@ -117,12 +124,33 @@ void Device::SetRenderMode(std::uint32_t mode)
 void Device::Update()
 {
     faults::Point("Device.Update");
-    driver_->Finish();
+    // Whoever holds the pixels sees the picture without asking.
+    if (samplingFactor_ > 1 && IsPainter() && surface_->IsFree())
+        driver_->FinishLater();
+    else
+        driver_->Finish();
     const auto window = clipper_ ? clipper_->Window() : nullptr;
     if (!window)
         return;
     const PixelRect place = window->ScreenRect();
     window->Present(target_, {place.left, place.top, place.left + target_.width, place.top + target_.height});
+}
+
+void Device::Average(const PixelView& averages, int factor)
+{
+    faults::Point("Device.Average");
+    if (factor < 1 || factor > BlockAverager::LargestFactor)
+        RaiseBadValue(Source, "Blocks of 1 to 16 pixels a side can be averaged");
+    if (surface_)
+        surface_->RequireFree();
+    if ((!surface_ || IsPainter()) && driver_->FinishAveraged(averages, factor))
+        return;
+    driver_->Finish();
+    if (surface_ && surface_->Painter() != nullptr)
+        surface_->Painter()->FinishDrawing();
+    if (!averager_)
+        averager_ = std::make_unique<BlockAverager>();
+    averager_->Average(target_, factor, averages);
 }
 
 std::shared_ptr<ImmediateDevice> Device::GetDirect3DDevice2()

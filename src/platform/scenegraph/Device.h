@@ -3,6 +3,7 @@
 
 #include "platform/directdraw/Clipper.h"
 #include "platform/directdraw/Surface.h"
+#include "platform/drivers/Averaging.h"
 #include "platform/drivers/Driver.h"
 #include "platform/scenegraph/SceneObject.h"
 
@@ -71,8 +72,15 @@ public:
 
     CullMode GetCullMode() const { return cullMode_; }
 
-    /// Finishes the picture (sorted translucent faces last) and, with a clipper, shows it.
+    /// Finishes the picture (sorted translucent faces last) and, with a clipper, shows it. Where a surface is sampled
+    /// more than once the drawing may be put off until somebody looks at the surface or takes its averages.
     void Update();
+
+    /// Puts the averages of the picture's blocks of `factor` by `factor` pixels (1 to 16) into `averages`: what
+    /// BlockAverager takes from the surface, and what others drew on it counts too. The surface itself may be left
+    /// behind, never drawn where nobody looks: its context, its lock and its blits bring it up to date at any time.
+    /// DDSurfaceBusy while the surface is locked or its context is out.
+    void Average(const PixelView& averages, int factor);
 
     std::shared_ptr<ImmediateDevice> GetDirect3DDevice2();
 
@@ -87,6 +95,7 @@ private:
     friend class ImmediateDevice;
     Device() = default;
     void FinishDrawing() override;
+    bool IsPainter() const { return surface_ && surface_->Painter() == this; }
 
     std::unique_ptr<Driver> driver_;
     std::shared_ptr<Clipper> clipper_;      // with a window
@@ -99,6 +108,7 @@ private:
     std::uint32_t renderMode_ = 0;
     CullMode cullMode_ = CullMode::CounterClockwise;
     std::uint64_t triangleCount_ = 0;
+    std::unique_ptr<BlockAverager> averager_; // made for the first picture that the driver does not average itself
 };
 
 } // namespace lumora

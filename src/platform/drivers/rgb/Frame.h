@@ -265,6 +265,14 @@ struct SortedTriangle
     std::uint32_t key;   ///< smaller is farther
 };
 
+/// What one thread collected, in order of submission.
+struct CollectedTriangles
+{
+    Buffer<SortedTriangle> triangles;
+    std::uint32_t leastKey = 0; ///< above greatestKey where there is none
+    std::uint32_t greatestKey = 0;
+};
+
 /// A place in the order of drawing.
 struct SortedPlace
 {

@@ -3,6 +3,7 @@
 #include "platform/drivers/rgb/Clipping.h"
 #include "platform/drivers/rgb/Planner.h"
 #include "platform/drivers/rgb/Setup.h"
+#include "platform/drivers/rgb/Tiles.h"
 
 #include <tuple>
 
@@ -16,7 +17,7 @@ constexpr std::size_t BytesPerVertex = sizeof(ScreenPosition) + sizeof(Coordinat
 constexpr std::size_t BytesPerFace = 2 * sizeof(ColorBlock);
 constexpr std::size_t BytesPerPair = sizeof(std::uint32_t) + sizeof(std::uint16_t);
 constexpr std::size_t BytesPerTile = TilePixels * sizeof(float) + BlocksPerTile * sizeof(float) + 1;
-constexpr std::size_t BytesPerSorted = sizeof(SortedTriangle) + 2 * sizeof(SortedPlace);
+constexpr std::size_t BytesPerSorted = sizeof(SortedTriangle) + sizeof(SortedPlace);
 constexpr std::size_t Fixed = std::size_t{1} << 20;
 
 // Buffers grow by half.
@@ -25,7 +26,7 @@ constexpr std::size_t Grown(std::size_t bytes)
     return bytes + bytes / 2;
 }
 
-static_assert(BytesPerVertex == 64 && BytesPerTile == 16641 && BytesPerSorted == 44);
+static_assert(BytesPerVertex == 64 && BytesPerTile == 16641 && BytesPerSorted == 36);
 
 } // namespace
 
@@ -75,13 +76,13 @@ std::size_t UnitBytes(const WorkCounts& counts, const RgbLimits& limits)
 
 std::size_t MostBytes(const WorkCounts& counts, const RgbLimits& limits)
 {
-    // Collected by units, which share the triangles out differently each time; put together; ordered, to and fro.
-    constexpr std::size_t PerWaiting = 3 * Grown(sizeof(SortedTriangle)) + 2 * Grown(sizeof(SortedPlace));
-    const std::size_t perThread = TilePixels * sizeof(std::uint32_t) + UnitBytes(counts, limits);
+    // Collected by units, which share the triangles out differently each time; put together; ordered.
+    constexpr std::size_t PerWaiting = 3 * Grown(sizeof(SortedTriangle)) + Grown(sizeof(SortedPlace));
+    const std::size_t perThread = sizeof(TileScratch) + UnitBytes(counts, limits);
     const std::size_t batch = BytesPerVertex * counts.vertices + BytesPerFace * counts.faces + counts.facings +
                               7 * counts.points + 2 * counts.meshVertices + PerWaiting * counts.waiting;
     const std::size_t lists =
-        1280 * counts.states + 160 * counts.units + 1024 * counts.recorded + 1536 * counts.passes + 160 * counts.lights;
+        1280 * counts.states + 1280 * counts.units + 1024 * counts.recorded + 1536 * counts.passes + 160 * counts.lights;
     const std::size_t others = 256 * counts.meshes + 36 * counts.meshFaces + 8 * counts.texels + 2048 * counts.textures;
     return Fixed + BytesPerTile * counts.tiles + perThread * counts.threads + 3 * limits.roundBytes + batch + lists +
            others;

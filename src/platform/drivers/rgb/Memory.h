@@ -34,17 +34,17 @@ struct WorkCounts
     void Include(const WorkCounts& other);
 };
 
-/// Bytes that a batch of these counts takes beside what is fixed: 64 a vertex, 32 a face, 1 a facing, 88 a waiting
+/// Bytes that a batch of these counts takes beside what is fixed: 64 a vertex, 32 a face, 1 a facing, 72 a waiting
 /// triangle. What RgbLimits::batchBytes limits.
 std::size_t BatchBytes(const WorkCounts& counts);
 
 /// The formula: no driver holds more.
 ///
 ///   tiles    16,641 a tile (depth 4 bytes a pixel, 256 for blocks, 1)
-///   threads  16,384 a thread (the colors of a tile), and what one work unit may overshoot: see UnitBytes
-///   batch    64 a vertex, 32 a face, 1 a facing, 7 a point, 2 a vertex of a mesh of points, 150 a waiting triangle
+///   threads  33,088 a thread (the colors and depth of a tile), and what one work unit may overshoot: see UnitBytes
+///   batch    64 a vertex, 32 a face, 1 a facing, 7 a point, 2 a vertex of a mesh of points, 138 a waiting triangle
 ///   bins     three times RgbLimits::roundBytes: what is kept, and what a round fills with room to grow
-///   lists    1,280 a state, 160 a unit, 1,024 a recorded item, 1,536 a pass, 160 a light
+///   lists    1,280 a state, 1,280 a unit, 1,024 a recorded item, 1,536 a pass, 160 a light
 ///   meshes   256 a mesh, 36 a face or group
 ///   texels   8 a texel and 2,048 a texture (mip levels and the repeated column)
 ///   fixed    1 MiB

@@ -1,11 +1,13 @@
 #include "platform/drivers/rgb/Pipeline.h"
 
 #include "platform/automation/RuntimeError.h"
+#include "platform/drivers/rgb/KernelSets.h"
 #include "platform/drivers/rgb/Setup.h"
 
 #include <algorithm>
 #include <new>
 #include <string>
+#include <utility>
 
 namespace lumora::rgb
 {
@@ -31,12 +33,12 @@ std::size_t HeldBy(const std::vector<T>& list)
 
 } // namespace
 
-Pipeline::Pipeline(int threads, const Kernels& kernels, const RgbLimits& limits)
-    : crew_(Crew::Of(threads)), kernels_(kernels), textures_(limits.textureBytes),
-      planner_(batch_, textures_, limits.batchVertices), limits_(limits)
+Pipeline::Pipeline(int threads, SimdLevel simd, const RgbLimits& limits)
+    : crew_(Crew::Of(threads)), kernels_(KernelsFor(simd)), averagingKernels_(averaging::KernelsFor(simd)),
+      limits_(limits), textures_(limits.textureBytes), planner_(batch_, textures_, limits.batchVertices)
 {
     most_.threads = static_cast<std::size_t>(crew_->Size());
-    tileColors_.Resize(static_cast<std::size_t>(crew_->Size()) * TilePixels);
+    scratch_.Resize(static_cast<std::size_t>(crew_->Size()));
 }
 
 void Pipeline::SetTarget(const PixelView& target)
@@ -60,6 +62,7 @@ bool Pipeline::RecordItem(const DrawItem& item)
     const MeshFacts* facts = facts_.Find(item.mesh);
     if (facts == nullptr)
         return false;
+    DrawPutOff();
     const auto pass = static_cast<std::uint32_t>(passCount_ - 1);
     if (!MayBeSeen(item, passes_[pass]))
         return true;
@@ -72,8 +75,18 @@ bool Pipeline::RecordItem(const DrawItem& item)
 
 void Pipeline::RecordClear(ClearParts parts, const PixelRect& area, std::uint32_t color)
 {
-    if (!area.IsEmpty())
-        commands_.push_back({Command::Kind::Clear, 0, 0, parts, area, color});
+    if (area.IsEmpty())
+        return;
+    if (IsClearOfAll(parts, area))
+        DropRecorded();
+    else
+        DrawPutOff();
+    commands_.push_back({Command::Kind::Clear, 0, 0, parts, area, color});
+}
+
+bool Pipeline::IsClearOfAll(ClearParts parts, const PixelRect& area) const
+{
+    return parts.color && parts.depth && area == target_.Bounds();
 }
 
 void Pipeline::DrawWaiting()
@@ -91,17 +104,15 @@ void Pipeline::DrawWaiting()
 
 void Pipeline::DrawRecorded()
 {
-    CountRecorded();
-    planner_.Start(target_.Bounds(), kernels_);
-    for (const Command& command : commands_)
-        RunCommand(command);
-    RunBatch();
-    commands_.clear();
-    items_.clear();
-    waiting_.erase(waiting_.begin(), waiting_.begin() + static_cast<std::ptrdiff_t>(firstWaiting_));
-    firstWaiting_ = 0;
-    if (waiting_.empty())
-        ForgetPasses();
+    RunRecorded();
+    DropRecorded();
+}
+
+/// What comes next needs the target.
+void Pipeline::DrawPutOff()
+{
+    if (isPutOff_)
+        DrawRecorded();
 }
 
 void Pipeline::CountRecorded()
@@ -116,6 +127,38 @@ void Pipeline::CountRecorded()
     most_.Include(counts);
 }
 
+void Pipeline::Finish()
+{
+    DrawWaiting();
+    DrawRecorded();
+    EndPicture();
+}
+
+bool Pipeline::FinishAveraged(const PixelView& averages, int factor)
+{
+    if (TileSize % factor != 0)
+        return false;
+    DrawWaiting();
+    averages_ = {averages, factor, Averages::State::Wanted};
+    RunRecorded();
+    if (!isPutOff_)
+        DropRecorded();
+    EndPicture();
+    return std::exchange(averages_, {}).state == Averages::State::Taken;
+}
+
+/// All but what waits to be sorted.
+void Pipeline::DropRecorded()
+{
+    commands_.clear();
+    items_.clear();
+    waiting_.erase(waiting_.begin(), waiting_.begin() + static_cast<std::ptrdiff_t>(firstWaiting_));
+    firstWaiting_ = 0;
+    isPutOff_ = false;
+    if (waiting_.empty())
+        ForgetPasses();
+}
+
 /// All but the pass that is open, if any, which goes on.
 void Pipeline::ForgetPasses()
 {
@@ -124,10 +167,8 @@ void Pipeline::ForgetPasses()
     passCount_ = std::min<std::size_t>(passCount_, 1);
 }
 
-void Pipeline::Finish()
+void Pipeline::EndPicture()
 {
-    DrawWaiting();
-    DrawRecorded();
     most_.textures = std::max(most_.textures, textures_.Count());
     most_.texels = std::max(most_.texels, textures_.TexelCount());
     textures_.Trim();
@@ -141,9 +182,22 @@ void Pipeline::Forget()
     waiting_.clear();
     firstWaiting_ = 0;
     passCount_ = 0;
+    isPutOff_ = false;
+    averages_ = {};
 }
 
-void Pipeline::RunCommand(const Command& command)
+void Pipeline::RunRecorded()
+{
+    isPutOff_ = false;
+    isFirstRound_ = true;
+    CountRecorded();
+    planner_.Start(target_.Bounds(), kernels_);
+    for (const Command& command : commands_)
+        RunCommand(command, &command == &commands_.back());
+    RunBatch(true);
+}
+
+void Pipeline::RunCommand(const Command& command, bool isLast)
 {
     if (command.kind == Command::Kind::Clear)
         return planner_.AddClear(command.parts, command.area, command.color);
@@ -151,35 +205,35 @@ void Pipeline::RunCommand(const Command& command)
     {
         for (std::uint32_t i = command.first; i < command.first + command.count; ++i)
             planner_.AddItem(waiting_[i], passes_[waiting_[i].pass], Share::Waiting);
-        return RunBatch();
+        return RunBatch(isLast);
     }
     const RecordedItem& recorded = items_[command.first];
     const auto groups = static_cast<std::uint32_t>(recorded.item.mesh->groups.size());
     std::uint32_t group = 0;
     while ((group = planner_.AddItem(recorded, passes_[recorded.pass], Share::AtOnce, group)) < groups)
-        RunBatch();
-    if (planner_.IsFull())
-        RunBatch();
+        RunBatch(false);
+    if (planner_.IsFull() && !isLast)
+        RunBatch(false);
 }
 
 /// What is drawn at once, and then, sorted, what waits.
-void Pipeline::RunBatch()
+void Pipeline::RunBatch(bool isLast)
 {
     if (planner_.IsEmpty())
         return;
     RequireRoom();
+    const Crew::Attention attention{*crew_};
     const bool alone = planner_.PrimitiveCount() < SmallPrimitiveCount;
     const std::uint32_t threads = alone ? 1U : static_cast<std::uint32_t>(crew_->Size());
     PlaceAndLight(alone);
     planner_.PlanUnits(threads);
     if (!batch_.waitingUnits.empty())
     {
-        CollectWaiting(alone);
-        SortWaiting();
+        SortWaiting(alone);
         planner_.PlanSortedUnits(threads);
     }
     most_.Include(planner_.Counts());
-    DrawUnits(alone);
+    DrawUnits(alone, isLast);
     planner_.Start(target_.Bounds(), kernels_);
 }
 
@@ -198,46 +252,35 @@ void Pipeline::RequireRoom() const
                            " that one picture may take: show less at once, or blend without sorting."};
 }
 
-void Pipeline::CollectWaiting(bool alone)
+/// Collects what waits, farthest first.
+void Pipeline::SortWaiting(bool alone)
 {
-    if (collected_.size() < batch_.waitingUnits.size())
-        collected_.resize(batch_.waitingUnits.size());
-    Share(batch_.waitingUnits.size(), alone,
+    const std::size_t units = batch_.waitingUnits.size();
+    if (collected_.size() < units)
+        collected_.resize(units);
+    Share(units, alone,
           [&](std::size_t unit, int) { CollectSorted(batch_, batch_.waitingUnits[unit], collected_[unit]); });
-    std::size_t count = 0;
-    for (std::size_t unit = 0; unit < batch_.waitingUnits.size(); ++unit)
-        count += collected_[unit].Size();
-    batch_.sorted.Reserve(count);
-    for (std::size_t unit = 0; unit < batch_.waitingUnits.size(); ++unit)
-        batch_.sorted.Append(collected_[unit].Items());
-    batch_.order.Resize(batch_.sorted.Size());
-    for (std::uint32_t i = 0; i < batch_.sorted.Size(); ++i)
-        batch_.order[i] = {batch_.sorted[i].key, i};
-}
-
-/// By key, equal ones in order of submission: a radix sort of 11 bits at a time. Digits that are the same everywhere
-/// are left out.
-void Pipeline::SortWaiting()
-{
-    constexpr int DigitBits = 11;
-    constexpr std::uint32_t Digits = 1U << DigitBits;
-    constexpr int Passes = 3;
-    std::uint32_t starts[Passes][Digits + 1] = {};
-    const auto digit = [](std::uint32_t key, int pass) { return (key >> (pass * DigitBits)) & (Digits - 1); };
-    for (const SortedPlace& place : batch_.order.Items())
-        for (int pass = 0; pass < Passes; ++pass)
-            ++starts[pass][digit(place.key, pass) + 1];
-    sortSpace_.Resize(batch_.order.Size());
-    for (int pass = 0; pass < Passes; ++pass)
+    std::uint32_t least = ~std::uint32_t{0};
+    std::uint32_t greatest = 0;
+    for (std::size_t unit = 0; unit < units; ++unit)
     {
-        if (std::ranges::find(starts[pass], batch_.order.Size()) != std::end(starts[pass]))
-            continue;
-        for (std::uint32_t i = 0; i < Digits; ++i)
-            starts[pass][i + 1] += starts[pass][i];
-        for (const SortedPlace& place : batch_.order.Items())
-            sortSpace_[starts[pass][digit(place.key, pass)]++] = place;
-        std::swap(batch_.order, sortSpace_);
+        least = std::min(least, collected_[unit].leastKey);
+        greatest = std::max(greatest, collected_[unit].greatestKey);
     }
+    depthSort_.Start(units);
+    depthSort_.SetRange(std::min(least, greatest), greatest);
+    Share(units, alone, [&](std::size_t unit, int) { depthSort_.Count(unit, collected_[unit].triangles.Items()); });
+    const std::uint32_t count = depthSort_.Place();
+    batch_.sorted.Resize(count);
+    batch_.order.Resize(count);
+    Share(units, alone,
+          [&](std::size_t unit, int) {
+              depthSort_.Distribute(unit, collected_[unit].triangles.Items(), batch_.sorted.Data(),
+                                    batch_.order.Data());
+          });
+    Share(DepthSort::Buckets, alone,
+          [&](std::size_t bucket, int)
+          { depthSort_.SortBucket(static_cast<std::uint32_t>(bucket), batch_.order.Data()); });
 }
 
 template<typename Work>
@@ -329,7 +372,7 @@ void Pipeline::FindFacing(const Part& part, const VertexTask& task)
     }
 }
 
-void Pipeline::DrawUnits(bool alone)
+void Pipeline::DrawUnits(bool alone, bool isLast)
 {
     std::size_t done = 0;
     from_ = {};
@@ -339,9 +382,9 @@ void Pipeline::DrawUnits(bool alone)
         const std::size_t whole = SetUpRound(done, count, alone);
         const bool hasPart = whole < count && unitStates_[whole] == UnitState::Begun;
         from_ = hasPart ? unitPlaces_[whole] : UnitPlace{};
-        DrawRound(whole + (hasPart ? 1 : 0), alone);
-        TrimBins();
         done += whole;
+        DrawRound(whole + (hasPart ? 1 : 0), alone, isLast && done == batch_.units.size());
+        TrimBins();
     }
 }
 
@@ -389,30 +432,51 @@ void Pipeline::TrimBins()
 
 DriverMemory Pipeline::Memory() const
 {
-    std::size_t held = depth_.HeldBytes() + textures_.HeldBytes() + facts_.HeldBytes() + tileColors_.CapacityInBytes();
+    std::size_t held = depth_.HeldBytes() + textures_.HeldBytes() + facts_.HeldBytes() + scratch_.CapacityInBytes();
     held += HeldBy(passes_) + HeldBy(items_) + HeldBy(waiting_) + HeldBy(commands_);
     for (const Pass& pass : passes_)
         held += HeldBy(pass.lights);
-    held += planner_.HeldBytes() + sortSpace_.CapacityInBytes();
+    held += planner_.HeldBytes() + depthSort_.HeldBytes();
     held += HeldBy(bins_) + HeldBy(unitStates_) + HeldBy(unitPlaces_) + HeldBy(collected_);
     for (const Bins& bins : bins_)
         held += bins.HeldBytes();
-    for (const Buffer<SortedTriangle>& collected : collected_)
-        held += collected.CapacityInBytes();
+    for (const CollectedTriangles& collected : collected_)
+        held += collected.triangles.CapacityInBytes();
     return {held, MostBytes(most_, limits_)};
 }
 
-void Pipeline::DrawRound(std::size_t count, bool alone)
+TileOutput Pipeline::OutputOf(bool isLastRound)
 {
+    const bool isFirstRound = std::exchange(isFirstRound_, false);
+    TileOutput output;
+    output.target = target_;
+    output.depth = &depth_;
+    if (!isLastRound || averages_.state != Averages::State::Wanted)
+        return output;
+    averages_.state = Averages::State::Taken;
+    output.averages = averages_.view;
+    output.factor = averages_.factor;
+    output.averagingKernels = averagingKernels_;
+    const Command& first = commands_.front();
+    if (isFirstRound && first.kind == Command::Kind::Clear && IsClearOfAll(first.parts, first.area))
+    {
+        output.depth = nullptr;
+        isPutOff_ = true;
+    }
+    return output;
+}
+
+void Pipeline::DrawRound(std::size_t count, bool alone, bool isLast)
+{
+    const TileOutput output = OutputOf(isLast);
     const std::span<Bins> ready{bins_.data(), count};
     std::uint64_t pixels = 0;
     for (const Bins& bins : ready)
         pixels += bins.coveredPixels;
     Share(batch_.tileCount, alone && pixels < SmallPixelCount,
-          [&](std::size_t tile, int worker)
-          {
-              DrawTile(batch_, ready, static_cast<std::uint32_t>(tile), target_, depth_,
-                       tileColors_.Data() + static_cast<std::size_t>(worker) * TilePixels);
+          [&](std::size_t tile, int worker) {
+              DrawTile(batch_, ready, static_cast<std::uint32_t>(tile), output,
+                       scratch_[static_cast<std::size_t>(worker)]);
           });
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/drivers/Crew.h"
+#include "platform/drivers/rgb/DepthSort.h"
 #include "platform/drivers/rgb/Frame.h"
 #include "platform/drivers/rgb/Memory.h"
 #include "platform/drivers/rgb/MeshFacts.h"
@@ -19,7 +20,7 @@ class Pipeline
 {
 public:
     /// `threads` as Crew::Of takes them.
-    Pipeline(int threads, const Kernels& kernels, const RgbLimits& limits);
+    Pipeline(int threads, SimdLevel simd, const RgbLimits& limits);
 
     /// Nothing may be waiting. Everything is at the farthest depth from now on.
     void SetTarget(const PixelView& target);
@@ -39,6 +40,10 @@ public:
     /// Draws everything recorded but what waits to be sorted.
     void DrawRecorded();
     void Finish();
+
+    /// As Driver says. Where what was recorded begins with a clear of everything and goes through the stages at once,
+    /// tiles live in their thread's near cache only; the recording is kept then, so that the target can be drawn yet.
+    bool FinishAveraged(const PixelView& averages, int factor);
 
     /// Drops everything recorded.
     void Forget();
@@ -69,24 +74,45 @@ private:
         Whole,
     };
 
-    void RunCommand(const Command& command);
-    void RunBatch();
+    /// Averages that are taken while the last round of tiles is drawn.
+    struct Averages
+    {
+        enum class State
+        {
+            None,
+            Wanted,
+            Taken,
+        };
+        PixelView view;
+        int factor = 1;
+        State state = State::None;
+    };
+
+    bool IsClearOfAll(ClearParts parts, const PixelRect& area) const;
+    void DrawPutOff();
+    void DropRecorded();
+    void ForgetPasses();
+    void CountRecorded();
+    void EndPicture();
+    void RunRecorded();
+    void RunCommand(const Command& command, bool isLast);
+    void RunBatch(bool isLast);
+    void RequireRoom() const;
     void PlaceAndLight(bool alone);
     void FindFacing(const Part& part, const VertexTask& task);
-    void CollectWaiting(bool alone);
-    void SortWaiting();
-    void RequireRoom() const;
-    void CountRecorded();
-    void ForgetPasses();
-    void DrawUnits(bool alone);
+    void SortWaiting(bool alone);
+    void DrawUnits(bool alone, bool isLast);
     std::size_t SetUpRound(std::size_t first, std::size_t count, bool alone);
+    TileOutput OutputOf(bool isLastRound);
+    void DrawRound(std::size_t count, bool alone, bool isLast);
     void TrimBins();
-    void DrawRound(std::size_t count, bool alone);
     template<typename Work>
     void Share(std::size_t count, bool alone, Work work);
 
     std::shared_ptr<Crew> crew_;
     const Kernels& kernels_;
+    const averaging::Kernels averagingKernels_;
+    const RgbLimits limits_;
     PixelView target_;
     DepthStore depth_;
     TextureCache textures_;
@@ -99,18 +125,21 @@ private:
     std::vector<RecordedItem> waiting_;
     std::size_t firstWaiting_ = 0; ///< those before have their command
     std::vector<Command> commands_;
+    bool isPutOff_ = false; ///< all of it is in the averages that were taken, and not yet in the target
+
+    Averages averages_;
+    bool isFirstRound_ = false; ///< nothing of what was recorded has been drawn yet
 
     // Work space.
     Batch batch_;
     Planner planner_;
     std::vector<Bins> bins_;
-    std::vector<UnitState> unitStates_;             ///< of the round
-    std::vector<UnitPlace> unitPlaces_;             ///< where each of them stopped
-    UnitPlace from_;                                ///< where the next round starts within its first unit
-    Buffer<std::uint32_t> tileColors_;              ///< room for a tile for each thread
-    std::vector<Buffer<SortedTriangle>> collected_; ///< for each waiting unit
-    Buffer<SortedPlace> sortSpace_;
-    RgbLimits limits_;
+    std::vector<UnitState> unitStates_;         ///< of the round
+    std::vector<UnitPlace> unitPlaces_;         ///< where each of them stopped
+    UnitPlace from_;                            ///< where the next round starts within its first unit
+    Buffer<TileScratch> scratch_;               ///< for each thread
+    std::vector<CollectedTriangles> collected_; ///< for each waiting unit
+    DepthSort depthSort_;
     WorkCounts most_; ///< so far
 };
 

@@ -2,7 +2,6 @@
 #include "platform/drivers/rgb/RgbDriver.h"
 
 #include "platform/automation/RuntimeError.h"
-#include "platform/drivers/rgb/KernelSets.h"
 #include "platform/drivers/rgb/Pipeline.h"
 
 #include <algorithm>
@@ -68,7 +67,7 @@ class RgbDriver final : public Driver
 {
 public:
     explicit RgbDriver(const RgbOptions& options)
-        : options_(options), pipeline_(options.threads, KernelsFor(options.simd), options.limits)
+        : options_(options), pipeline_(options.threads, options.simd, options.limits)
     {
     }
 
@@ -136,6 +135,18 @@ public:
     void Finish() override
     {
         Guarded([&] { pipeline_.Finish(); });
+    }
+
+    void FinishLater() override
+    {
+        Guarded([&] { pipeline_.DrawWaiting(); });
+    }
+
+    bool FinishAveraged(const PixelView& averages, int factor) override
+    {
+        bool isDone = false;
+        Guarded([&] { isDone = pipeline_.FinishAveraged(averages, factor); });
+        return isDone;
     }
 
     DriverMemory Memory() const override { return pipeline_.Memory(); }

@@ -34,8 +34,12 @@ struct RgbOptions
 /// A driver that draws what Driver.h says. Work is put off until Finish (or SetTarget); until then it keeps the meshes
 /// that were drawn alive. Helper threads start with the first large picture and end with the driver.
 ///
+/// A picture that begins with a clear of everything, goes through the stages at once and is finished by its averages
+/// (of 1, 2, 4, 8 or 16 samples each way) touches neither the target nor the depth buffer. What was recorded is kept
+/// for Finish until the next such clear.
+///
 /// Memory beside the pixels: 4.1 bytes a pixel for depth, up to 64 a vertex of the largest mesh (or of a million, where
-/// all are smaller), 96 MiB of triangles in bins and for what waits to be sorted 150 a triangle; rgb/Memory.h has the
+/// all are smaller), 96 MiB of triangles in bins and for what waits to be sorted 138 a triangle; rgb/Memory.h has the
 /// whole formula, and Driver::Memory what it comes to. Errors while drawing: RMBadAlloc beyond `limits`.
 std::unique_ptr<Driver> MakeRgbDriver(const RgbOptions& options = {});
 

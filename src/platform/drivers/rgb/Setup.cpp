@@ -429,7 +429,7 @@ double DepthSum(const Part& part, const std::uint32_t* indices)
     return x * m.m[0][2] + y * m.m[1][2] + z * m.m[2][2] + 3 * m.m[3][2];
 }
 
-void CollectSorted(const Batch& batch, const Segment& segment, Buffer<SortedTriangle>& sorted)
+void CollectSorted(const Batch& batch, const Segment& segment, CollectedTriangles& collected)
 {
     const DrawState& state = batch.states[segment.state];
     const Part& part = batch.parts[state.part];
@@ -441,7 +441,7 @@ void CollectSorted(const Batch& batch, const Segment& segment, Buffer<SortedTria
         const std::uint32_t kept = batch.kernels->cullTriangles(
             indices + 3 * std::size_t{first}, std::min(TriangleSurvivors::Capacity, segment.count - done),
             part.vertexBase, batch.vertices.positions.Data(), state, survivors);
-        sorted.Reserve(sorted.Size() + kept);
+        collected.triangles.Reserve(collected.triangles.Size() + kept);
         for (std::uint32_t i = 0; i < kept; ++i)
         {
             const std::uint32_t triangle = first + static_cast<std::uint32_t>(survivors.triangle[i]);
@@ -449,11 +449,14 @@ void CollectSorted(const Batch& batch, const Segment& segment, Buffer<SortedTria
             if (!std::isfinite(depth) || !IsTranslucent(batch, state, triangle))
                 continue;
             const std::array<std::uint32_t, 3> corners = survivors.Corners(i);
-            sorted.Append({{corners[0], corners[1], corners[2]},
-                           segment.state,
-                           triangle,
-                           static_cast<std::uint32_t>(survivors.tiles[i]),
-                           DescendingKey(depth)});
+            const std::uint32_t key = DescendingKey(depth);
+            collected.leastKey = std::min(collected.leastKey, key);
+            collected.greatestKey = std::max(collected.greatestKey, key);
+            collected.triangles.AppendReserved({{corners[0], corners[1], corners[2]},
+                                                segment.state,
+                                                triangle,
+                                                static_cast<std::uint32_t>(survivors.tiles[i]),
+                                                key});
         }
     }
 }
@@ -478,11 +481,13 @@ UnitPlace SetUpUnit(const Batch& batch, const WorkUnit& unit, UnitPlace from, st
     return place;
 }
 
-void CollectSorted(const Batch& batch, const WorkUnit& unit, Buffer<SortedTriangle>& sorted)
+void CollectSorted(const Batch& batch, const WorkUnit& unit, CollectedTriangles& collected)
 {
-    sorted.Clear();
+    collected.triangles.Clear();
+    collected.leastKey = ~std::uint32_t{0};
+    collected.greatestKey = 0;
     for (const Segment& segment : batch.SegmentsOf(unit))
-        CollectSorted(batch, segment, sorted);
+        CollectSorted(batch, segment, collected);
 }
 
 } // namespace lumora::rgb

@@ -13,7 +13,7 @@ inline constexpr std::uint32_t MostPrimitives = 4096;
 /// primitive more may overshoot. Answers where it stopped: a place behind the last segment when all are there.
 UnitPlace SetUpUnit(const Batch& batch, const WorkUnit& unit, UnitPlace from, std::size_t mostPairs, Bins& bins);
 
-/// Fills `sorted` with those translucent triangles of `unit` that may be seen.
-void CollectSorted(const Batch& batch, const WorkUnit& unit, Buffer<SortedTriangle>& sorted);
+/// Fills `collected` with those translucent triangles of `unit` that may be seen.
+void CollectSorted(const Batch& batch, const WorkUnit& unit, CollectedTriangles& collected);
 
 } // namespace lumora::rgb

@@ -20,13 +20,15 @@ namespace
 class TilePainter
 {
 public:
-    TilePainter(const Batch& batch, std::uint32_t tile, const PixelView& target, DepthStore& depth,
-                std::uint32_t* colors)
-        : batch_(batch), target_(target),
-          isDepthClear_(depth.IsClear(tile)), view_{colors, depth.Depths(tile), depth.BlockFarthest(tile),
-                                                    static_cast<int>(tile) % batch.tilesPerRow * TileSize,
-                                                    static_cast<int>(tile) / batch.tilesPerRow * TileSize},
-          bounds_(Intersection(target.Bounds(), {view_.left, view_.top, view_.left + TileSize, view_.top + TileSize}))
+    TilePainter(const Batch& batch, std::uint32_t tile, const TileOutput& output, TileScratch& scratch)
+        : batch_(batch), output_(output),
+          isDepthClear_(output.depth != nullptr ? output.depth->IsClear(tile) : scratch.isDepthClear),
+          view_{scratch.colors, output.depth != nullptr ? output.depth->Depths(tile) : scratch.depths,
+                output.depth != nullptr ? output.depth->BlockFarthest(tile) : scratch.blockFarthest,
+                static_cast<int>(tile) % batch.tilesPerRow * TileSize,
+                static_cast<int>(tile) / batch.tilesPerRow * TileSize},
+          bounds_(Intersection(output.target.Bounds(),
+                               {view_.left, view_.top, view_.left + TileSize, view_.top + TileSize}))
     {
     }
 
@@ -54,18 +56,12 @@ public:
         }
     }
 
-    void Finish()
+    void Finish() const
     {
-        if (colors_ == Colors::Untouched)
-            return;
-        for (int y = bounds_.top; y < bounds_.bottom; ++y)
-        {
-            std::uint32_t* row = target_.Row(y) + bounds_.left;
-            if (colors_ == Colors::Cleared)
-                std::fill_n(row, bounds_.Width(), clearColor_);
-            else
-                std::copy_n(view_.colors + (y - view_.top) * TileSize, bounds_.Width(), row);
-        }
+        if (output_.depth != nullptr)
+            Store();
+        if (output_.averages.pixels != nullptr)
+            Average();
     }
 
 private:
@@ -75,6 +71,42 @@ private:
         Cleared,   ///< all clearColor_
         Loaded,    ///< in the tile
     };
+
+    void Store() const
+    {
+        if (colors_ == Colors::Untouched)
+            return;
+        for (int y = bounds_.top; y < bounds_.bottom; ++y)
+        {
+            std::uint32_t* row = output_.target.Row(y) + bounds_.left;
+            if (colors_ == Colors::Cleared)
+                std::fill_n(row, bounds_.Width(), clearColor_);
+            else
+                std::copy_n(view_.colors + (y - view_.top) * TileSize, bounds_.Width(), row);
+        }
+    }
+
+    /// Tiles begin and end between blocks, so that none needs its neighbours.
+    void Average() const
+    {
+        const int factor = output_.factor;
+        const int left = bounds_.left / factor;
+        const int count = std::min(bounds_.right / factor, output_.averages.width) - left;
+        const int bottom = std::min(bounds_.bottom / factor, output_.averages.height);
+        if (count < 1)
+            return;
+        const bool isLoaded = colors_ == Colors::Loaded;
+        const std::uint32_t* source = isLoaded ? view_.colors : output_.target.Row(bounds_.top) + bounds_.left;
+        const std::ptrdiff_t pitch = isLoaded ? TileSize : output_.target.pitch;
+        for (int y = bounds_.top / factor; y < bottom; ++y, source += factor * pitch)
+        {
+            std::uint32_t* const row = output_.averages.Row(y) + left;
+            if (colors_ == Colors::Cleared)
+                std::fill_n(row, count, clearColor_ & 0xFFFFFF);
+            else
+                output_.averagingKernels.Average(factor, source, pitch, count, row);
+        }
+    }
 
     void Clear(const DrawState& state)
     {
@@ -117,7 +149,8 @@ private:
             std::fill_n(view_.colors, TilePixels, clearColor_);
         else if (colors_ == Colors::Untouched)
             for (int y = bounds_.top; y < bounds_.bottom; ++y)
-                std::copy_n(target_.Row(y) + bounds_.left, bounds_.Width(), view_.colors + (y - view_.top) * TileSize);
+                std::copy_n(output_.target.Row(y) + bounds_.left, bounds_.Width(),
+                            view_.colors + (y - view_.top) * TileSize);
         colors_ = Colors::Loaded;
     }
 
@@ -131,7 +164,7 @@ private:
     }
 
     const Batch& batch_;
-    const PixelView& target_;
+    const TileOutput& output_;
     std::uint8_t& isDepthClear_;
     TileView view_;
     PixelRect bounds_;
@@ -141,10 +174,10 @@ private:
 
 } // namespace
 
-void DrawTile(const Batch& batch, std::span<Bins> bins, std::uint32_t tile, const PixelView& target, DepthStore& depth,
-              std::uint32_t* colors)
+void DrawTile(const Batch& batch, std::span<Bins> bins, std::uint32_t tile, const TileOutput& output,
+              TileScratch& scratch)
 {
-    TilePainter painter{batch, tile, target, depth, colors};
+    TilePainter painter{batch, tile, output, scratch};
     for (const Bins& unit : bins)
         painter.Draw(unit, unit.offsets[tile], unit.offsets[tile + 1]);
     painter.Finish();

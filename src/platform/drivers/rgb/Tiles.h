@@ -1,6 +1,7 @@
 // The tile stage: a tile's bins, unit after unit, into its color and depth.
 #pragma once
 
+#include "platform/drivers/AveragingKernels.h"
 #include "platform/drivers/rgb/Frame.h"
 
 #include <cstddef>
@@ -33,8 +34,29 @@ private:
     Buffer<std::uint8_t> isClear_;
 };
 
-/// Draws what all of `bins` have for one tile. `colors` is room for the tile's pixels.
-void DrawTile(const Batch& batch, std::span<Bins> bins, std::uint32_t tile, const PixelView& target, DepthStore& depth,
-              std::uint32_t* colors);
+/// Room for one tile for each thread, in its near cache.
+struct TileScratch
+{
+    alignas(64) std::uint32_t colors[TilePixels];
+    float depths[TilePixels];
+    float blockFarthest[BlocksPerTile];
+    std::uint8_t isDepthClear;
+};
+
+/// Where a tile goes once it is drawn.
+struct TileOutput
+{
+    PixelView target;
+    /// Null when neither the target nor its depths take the tile. Then the first thing in the bins clears all of it.
+    DepthStore* depth = nullptr;
+    /// Without pixels when no averages are wanted.
+    PixelView averages;
+    int factor = 1; ///< a divisor of TileSize
+    averaging::Kernels averagingKernels{};
+};
+
+/// Draws what all of `bins` have for one tile.
+void DrawTile(const Batch& batch, std::span<Bins> bins, std::uint32_t tile, const TileOutput& output,
+              TileScratch& scratch);
 
 } // namespace lumora::rgb

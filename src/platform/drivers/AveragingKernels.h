@@ -17,7 +17,13 @@ struct Kernels
 {
     AverageRow two;  ///< blocks of 2 by 2
     AverageRow four; ///< blocks of 4 by 4
+
+    /// Blocks of any size up to 16 by 16.
+    void Average(int factor, const std::uint32_t* source, std::ptrdiff_t pitch, int count, std::uint32_t* target) const;
 };
+
+/// Of a level; where the machine or the build lacks it, the best there is.
+Kernels KernelsFor(SimdLevel level);
 
 /// Without vector instructions.
 Kernels PlainKernels();

@@ -1,6 +1,5 @@
 // Averages of blocks, against their definition.
-#include "viewport/Averaging.h"
-
+#include "platform/drivers/Averaging.h"
 #include "platform/drivers/rgb/RgbDriver.h"
 
 #include <cmath>

@@ -1,10 +1,10 @@
 // Software anti-aliasing: the exact average of blocks of pixels.
 #pragma once
 
+#include "platform/drivers/AveragingKernels.h"
 #include "platform/drivers/Crew.h"
 #include "platform/drivers/PixelView.h"
 #include "platform/drivers/SimdLevel.h"
-#include "viewport/AveragingKernels.h"
 
 namespace lumora
 {
@@ -14,12 +14,15 @@ namespace lumora
 class BlockAverager
 {
 public:
+    static constexpr int LargestFactor = 16;
+
     /// Where the machine or the build lacks the level, the best one is taken.
     explicit BlockAverager(std::shared_ptr<Crew> crew = Crew::Of(0), SimdLevel simd = SimdLevel::Best);
 
     /// Averages each complete block of `factor` by `factor` pixels of `source` into one pixel of `target`: per channel
     /// the sum divided by the number of samples, to nearest with halves to even; the fourth byte is 0. Pixels of
-    /// `target` that no complete block maps to are left alone. `factor` is 1 to 16. The two must not overlap.
+    /// `target` that no complete block maps to are left alone. `factor` is 1 to LargestFactor. The two must not
+    /// overlap.
     void Average(const PixelView& source, int factor, const PixelView& target);
 
 private:

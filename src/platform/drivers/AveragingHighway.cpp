@@ -2,7 +2,7 @@
 //
 // Blue and red lie in the two halves of a 32-bit lane, green in the half of another: a half has room for the sum of all
 // samples (16 * 255), so that columns are added lane by lane and neighbours by taking even and odd lanes apart.
-#include "viewport/AveragingKernels.h"
+#include "platform/drivers/AveragingKernels.h"
 
 // The same choice as the rasteriser's.
 #define LUMORA_UNUSED_LEVELS (HWY_SSSE3 | HWY_AVX3_DL | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
@@ -13,7 +13,7 @@
 #endif
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "viewport/AveragingHighway.cpp"
+#define HWY_TARGET_INCLUDE "platform/drivers/AveragingHighway.cpp"
 // The order matters.
 // clang-format off
 #include <hwy/foreach_target.h>

@@ -1,4 +1,4 @@
-#include "viewport/Averaging.h"
+#include "platform/drivers/Averaging.h"
 
 #include <algorithm>
 #include <utility>
@@ -56,21 +56,32 @@ inline void AverageRowPlain(const std::uint32_t* source, std::ptrdiff_t pitch, i
     }
 }
 
-averaging::Kernels KernelsFor([[maybe_unused]] SimdLevel level)
+} // namespace
+
+void averaging::Kernels::Average(int factor, const std::uint32_t* source, std::ptrdiff_t pitch, int count,
+                                 std::uint32_t* target) const
+{
+    if (factor == 2)
+        two(source, pitch, count, target);
+    else if (factor == 4)
+        four(source, pitch, count, target);
+    else
+        AverageRowPlain(source, pitch, factor, count, target);
+}
+
+averaging::Kernels averaging::KernelsFor([[maybe_unused]] SimdLevel level)
 {
 #ifdef LUMORA_HAS_HIGHWAY
     if (level != SimdLevel::Plain)
     {
-        if (const averaging::Kernels wanted = averaging::HighwayKernels(level); wanted.two != nullptr)
+        if (const Kernels wanted = HighwayKernels(level); wanted.two != nullptr)
             return wanted;
-        if (const averaging::Kernels best = averaging::HighwayKernels(SimdLevel::Best); best.two != nullptr)
+        if (const Kernels best = HighwayKernels(SimdLevel::Best); best.two != nullptr)
             return best;
     }
 #endif
-    return averaging::PlainKernels();
+    return PlainKernels();
 }
-
-} // namespace
 
 averaging::Kernels averaging::PlainKernels()
 {
@@ -81,7 +92,7 @@ averaging::Kernels averaging::PlainKernels()
 }
 
 BlockAverager::BlockAverager(std::shared_ptr<Crew> crew, SimdLevel simd)
-    : crew_(std::move(crew)), kernels_(KernelsFor(simd))
+    : crew_(std::move(crew)), kernels_(averaging::KernelsFor(simd))
 {
 }
 
@@ -91,23 +102,13 @@ void BlockAverager::Average(const PixelView& source, int factor, const PixelView
     const int height = std::min(source.height / factor, target.height);
     if (width < 1 || height < 1)
         return;
-    const auto averageRow = [&](int y)
-    {
-        const std::uint32_t* const from = source.Row(y * factor);
-        if (factor == 2)
-            kernels_.two(from, source.pitch, width, target.Row(y));
-        else if (factor == 4)
-            kernels_.four(from, source.pitch, width, target.Row(y));
-        else
-            AverageRowPlain(from, source.pitch, factor, width, target.Row(y));
-    };
     const std::int64_t pixelsOfRow = std::int64_t{width} * factor * factor;
     const int unitRows = static_cast<int>(std::clamp<std::int64_t>(UnitPixelCount / pixelsOfRow, 1, height));
     auto averageRows = [&](std::size_t unit, int)
     {
         const int first = static_cast<int>(unit) * unitRows;
         for (int y = first; y < std::min(first + unitRows, height); ++y)
-            averageRow(y);
+            kernels_.Average(factor, source.Row(y * factor), source.pitch, width, target.Row(y));
     };
     const int units = (height + unitRows - 1) / unitRows;
     crew_->Run(static_cast<std::size_t>(units), pixelsOfRow * height < SmallPixelCount, averageRows);
