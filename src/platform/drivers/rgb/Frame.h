@@ -303,6 +303,23 @@ struct TriangleSurvivors
     }
 };
 
+inline constexpr int LineWork = 16; ///< that a line is beside its pixels, in coveredPixels
+
+/// Edges that are drawn, up to as many as a triangle batch has triangles.
+struct LineSurvivors
+{
+    static constexpr std::uint32_t Capacity = 256;
+    static constexpr std::uint32_t Slack = 16; ///< vector stores may write this far beyond the last
+    static constexpr std::int32_t Unfinished = -1;
+
+    // Ends as indices of positions, the edge counted from the first one given, and the tile in bytes as those of
+    // triangles are, left and top, or Unfinished where there are several or an end lies outside the viewport.
+    std::int32_t a[Capacity + Slack], b[Capacity + Slack];
+    std::int32_t edge[Capacity + Slack];
+    std::int32_t tile[Capacity + Slack];
+    std::uint64_t coveredPixels; ///< by those that are finished: how much work they are
+};
+
 /// What one instruction set does its own way. All of them compute the same bytes.
 struct Kernels
 {
@@ -316,6 +333,11 @@ struct Kernels
     std::uint32_t (*cullTriangles)(const std::uint32_t* indices, std::uint32_t count, std::uint32_t vertexBase,
                                    const ScreenPosition* positions, const DrawState& state,
                                    TriangleSurvivors& survivors);
+    /// Drops edges whose triangles are all culled (`isCulled` by triangle; nothing: none is) and lines beside the
+    /// state's area.
+    std::uint32_t (*cullEdges)(const DrawMesh::Edge* edges, std::uint32_t count, std::uint32_t vertexBase,
+                               const std::uint8_t* isCulled, const ScreenPosition* positions, const PixelRect& viewport,
+                               const PixelRect& area, LineSurvivors& survivors);
     DrawRun drawTriangles[SurfaceCount][BlendingCount][2]; ///< the last index: with fog
     DrawRun drawLines[BlendingCount][2];                   ///< also points
 };

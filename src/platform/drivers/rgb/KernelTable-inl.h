@@ -21,6 +21,7 @@ inline Kernels MakeKernels()
     table.light = LightVertices;
     table.lightFaces = LightFaces;
     table.cullTriangles = CullTriangles;
+    table.cullEdges = CullEdges;
     FillSurface<false>(table, Surface::Plain);
     for (int surface = 1; surface < SurfaceCount; ++surface)
         FillSurface<true>(table, static_cast<Surface>(surface));

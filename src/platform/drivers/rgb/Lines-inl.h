@@ -72,69 +72,46 @@ struct LineList
     }
 };
 
-inline std::int64_t FloorDivided(std::int64_t dividend, std::int64_t divisor)
-{
-    const std::int64_t quotient = dividend / divisor;
-    return dividend % divisor < 0 ? quotient - 1 : quotient;
-}
-
 /// Place and steps of any line.
 LANES_NOINLINE void SetLine(LineList& list, int lane, const TileView& tile, const PixelRect& limits)
 {
-    const ScreenPosition& start = list.ends[0][lane];
-    const ScreenPosition& end = list.ends[1][lane];
-    const std::int64_t dx = std::int64_t{end.x} - start.x;
-    const std::int64_t dy = std::int64_t{end.y} - start.y;
-    const bool isXMajor = std::abs(dx) >= std::abs(dy);
-    const PixelRect turned = isXMajor ? limits : PixelRect{limits.top, limits.left, limits.bottom, limits.right};
-    const std::int64_t startX = start.x - tile.left * SubPixels;
-    const std::int64_t startY = start.y - tile.top * SubPixels;
-    const std::int64_t from = isXMajor ? startX : startY;
-    const std::int64_t way = isXMajor ? dx : dy;
-    const std::int64_t beside = (isXMajor ? startY : startX) + SubPixels / 2;
-    const std::int64_t lowest = (std::min(from, from + way) + SubPixels - 1) >> SubPixelShift;
-    const std::int64_t highest = (std::max(from, from + way) + SubPixels - 1) >> SubPixelShift;
-    const bool isPoint = lowest == highest;
-    const std::int64_t nearest = (from + SubPixels / 2) >> SubPixelShift;
-    const std::int64_t length = isPoint ? 1 : std::abs(way);
-    const std::int64_t rise = isPoint ? 0 : (isXMajor ? dy : dx) * (way < 0 ? -1 : 1);
-    const std::int64_t low = std::max<std::int64_t>(isPoint ? nearest : lowest, turned.left);
-    const std::int64_t high = std::min<std::int64_t>(isPoint ? nearest + 1 : highest, turned.right);
-    const std::int64_t covered = isPoint ? 0 : low * SubPixels - from;
-    const std::int64_t place = (beside * length + rise * covered) >> SubPixelShift;
-    const std::int64_t across = FloorDivided(place, length);
-    const std::int64_t rest = place - across * length;
+    const LineSteps line{list.ends[0][lane], list.ends[1][lane], tile.left, tile.top};
+    const PixelRect turned = line.Turned(limits);
+    const std::int64_t low = std::max<std::int64_t>(line.first, turned.left);
+    const std::int64_t high = std::min<std::int64_t>(line.stop, turned.right);
+    const std::int64_t across = line.Across(low);
+    const std::int64_t rest = line.Numerator(low) - across * line.length;
     // The first step at which the line has come to some place across.
-    const auto stepAt = [=](std::int64_t pixel)
+    const auto stepAt = [&](std::int64_t pixel)
     {
-        const std::int64_t left = (pixel - across) * length - rest;
-        return rise > 0 ? FloorDivided(left + rise - 1, rise) : FloorDivided(-left, -rise) + 1;
+        const std::int64_t left = (pixel - across) * line.length - rest;
+        return line.rise > 0 ? FloorDivided(left + line.rise - 1, line.rise) : FloorDivided(-left, -line.rise) + 1;
     };
     std::int64_t begin = 0;
-    std::int64_t stop = high - low;
-    if (rise != 0)
+    std::int64_t end = high - low;
+    if (line.rise != 0)
     {
-        begin = std::max(begin, stepAt(rise > 0 ? turned.top : turned.bottom));
-        stop = std::min(stop, stepAt(rise > 0 ? turned.bottom : turned.top));
+        begin = std::max(begin, stepAt(line.rise > 0 ? turned.top : turned.bottom));
+        end = std::min(end, stepAt(line.rise > 0 ? turned.bottom : turned.top));
     }
     else if (across < turned.top || across >= turned.bottom)
     {
-        stop = 0;
+        end = 0;
     }
-    const std::int64_t alongStep = isXMajor ? 1 : TileSize;
-    const std::int64_t acrossStep = isXMajor ? TileSize : 1;
+    const std::int64_t alongStep = line.isXMajor ? 1 : TileSize;
+    const std::int64_t acrossStep = line.isXMajor ? TileSize : 1;
     const auto set = [&](LineList::Row row, std::int64_t value) { list.rows[row][lane] = static_cast<float>(value); };
     set(LineList::FirstPixel, low * alongStep + across * acrossStep);
     set(LineList::Along, alongStep);
     set(LineList::Across, acrossStep);
     set(LineList::Rest, rest);
-    set(LineList::Rise, rise);
-    set(LineList::Covered, covered);
-    set(LineList::Length, isPoint ? 1 : way);
-    list.rows[LineList::InverseLength][lane] = 1.0F / static_cast<float>(length);
+    set(LineList::Rise, line.rise);
+    set(LineList::Covered, line.isPoint ? 0 : low * SubPixels - line.from);
+    set(LineList::Length, line.isPoint ? 1 : line.way);
+    list.rows[LineList::InverseLength][lane] = 1.0F / static_cast<float>(line.length);
     list.firstStep[lane] = static_cast<std::int32_t>(begin);
-    list.stepCount[lane] = static_cast<std::int32_t>(std::max<std::int64_t>(stop - begin, 0));
-    list.hasLong = list.hasLong || length > ShortLine;
+    list.stepCount[lane] = static_cast<std::int32_t>(std::max<std::int64_t>(end - begin, 0));
+    list.hasLong = list.hasLong || line.length > ShortLine;
 }
 
 /// Places and steps of a vector of lines. Answers those, a bit for each, that are long or leave the limits across: they
@@ -258,8 +235,9 @@ private:
 
 /// Shades and stores what was listed.
 template<Blending B, bool Fog>
-LANES_INLINE void DrawLinePixels(const TileView& tile, const DrawState& state, const LineList& list)
+LANES_INLINE void DrawLinePixels(const TileView& to, const DrawState& state, const LineList& list)
 {
+    const TileView tile = to; // a copy that no store can change
     // Where shading costs more than a look at the depth that is there.
     constexpr bool LooksFirst = B != Blending::Opaque || Fog;
     const Ints laneBits = Splat(LaneCount - 1);

@@ -2,6 +2,7 @@
 #include "platform/drivers/rgb/Setup.h"
 
 #include "platform/drivers/rgb/Clipping.h"
+#include "platform/drivers/rgb/LineSteps.h"
 
 #include <algorithm>
 #include <array>
@@ -275,16 +276,39 @@ private:
 
     void AddLines(const Segment& segment)
     {
-        const DrawMesh& mesh = Mesh();
         const Part& part = CurrentPart();
-        const std::uint8_t* isCulled = batch_.isCulled.Data();
-        for (std::uint32_t i = segment.first; i < segment.first + segment.count; ++i)
+        const DrawMesh::Edge* edges = Mesh().edges.data() + segment.first;
+        const std::uint8_t* isCulled =
+            State().cull == CullMode::None ? nullptr : batch_.isCulled.Data() + part.facingBase;
+        for (std::uint32_t first = 0; first < segment.count; first += LineSurvivors::Capacity)
         {
-            const DrawMesh::Edge& edge = mesh.edges[i];
-            if (State().cull != CullMode::None && isCulled[edge.triangleA + part.facingBase] != 0 &&
-                (edge.triangleB == DrawMesh::NoFace || isCulled[edge.triangleB + part.facingBase] != 0))
+            const std::uint32_t count = std::min(LineSurvivors::Capacity, segment.count - first);
+            const std::uint32_t kept =
+                batch_.kernels->cullEdges(edges + first, count, part.vertexBase, isCulled,
+                                          batch_.vertices.positions.Data(), part.pass->viewport, State().area, lines_);
+            bins_.coveredPixels += lines_.coveredPixels;
+            AddLineSurvivors(kept, edges + first);
+        }
+    }
+
+    void AddLineSurvivors(std::uint32_t count, const DrawMesh::Edge* edges)
+    {
+        bins_.records.Reserve(bins_.records.Size() + count);
+        const bool isFlat = State().isFlat;
+        for (std::uint32_t i = 0; i < count; ++i)
+        {
+            const auto a = static_cast<std::uint32_t>(lines_.a[i]);
+            const auto b = static_cast<std::uint32_t>(lines_.b[i]);
+            const std::uint32_t face = isFlat ? FaceOf(edges[lines_.edge[i]].triangleA) : 0;
+            const std::int32_t tile = lines_.tile[i];
+            if (tile == LineSurvivors::Unfinished)
+            {
+                AddLine(a, b, face);
                 continue;
-            AddLine(edge.vertexA + part.vertexBase, edge.vertexB + part.vertexBase, FaceOf(edge.triangleA));
+            }
+            const auto number = static_cast<std::uint32_t>(bins_.records.Size());
+            bins_.records.AppendReserved({{a, b, a}, face, state_});
+            bins_.pairs.Append(TileNumber(tile & 0xFF, tile >> 8) << 16 | number);
         }
     }
 
@@ -311,29 +335,29 @@ private:
 
     void AddPlacedLine(const Record& record, const ScreenPosition& from, const ScreenPosition& to)
     {
-        // Minor coordinates are rounded: a line reaches half a pixel beyond its box, and one more for rounding.
-        const auto [left, right] = std::minmax(from.x, to.x);
-        const auto [top, bottom] = std::minmax(from.y, to.y);
-        const PixelRect pixels = Intersection(
-            PixelsIn(left - SubPixels, top - SubPixels, right + SubPixels, bottom + SubPixels), State().area);
-        if (pixels.IsEmpty())
-            return;
-        const std::uint32_t number = Append(record);
-        bins_.coveredPixels += static_cast<std::uint64_t>(16 + 4 * (pixels.Width() + pixels.Height()));
-        const TileRange tiles{pixels};
-        if (tiles.IsOne())
-            return bins_.pairs.Append(TileNumber(tiles.left, tiles.top) << 16 | number);
-        const std::int64_t dx = std::int64_t{to.x} - from.x;
-        const std::int64_t dy = std::int64_t{to.y} - from.y;
-        const std::int64_t reach = (std::abs(dx) + std::abs(dy)) * (TileSize / 2 + 1) * SubPixels;
-        for (int y = tiles.top; y <= tiles.bottom; ++y)
-            for (int x = tiles.left; x <= tiles.right; ++x)
+        const LineSteps line{from, to, 0, 0};
+        const PixelRect limits = line.Turned(State().area);
+        const int first = static_cast<int>(std::max<std::int64_t>(line.first, limits.left));
+        const int last = static_cast<int>(std::min<std::int64_t>(line.stop, limits.right)) - 1;
+        constexpr std::uint32_t None = ~0U;
+        std::uint32_t number = None;
+        for (int along = first >> TileShift; along <= last >> TileShift && first <= last; ++along)
+        {
+            // Where the line runs in this row or column of tiles.
+            const auto begin = static_cast<int>(line.Across(std::max(first, along << TileShift)));
+            const auto end = static_cast<int>(line.Across(std::min(last, (along << TileShift) + TileSize - 1)));
+            const int top = std::max(std::min(begin, end), limits.top);
+            const int bottom = std::min(std::max(begin, end), limits.bottom - 1);
+            for (int across = top >> TileShift; across <= bottom >> TileShift && top <= bottom; ++across)
             {
-                const std::int64_t centreX = (std::int64_t{x} * TileSize + TileSize / 2) * SubPixels;
-                const std::int64_t centreY = (std::int64_t{y} * TileSize + TileSize / 2) * SubPixels;
-                if (std::abs(Cross(from, to, centreX, centreY)) <= reach)
-                    bins_.pairs.Append(TileNumber(x, y) << 16 | number);
+                if (number == None)
+                    number = Append(record);
+                bins_.pairs.Append((line.isXMajor ? TileNumber(along, across) : TileNumber(across, along)) << 16 |
+                                   number);
             }
+        }
+        if (number != None)
+            bins_.coveredPixels += static_cast<std::uint64_t>(LineWork + 4 * (last - first));
     }
 
     void AddPoints(const Segment& segment)
@@ -380,6 +404,7 @@ private:
     Bins& bins_;
     std::uint32_t state_ = 0;
     TriangleSurvivors survivors_;
+    LineSurvivors lines_;
 };
 
 /// Larger floats become smaller keys.
