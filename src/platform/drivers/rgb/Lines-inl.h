@@ -191,24 +191,34 @@ LANES_INLINE void SetUpLines(LineList& list, int lines, const TileView& tile, co
         SetLine(list, std::countr_zero(others), tile, limits);
 }
 
-/// What shading reads of lines: corner 1 is the end, corner 2 counts for nothing.
+/// A value at a line's start, and how much more its end has.
+struct LineAttribute
+{
+    Floats base, toSecond;
+};
+
+template<Interpolation>
+LANES_INLINE Floats At(const LineAttribute& a, const Weights& weights)
+{
+    return a.base + weights.second * a.toSecond;
+}
+
+/// What shading reads of lines: corner 1 is the end, there is no corner 2.
 class LineValues
 {
 public:
-    AttributeLanes inverseW, eyeDepth, u, v;
+    LineAttribute inverseW, eyeDepth;
     Floats secondW, thirdW;
 
     LANES_INLINE LineValues(const LineList& from, Ints lines) : from_(from), order_(LaneOrderOf(lines))
     {
         inverseW = Attribute(LineList::InverseW);
         eyeDepth = Attribute(LineList::EyeDepth);
-        u = v = eyeDepth; // nobody's
-        secondW = Row(LineList::SecondW);
-        thirdW = Splat(0.0F);
+        secondW = thirdW = Row(LineList::SecondW);
     }
     LANES_INLINE Floats Row(int row) const { return ByLane(from_.rows[row], order_); }
-    LANES_INLINE AttributeLanes Attribute(int row) const { return {Row(row), Row(row + 1), Splat(0.0F)}; }
-    LANES_INLINE AttributeLanes Color(int channel) const { return Attribute(LineList::Colors + 2 * channel); }
+    LANES_INLINE LineAttribute Attribute(int row) const { return {Row(row), Row(row + 1)}; }
+    LANES_INLINE LineAttribute Color(int channel) const { return Attribute(LineList::Colors + 2 * channel); }
 
     /// The pixels in the tile.
     LANES_INLINE Ints PixelsAt(Ints step) const
@@ -232,6 +242,25 @@ private:
     const LineList& from_;
     LaneOrder order_;
 };
+
+/// StoreFragments without a branch: where lines cross each other nobody can tell which pixels are hidden. Depths are
+/// not negative, so that their bits are in their order.
+LANES_INLINE void StoreLinePixels(const TileView& tile, const std::int32_t* pixel, int count, Floats depth, Ints color)
+{
+    std::uint32_t depths[LaneCount];
+    std::uint32_t colors[LaneCount];
+    Store(BitsOf(depth), depths);
+    Store(color, colors);
+    for (int i = 0; i < count; ++i)
+    {
+        float& depthThere = tile.depths[pixel[i]];
+        std::uint32_t& colorThere = tile.colors[pixel[i]];
+        const std::uint32_t farther = std::bit_cast<std::uint32_t>(depthThere) - depths[i];
+        const auto isHidden = static_cast<std::uint32_t>(static_cast<std::int32_t>(farther) >> 31); // 0 or all ones
+        depthThere = std::bit_cast<float>(depths[i] + (farther & isHidden));
+        colorThere = colors[i] ^ ((colors[i] ^ colorThere) & isHidden);
+    }
+}
 
 /// Shades and stores what was listed.
 template<Blending B, bool Fog>
@@ -259,8 +288,8 @@ LANES_INLINE void DrawLinePixels(const TileView& to, const DrawState& state, con
         const Floats zero = Splat(0.0F);
         const Floats along =
             (values.Row(LineList::Covered) + ToFloats(ShiftedLeft<SubPixelShift>(step))) / values.Row(LineList::Length);
-        Floats depth =
-            Least(values.Row(LineList::Depth) + along * values.Row(LineList::Depth + 1), Splat(FarthestDepth));
+        Floats depth = values.Row(LineList::Depth) + along * values.Row(LineList::Depth + 1);
+        depth = Greatest(Least(depth, Splat(FarthestDepth)), zero);
         Mask mask = AllLanes();
         if constexpr (LooksFirst)
         {
@@ -275,7 +304,7 @@ LANES_INLINE void DrawLinePixels(const TileView& to, const DrawState& state, con
                                                                       shaded);
         if constexpr (B == Blending::Stippled)
             depth = Choose(mask, depth, Splat(NeverDrawn));
-        StoreFragments<true>(tile, pixels, count, depth, shaded);
+        StoreLinePixels(tile, pixels, count, depth, shaded);
     }
 }
 

@@ -293,8 +293,9 @@ private:
 
     void AddLineSurvivors(std::uint32_t count, const DrawMesh::Edge* edges)
     {
-        bins_.records.Reserve(bins_.records.Size() + count);
         const bool isFlat = State().isFlat;
+        bins_.records.Reserve(bins_.records.Size() + count);
+        bins_.pairs.Reserve(bins_.pairs.Size() + count);
         for (std::uint32_t i = 0; i < count; ++i)
         {
             const auto a = static_cast<std::uint32_t>(lines_.a[i]);
@@ -304,11 +305,12 @@ private:
             if (tile == LineSurvivors::Unfinished)
             {
                 AddLine(a, b, face);
+                bins_.pairs.Reserve(bins_.pairs.Size() + count - i);
                 continue;
             }
             const auto number = static_cast<std::uint32_t>(bins_.records.Size());
             bins_.records.AppendReserved({{a, b, a}, face, state_});
-            bins_.pairs.Append(TileNumber(tile & 0xFF, tile >> 8) << 16 | number);
+            bins_.pairs.AppendReserved(TileNumber(tile & 0xFF, tile >> 8) << 16 | number);
         }
     }
 
