@@ -9,6 +9,7 @@
 
 #include "platform/drivers/Driver.h"
 #include "platform/drivers/rgb/Buffer.h"
+#include "platform/drivers/rgb/MeshFacts.h"
 #include "platform/drivers/rgb/Textures.h"
 
 #include <array>
@@ -205,6 +206,7 @@ struct Part
     std::uint32_t vertexBase = 0;                ///< index of the mesh's vertex 0 among the batch's, modulo 2^32
     std::uint32_t faceBase = 0;                  ///< the same for face 0
     std::uint32_t facingBase = 0;                ///< and for triangle 0, where that is needed
+    const TrianglePlanes* planes = nullptr;      ///< of the mesh, or nothing
     const std::uint32_t* faceVertices = nullptr; ///< the first vertex of each face's first triangle
 };
 
@@ -328,6 +330,8 @@ struct Kernels
     void (*light)(const Part& part, std::uint32_t first, std::uint32_t count, std::uint32_t to, VertexBlocks& blocks);
     void (*lightFaces)(const Part& part, std::uint32_t first, std::uint32_t count, std::uint32_t to,
                        VertexBlocks& blocks);
+    /// Which of a part's triangles from `first` on are culled.
+    void (*findFacing)(const Part& part, std::uint32_t first, std::uint32_t count, std::uint8_t* isCulled);
     /// Drops what is culled or covers no pixel centre. What is left goes into `survivors`; large triangles and those
     /// with a vertex that is not placed go there as they are, marked.
     std::uint32_t (*cullTriangles)(const std::uint32_t* indices, std::uint32_t count, std::uint32_t vertexBase,

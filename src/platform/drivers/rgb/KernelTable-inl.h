@@ -20,6 +20,7 @@ inline Kernels MakeKernels()
     table.place = PlaceVertices;
     table.light = LightVertices;
     table.lightFaces = LightFaces;
+    table.findFacing = FindFacing;
     table.cullTriangles = CullTriangles;
     table.cullEdges = CullEdges;
     FillSurface<false>(table, Surface::Plain);

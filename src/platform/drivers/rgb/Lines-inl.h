@@ -51,6 +51,10 @@ struct LineList
     int count = 0;
     std::int32_t places[Room]; ///< step << LaneShift | line
 
+    // The vector of them that is being drawn.
+    std::int32_t pixels[LaneCount]; ///< in the tile
+    std::uint32_t depths[LaneCount], drawn[LaneCount];
+
     LANES_INLINE void Set(int row, Floats first, Floats second)
     {
         Store(first, rows[row]);
@@ -245,26 +249,22 @@ private:
 
 /// StoreFragments without a branch: where lines cross each other nobody can tell which pixels are hidden. Depths are
 /// not negative, so that their bits are in their order.
-LANES_INLINE void StoreLinePixels(const TileView& tile, const std::int32_t* pixel, int count, Floats depth, Ints color)
+LANES_INLINE void StoreLinePixels(float* depths, std::uint32_t* colors, const LineList& list, int count)
 {
-    std::uint32_t depths[LaneCount];
-    std::uint32_t colors[LaneCount];
-    Store(BitsOf(depth), depths);
-    Store(color, colors);
     for (int i = 0; i < count; ++i)
     {
-        float& depthThere = tile.depths[pixel[i]];
-        std::uint32_t& colorThere = tile.colors[pixel[i]];
-        const std::uint32_t farther = std::bit_cast<std::uint32_t>(depthThere) - depths[i];
+        float& depthThere = depths[list.pixels[i]];
+        std::uint32_t& colorThere = colors[list.pixels[i]];
+        const std::uint32_t farther = std::bit_cast<std::uint32_t>(depthThere) - list.depths[i];
         const auto isHidden = static_cast<std::uint32_t>(static_cast<std::int32_t>(farther) >> 31); // 0 or all ones
-        depthThere = std::bit_cast<float>(depths[i] + (farther & isHidden));
-        colorThere = colors[i] ^ ((colors[i] ^ colorThere) & isHidden);
+        depthThere = std::bit_cast<float>(list.depths[i] + (farther & isHidden));
+        colorThere = list.drawn[i] ^ ((list.drawn[i] ^ colorThere) & isHidden);
     }
 }
 
 /// Shades and stores what was listed.
 template<Blending B, bool Fog>
-LANES_INLINE void DrawLinePixels(const TileView& to, const DrawState& state, const LineList& list)
+LANES_INLINE void DrawLinePixels(const TileView& to, const DrawState& state, LineList& list)
 {
     const TileView tile = to; // a copy that no store can change
     // Where shading costs more than a look at the depth that is there.
@@ -277,13 +277,12 @@ LANES_INLINE void DrawLinePixels(const TileView& to, const DrawState& state, con
         const Ints step = ShiftedRight<LineList::LaneShift>(place);
         const LineValues values{list, place & laneBits};
         const Ints pixel = values.PixelsAt(step);
-        std::int32_t pixels[LaneCount];
-        Store(pixel, pixels);
+        Store(pixel, list.pixels);
         if constexpr (B == Blending::Blended)
         {
             std::int32_t lines[LaneCount];
             Store(place & laneBits, lines);
-            count = CountDistinct(pixels, lines, count);
+            count = CountDistinct(list.pixels, lines, count);
         }
         const Floats zero = Splat(0.0F);
         const Floats along =
@@ -304,7 +303,9 @@ LANES_INLINE void DrawLinePixels(const TileView& to, const DrawState& state, con
                                                                       shaded);
         if constexpr (B == Blending::Stippled)
             depth = Choose(mask, depth, Splat(NeverDrawn));
-        StoreLinePixels(tile, pixels, count, depth, shaded);
+        Store(BitsOf(depth), list.depths);
+        Store(shaded, list.drawn);
+        StoreLinePixels(tile.depths, tile.colors, list, count);
     }
 }
 

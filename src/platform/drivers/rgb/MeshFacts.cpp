@@ -1,6 +1,9 @@
 #include "platform/drivers/rgb/MeshFacts.h"
 
+#include "platform/math/Matrix.h"
+
 #include <algorithm>
+#include <cmath>
 
 namespace lumora::rgb
 {
@@ -103,6 +106,40 @@ MeshFacts::MeshFacts(const DrawMesh& mesh) : faceVertices(mesh.faceNormalX.size(
         groups.push_back(FactsOf(mesh, group));
         hasOneMaterial = hasOneMaterial && group.material == mesh.groups.front().material;
     }
+}
+
+TrianglePlanes::TrianglePlanes(const DrawMesh& mesh)
+{
+    for (std::vector<float>& row : rows)
+        row.resize(mesh.TriangleCount());
+    for (std::uint32_t triangle = 0; triangle < mesh.TriangleCount(); ++triangle)
+    {
+        const auto corner = [&](std::size_t number)
+        {
+            const std::uint32_t v = mesh.indices[3 * std::size_t{triangle} + number];
+            return Double3{mesh.x[v], mesh.y[v], mesh.z[v]};
+        };
+        const Double3 a = corner(0);
+        const Double3 normal = Cross(corner(1) - a, corner(2) - a);
+        const double terms[3] = {normal.x * a.x, normal.y * a.y, normal.z * a.z};
+        const double product = terms[0] + terms[1] + terms[2];
+        const double size = std::abs(terms[0]) + std::abs(terms[1]) + std::abs(terms[2]);
+        const double largest =
+            std::max(std::max(std::abs(normal.x), std::abs(normal.y)), std::max(std::abs(normal.z), std::abs(product)));
+        if (!(std::abs(product) >= size * 0x1p-27) || !(largest > 0) || !std::isfinite(largest))
+            continue;
+        const double numbers[4] = {normal.x, normal.y, normal.z, product};
+        for (int i = 0; i < 4; ++i)
+            rows[i][triangle] = static_cast<float>(numbers[i] / largest);
+    }
+}
+
+const TrianglePlanes* MeshFacts::PlanesOf(const DrawMesh& mesh) const
+{
+    if (planes_ == nullptr && mayNeedPlanes_)
+        planes_ = std::make_unique<const TrianglePlanes>(mesh);
+    mayNeedPlanes_ = true;
+    return planes_.get();
 }
 
 const MeshFacts* MeshFactsCache::Find(const std::shared_ptr<const DrawMesh>& mesh)

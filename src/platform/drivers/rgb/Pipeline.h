@@ -61,7 +61,6 @@ private:
     void RunCommand(const Command& command);
     void RunBatch();
     void PlaceAndLight(bool alone);
-    void FindFacing(const Part& part, const VertexTask& task);
     void CollectWaiting(bool alone);
     void SortWaiting();
     void DrawUnits(bool alone);
