@@ -133,20 +133,18 @@ std::uint32_t CullTriangles(const std::uint32_t* indices, std::uint32_t count, s
     return kept;
 }
 
-/// Those edges at which some triangle is not culled, without their boxes.
-inline std::uint32_t ListSeenEdges(const DrawMesh::Edge* edges, std::uint32_t count, std::uint32_t vertexBase,
-                                   const std::uint8_t* isCulled, LineSurvivors& survivors)
+/// The numbers of edges at which some triangle is not culled.
+inline std::uint32_t ListSeenEdges(const EdgeStretch& stretch, std::int32_t* seen)
 {
+    const std::uint8_t* const isCulled = stretch.isCulled;
     std::uint32_t kept = 0;
-    for (std::uint32_t i = 0; i < count; ++i)
+    for (std::uint32_t i = 0; i < stretch.count; ++i)
     {
         // Without a branch: what is culled is written over.
-        const DrawMesh::Edge& edge = edges[i];
-        survivors.a[kept] = static_cast<std::int32_t>(edge.vertexA + vertexBase);
-        survivors.b[kept] = static_cast<std::int32_t>(edge.vertexB + vertexBase);
-        survivors.edge[kept] = static_cast<std::int32_t>(i);
+        const DrawMesh::Edge& edge = stretch.edges[i];
         const std::uint32_t other = edge.triangleB == DrawMesh::NoFace ? edge.triangleA : edge.triangleB;
-        kept += isCulled == nullptr || (isCulled[edge.triangleA] & isCulled[other]) == 0 ? 1 : 0;
+        seen[kept] = static_cast<std::int32_t>(i);
+        kept += 1U - (isCulled[edge.triangleA] & isCulled[other]);
     }
     return kept;
 }
@@ -193,28 +191,32 @@ LANES_INLINE Mask IsWithin(Ints x, Ints y, const PixelRect& area)
     return Except(AllLanes(), Either(outsideX, outsideY));
 }
 
-std::uint32_t CullEdges(const DrawMesh::Edge* edges, std::uint32_t count, std::uint32_t vertexBase,
-                        const std::uint8_t* isCulled, const ScreenPosition* positions, const PixelRect& viewport,
-                        const PixelRect& area, LineSurvivors& survivors)
+std::uint32_t CullEdges(const EdgeStretch& stretch, LineSurvivors& survivors)
 {
-    constexpr int Stride = sizeof(ScreenPosition) / sizeof(std::int32_t);
-    const auto* places = reinterpret_cast<const std::int32_t*>(positions);
-    const std::uint32_t seen = ListSeenEdges(edges, count, vertexBase, isCulled, survivors);
-    if (seen == 0)
-        return 0;
-    Store(Splat(survivors.a[0]), survivors.a + seen); // what the last vector looks up beyond the last
-    Store(Splat(survivors.a[0]), survivors.b + seen);
+    constexpr int EdgeStride = sizeof(DrawMesh::Edge) / sizeof(std::int32_t);
+    constexpr int PositionStride = sizeof(ScreenPosition) / sizeof(std::int32_t);
+    const auto* ends = reinterpret_cast<const std::int32_t*>(stretch.edges);
+    const auto* places = reinterpret_cast<const std::int32_t*>(stretch.positions);
+    const PixelRect& area = stretch.area;
+    const Ints base = Splat(static_cast<std::int32_t>(stretch.vertexBase));
+    std::uint32_t seen = stretch.count;
+    if (stretch.isCulled != nullptr)
+        seen = ListSeenEdges(stretch, survivors.edge);
+    else
+        std::iota(survivors.edge, survivors.edge + stretch.count, 0);
+    Store(Splat(0), survivors.edge + seen); // what the last vector looks up beyond the last
     std::uint32_t kept = 0;
     Ints covered = Splat(0);
     for (std::uint32_t i = 0; i < seen; i += LaneCount)
     {
-        const Ints a = Load(survivors.a + i);
-        const Ints b = Load(survivors.b + i);
         const Ints edge = Load(survivors.edge + i);
-        Ints startX, startY, endX, endY;
-        LoadPairs<Stride>(places, a, startX, startY);
-        LoadPairs<Stride>(places, b, endX, endY);
-        const Mask isInView = Both(IsWithin(startX, startY, viewport), IsWithin(endX, endY, viewport));
+        Ints a, b, startX, startY, endX, endY;
+        LoadPairs<EdgeStride>(ends, edge, a, b);
+        a = a + base;
+        b = b + base;
+        LoadPairs<PositionStride>(places, a, startX, startY);
+        LoadPairs<PositionStride>(places, b, endX, endY);
+        const Mask isInView = Both(IsWithin(startX, startY, stretch.viewport), IsWithin(endX, endY, stretch.viewport));
         LineBox box = BoxOf(startX, startY, endX, endY);
         box.left = Greatest(box.left, Splat(area.left));
         box.top = Greatest(box.top, Splat(area.top));
@@ -225,15 +227,18 @@ std::uint32_t CullEdges(const DrawMesh::Edge* edges, std::uint32_t count, std::u
         const Mask keep = Except(isThere, Both(isInView, isEmpty));
         const Ints left = ShiftedRight<TileShift>(box.left);
         const Ints top = ShiftedRight<TileShift>(box.top);
-        const Mask isOneTile =
-            Both(IsEqual(left, ShiftedRight<TileShift>(box.right)), IsEqual(top, ShiftedRight<TileShift>(box.bottom)));
-        const Mask isFinished = Both(isInView, isOneTile);
+        const Ints right = ShiftedRight<TileShift>(box.right);
+        const Ints bottom = ShiftedRight<TileShift>(box.bottom);
+        const Mask isSmall = IsLess((right - left) + (bottom - top), Splat(2));
+        const Mask isFinished = Both(isInView, isSmall);
+        const Ints perRow = Splat(stretch.tilesPerRow);
+        const Ints none = Splat(LineSurvivors::Unfinished);
         const ChosenLanes chosen = FindChosen(keep);
         StoreChosen(a, chosen, survivors.a + kept);
         StoreChosen(b, chosen, survivors.b + kept);
         StoreChosen(edge, chosen, survivors.edge + kept);
-        StoreChosen(Choose(isFinished, left | ShiftedLeft<8>(top), Splat(LineSurvivors::Unfinished)), chosen,
-                    survivors.tile + kept);
+        StoreChosen(Choose(isFinished, top * perRow + left, none), chosen, survivors.tile + kept);
+        StoreChosen(Choose(isFinished, bottom * perRow + right, none), chosen, survivors.secondTile + kept);
         const Ints sides = box.right - box.left + box.bottom - box.top;
         covered = covered + Choose(Both(keep, isFinished), ShiftedLeft<2>(sides) + Splat(LineWork), Splat(0));
         kept += chosen.count;

@@ -305,6 +305,19 @@ struct TriangleSurvivors
     }
 };
 
+/// Edges that are to be culled, no more than there is room for survivors.
+struct EdgeStretch
+{
+    const DrawMesh::Edge* edges;
+    std::uint32_t count;
+    const std::uint8_t* isCulled; ///< by triangle, or nothing where none is
+    std::uint32_t vertexBase;     ///< added to vertices gives places in `positions`
+    const ScreenPosition* positions;
+    PixelRect viewport; ///< as in Pass
+    PixelRect area;     ///< only these pixels are drawn
+    int tilesPerRow;
+};
+
 inline constexpr int LineWork = 16; ///< that a line is beside its pixels, in coveredPixels
 
 /// Edges that are drawn, up to as many as a triangle batch has triangles.
@@ -314,11 +327,12 @@ struct LineSurvivors
     static constexpr std::uint32_t Slack = 16; ///< vector stores may write this far beyond the last
     static constexpr std::int32_t Unfinished = -1;
 
-    // Ends as indices of positions, the edge counted from the first one given, and the tile in bytes as those of
-    // triangles are, left and top, or Unfinished where there are several or an end lies outside the viewport.
+    // Ends as indices of positions, the edge counted from the first one given, and the one or two tiles of the line's
+    // box: their numbers, twice the same where there is one. Unfinished where there are more or an end lies outside the
+    // viewport.
     std::int32_t a[Capacity + Slack], b[Capacity + Slack];
     std::int32_t edge[Capacity + Slack];
-    std::int32_t tile[Capacity + Slack];
+    std::int32_t tile[Capacity + Slack], secondTile[Capacity + Slack];
     std::uint64_t coveredPixels; ///< by those that are finished: how much work they are
 };
 
@@ -337,11 +351,8 @@ struct Kernels
     std::uint32_t (*cullTriangles)(const std::uint32_t* indices, std::uint32_t count, std::uint32_t vertexBase,
                                    const ScreenPosition* positions, const DrawState& state,
                                    TriangleSurvivors& survivors);
-    /// Drops edges whose triangles are all culled (`isCulled` by triangle; nothing: none is) and lines beside the
-    /// state's area.
-    std::uint32_t (*cullEdges)(const DrawMesh::Edge* edges, std::uint32_t count, std::uint32_t vertexBase,
-                               const std::uint8_t* isCulled, const ScreenPosition* positions, const PixelRect& viewport,
-                               const PixelRect& area, LineSurvivors& survivors);
+    /// Drops edges whose triangles are all culled, and lines beside the area.
+    std::uint32_t (*cullEdges)(const EdgeStretch& stretch, LineSurvivors& survivors);
     DrawRun drawTriangles[SurfaceCount][BlendingCount][2]; ///< the last index: with fog
     DrawRun drawLines[BlendingCount][2];                   ///< also points
 };

@@ -283,9 +283,10 @@ private:
         for (std::uint32_t first = 0; first < segment.count; first += LineSurvivors::Capacity)
         {
             const std::uint32_t count = std::min(LineSurvivors::Capacity, segment.count - first);
-            const std::uint32_t kept =
-                batch_.kernels->cullEdges(edges + first, count, part.vertexBase, isCulled,
-                                          batch_.vertices.positions.Data(), part.pass->viewport, State().area, lines_);
+            const EdgeStretch stretch{
+                edges + first,       count,        isCulled,          part.vertexBase, batch_.vertices.positions.Data(),
+                part.pass->viewport, State().area, batch_.tilesPerRow};
+            const std::uint32_t kept = batch_.kernels->cullEdges(stretch, lines_);
             bins_.coveredPixels += lines_.coveredPixels;
             AddLineSurvivors(kept, edges + first);
         }
@@ -293,24 +294,35 @@ private:
 
     void AddLineSurvivors(std::uint32_t count, const DrawMesh::Edge* edges)
     {
+        const std::uint32_t state = state_;
         const bool isFlat = State().isFlat;
-        bins_.records.Reserve(bins_.records.Size() + count);
-        bins_.pairs.Reserve(bins_.pairs.Size() + count);
-        for (std::uint32_t i = 0; i < count; ++i)
+        std::uint32_t i = 0;
+        while (i < count)
         {
-            const auto a = static_cast<std::uint32_t>(lines_.a[i]);
-            const auto b = static_cast<std::uint32_t>(lines_.b[i]);
-            const std::uint32_t face = isFlat ? FaceOf(edges[lines_.edge[i]].triangleA) : 0;
-            const std::int32_t tile = lines_.tile[i];
-            if (tile == LineSurvivors::Unfinished)
+            // Lines in one or two tiles are nearly all.
+            bins_.records.Reserve(bins_.records.Size() + count - i);
+            bins_.pairs.Reserve(bins_.pairs.Size() + 2 * std::size_t{count - i});
+            Record* records = bins_.records.Data();
+            std::uint32_t* pairs = bins_.pairs.Data();
+            std::size_t number = bins_.records.Size();
+            std::size_t pair = bins_.pairs.Size();
+            for (; i < count && lines_.tile[i] != LineSurvivors::Unfinished; ++i, ++number)
             {
-                AddLine(a, b, face);
-                bins_.pairs.Reserve(bins_.pairs.Size() + count - i);
-                continue;
+                const auto a = static_cast<std::uint32_t>(lines_.a[i]);
+                const auto b = static_cast<std::uint32_t>(lines_.b[i]);
+                const std::uint32_t face = isFlat ? FaceOf(edges[lines_.edge[i]].triangleA) : 0;
+                records[number] = {{a, b, a}, face, state};
+                pairs[pair] = static_cast<std::uint32_t>(lines_.tile[i]) << 16 | static_cast<std::uint32_t>(number);
+                pairs[pair + 1] =
+                    static_cast<std::uint32_t>(lines_.secondTile[i]) << 16 | static_cast<std::uint32_t>(number);
+                pair += lines_.tile[i] == lines_.secondTile[i] ? 1 : 2;
             }
-            const auto number = static_cast<std::uint32_t>(bins_.records.Size());
-            bins_.records.AppendReserved({{a, b, a}, face, state_});
-            bins_.pairs.AppendReserved(TileNumber(tile & 0xFF, tile >> 8) << 16 | number);
+            bins_.records.Resize(number);
+            bins_.pairs.Resize(pair);
+            if (i < count)
+                AddLine(static_cast<std::uint32_t>(lines_.a[i]), static_cast<std::uint32_t>(lines_.b[i]),
+                        FaceOf(edges[lines_.edge[i]].triangleA));
+            ++i;
         }
     }
 
