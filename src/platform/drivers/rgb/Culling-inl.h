@@ -1,5 +1,5 @@
-// The first half of triangle set-up: facing, pixel-centre culling and tile ranges, a vector of triangles at once.
-// Included inside a namespace, once.
+// The first half of set-up: facing, pixel-centre culling and tile ranges of triangles, and the pixels that lines reach,
+// a vector at once. Included inside a namespace, once.
 
 /// Triangles no longer than this per side (1/256 pixel): their area fits 32 bits.
 inline constexpr std::int32_t LargestSide = 1 << 14;
@@ -130,5 +130,121 @@ std::uint32_t CullTriangles(const std::uint32_t* indices, std::uint32_t count, s
     survivors.coveredPixels = 0;
     for (const std::int32_t pixels : coveredByLane)
         survivors.coveredPixels += static_cast<std::uint32_t>(pixels);
+    return kept;
+}
+
+/// The numbers of edges at which some triangle is not culled.
+inline std::uint32_t ListSeenEdges(const EdgeStretch& stretch, std::int32_t* seen)
+{
+    const std::uint8_t* const isCulled = stretch.isCulled;
+    std::uint32_t kept = 0;
+    for (std::uint32_t i = 0; i < stretch.count; ++i)
+    {
+        // Without a branch: what is culled is written over.
+        const DrawMesh::Edge& edge = stretch.edges[i];
+        const std::uint32_t other = edge.triangleB == DrawMesh::NoFace ? edge.triangleA : edge.triangleB;
+        seen[kept] = static_cast<std::int32_t>(i);
+        kept += 1U - (isCulled[edge.triangleA] & isCulled[other]);
+    }
+    return kept;
+}
+
+struct LineBox
+{
+    Ints left, top, right, bottom;
+};
+
+/// The pixels that lines draw lie in these boxes, and reach all their sides but for the ends across.
+LANES_INLINE LineBox BoxOf(Ints startX, Ints startY, Ints endX, Ints endY)
+{
+    const Ints zero = Splat(0);
+    const Ints half = Splat(SubPixels / 2);
+    const Ints almostOne = Splat(SubPixels - 1);
+    const Ints dx = endX - startX;
+    const Ints dy = endY - startY;
+    const Mask isYMajor = IsLess(Greatest(dx, zero - dx), Greatest(dy, zero - dy));
+    const Ints left = Least(startX, endX);
+    const Ints right = Greatest(startX, endX);
+    const Ints top = Least(startY, endY);
+    const Ints bottom = Greatest(startY, endY);
+    // Along the major axis the end is not drawn.
+    const Ints from = Choose(isYMajor, top, left);
+    const Ints to = Choose(isYMajor, bottom, right);
+    const Mask isPoint =
+        IsEqual(ShiftedRight<SubPixelShift>(from + almostOne), ShiftedRight<SubPixelShift>(to + almostOne));
+    const Ints aboveX = Choose(isYMajor, half, almostOne);
+    const Ints aboveY = Choose(isYMajor, almostOne, half);
+    const Ints belowX = Choose(isYMajor, half, Splat(-1));
+    const Ints belowY = Choose(isYMajor, Splat(-1), half);
+    const Ints pointX = ShiftedRight<SubPixelShift>(startX + half);
+    const Ints pointY = ShiftedRight<SubPixelShift>(startY + half);
+    return {Choose(isPoint, pointX, ShiftedRight<SubPixelShift>(left + aboveX)),
+            Choose(isPoint, pointY, ShiftedRight<SubPixelShift>(top + aboveY)),
+            Choose(isPoint, pointX, ShiftedRight<SubPixelShift>(right + belowX)),
+            Choose(isPoint, pointY, ShiftedRight<SubPixelShift>(bottom + belowY))};
+}
+
+LANES_INLINE Mask IsWithin(Ints x, Ints y, const PixelRect& area)
+{
+    const Mask outsideX = Either(IsLess(x, Splat(area.left)), IsLess(Splat(area.right), x));
+    const Mask outsideY = Either(IsLess(y, Splat(area.top)), IsLess(Splat(area.bottom), y));
+    return Except(AllLanes(), Either(outsideX, outsideY));
+}
+
+std::uint32_t CullEdges(const EdgeStretch& stretch, LineSurvivors& survivors)
+{
+    constexpr int EdgeStride = sizeof(DrawMesh::Edge) / sizeof(std::int32_t);
+    constexpr int PositionStride = sizeof(ScreenPosition) / sizeof(std::int32_t);
+    const auto* ends = reinterpret_cast<const std::int32_t*>(stretch.edges);
+    const auto* places = reinterpret_cast<const std::int32_t*>(stretch.positions);
+    const PixelRect& area = stretch.area;
+    const Ints base = Splat(static_cast<std::int32_t>(stretch.vertexBase));
+    std::uint32_t seen = stretch.count;
+    if (stretch.isCulled != nullptr)
+        seen = ListSeenEdges(stretch, survivors.edge);
+    else
+        std::iota(survivors.edge, survivors.edge + stretch.count, 0);
+    Store(Splat(0), survivors.edge + seen); // what the last vector looks up beyond the last
+    std::uint32_t kept = 0;
+    Ints covered = Splat(0);
+    for (std::uint32_t i = 0; i < seen; i += LaneCount)
+    {
+        const Ints edge = Load(survivors.edge + i);
+        Ints a, b, startX, startY, endX, endY;
+        LoadPairs<EdgeStride>(ends, edge, a, b);
+        a = a + base;
+        b = b + base;
+        LoadPairs<PositionStride>(places, a, startX, startY);
+        LoadPairs<PositionStride>(places, b, endX, endY);
+        const Mask isInView = Both(IsWithin(startX, startY, stretch.viewport), IsWithin(endX, endY, stretch.viewport));
+        LineBox box = BoxOf(startX, startY, endX, endY);
+        box.left = Greatest(box.left, Splat(area.left));
+        box.top = Greatest(box.top, Splat(area.top));
+        box.right = Least(box.right, Splat(area.right - 1));
+        box.bottom = Least(box.bottom, Splat(area.bottom - 1));
+        const Mask isEmpty = Either(IsLess(box.right, box.left), IsLess(box.bottom, box.top));
+        const Mask isThere = IsLess(LaneNumbers(), Splat(static_cast<std::int32_t>(seen - i)));
+        const Mask keep = Except(isThere, Both(isInView, isEmpty));
+        const Ints left = ShiftedRight<TileShift>(box.left);
+        const Ints top = ShiftedRight<TileShift>(box.top);
+        const Ints right = ShiftedRight<TileShift>(box.right);
+        const Ints bottom = ShiftedRight<TileShift>(box.bottom);
+        const Mask isSmall = IsLess((right - left) + (bottom - top), Splat(2));
+        const Mask isFinished = Both(isInView, isSmall);
+        const Ints perRow = Splat(stretch.tilesPerRow);
+        const Ints none = Splat(LineSurvivors::Unfinished);
+        const ChosenLanes chosen = FindChosen(keep);
+        StoreChosen(a, chosen, survivors.a + kept);
+        StoreChosen(b, chosen, survivors.b + kept);
+        StoreChosen(edge, chosen, survivors.edge + kept);
+        StoreChosen(Choose(isFinished, top * perRow + left, none), chosen, survivors.tile + kept);
+        StoreChosen(Choose(isFinished, bottom * perRow + right, none), chosen, survivors.secondTile + kept);
+        const Ints sides = box.right - box.left + box.bottom - box.top;
+        covered = covered + Choose(Both(keep, isFinished), ShiftedLeft<2>(sides) + Splat(LineWork), Splat(0));
+        kept += chosen.count;
+    }
+    std::int32_t coveredByLane[LaneCount];
+    Store(covered, coveredByLane);
+    survivors.coveredPixels = std::accumulate(coveredByLane, coveredByLane + LaneCount, std::uint64_t{0});
     return kept;
 }

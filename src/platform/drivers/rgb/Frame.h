@@ -9,6 +9,7 @@
 
 #include "platform/drivers/Driver.h"
 #include "platform/drivers/rgb/Buffer.h"
+#include "platform/drivers/rgb/MeshFacts.h"
 #include "platform/drivers/rgb/Textures.h"
 
 #include <array>
@@ -213,6 +214,7 @@ struct Part
     std::uint32_t vertexBase = 0;                ///< index of the mesh's vertex 0 among the batch's, modulo 2^32
     std::uint32_t faceBase = 0;                  ///< the same for face 0
     std::uint32_t facingBase = 0;                ///< and for triangle 0, where that is needed
+    const TrianglePlanes* planes = nullptr;      ///< of the mesh, or nothing
     const std::uint32_t* faceVertices = nullptr; ///< the first vertex of each face's first triangle
 };
 
@@ -326,6 +328,37 @@ struct TriangleSurvivors
     }
 };
 
+/// Edges that are to be culled, no more than there is room for survivors.
+struct EdgeStretch
+{
+    const DrawMesh::Edge* edges;
+    std::uint32_t count;
+    const std::uint8_t* isCulled; ///< by triangle, or nothing where none is
+    std::uint32_t vertexBase;     ///< added to vertices gives places in `positions`
+    const ScreenPosition* positions;
+    PixelRect viewport; ///< as in Pass
+    PixelRect area;     ///< only these pixels are drawn
+    int tilesPerRow;
+};
+
+inline constexpr int LineWork = 16; ///< that a line is beside its pixels, in coveredPixels
+
+/// Edges that are drawn, up to as many as a triangle batch has triangles.
+struct LineSurvivors
+{
+    static constexpr std::uint32_t Capacity = 256;
+    static constexpr std::uint32_t Slack = 16; ///< vector stores may write this far beyond the last
+    static constexpr std::int32_t Unfinished = -1;
+
+    // Ends as indices of positions, the edge counted from the first one given, and the one or two tiles of the line's
+    // box: their numbers, twice the same where there is one. Unfinished where there are more or an end lies outside the
+    // viewport.
+    std::int32_t a[Capacity + Slack], b[Capacity + Slack];
+    std::int32_t edge[Capacity + Slack];
+    std::int32_t tile[Capacity + Slack], secondTile[Capacity + Slack];
+    std::uint64_t coveredPixels; ///< by those that are finished: how much work they are
+};
+
 /// What one instruction set does its own way. All of them compute the same bytes.
 struct Kernels
 {
@@ -334,11 +367,15 @@ struct Kernels
     void (*light)(const Part& part, std::uint32_t first, std::uint32_t count, std::uint32_t to, VertexBlocks& blocks);
     void (*lightFaces)(const Part& part, std::uint32_t first, std::uint32_t count, std::uint32_t to,
                        VertexBlocks& blocks);
+    /// Which of a part's triangles from `first` on are culled.
+    void (*findFacing)(const Part& part, std::uint32_t first, std::uint32_t count, std::uint8_t* isCulled);
     /// Drops what is culled or covers no pixel centre. What is left goes into `survivors`; large triangles and those
     /// with a vertex that is not placed go there as they are, marked.
     std::uint32_t (*cullTriangles)(const std::uint32_t* indices, std::uint32_t count, std::uint32_t vertexBase,
                                    const ScreenPosition* positions, const DrawState& state,
                                    TriangleSurvivors& survivors);
+    /// Drops edges whose triangles are all culled, and lines beside the area.
+    std::uint32_t (*cullEdges)(const EdgeStretch& stretch, LineSurvivors& survivors);
     DrawRun drawTriangles[SurfaceCount][BlendingCount][2]; ///< the last index: with fog
     DrawRun drawLines[BlendingCount][2];                   ///< also points
 };

@@ -3,6 +3,7 @@
 // clang-format off
 #include "platform/drivers/rgb/LaneMath-inl.h"
 #include "platform/drivers/rgb/Vertices-inl.h"
+#include "platform/drivers/rgb/Facing-inl.h"
 #include "platform/drivers/rgb/Culling-inl.h"
 #include "platform/drivers/rgb/Shading-inl.h"
 #include "platform/drivers/rgb/Triangles-inl.h"

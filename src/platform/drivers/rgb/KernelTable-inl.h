@@ -20,7 +20,9 @@ inline Kernels MakeKernels()
     table.place = PlaceVertices;
     table.light = LightVertices;
     table.lightFaces = LightFaces;
+    table.findFacing = FindFacing;
     table.cullTriangles = CullTriangles;
+    table.cullEdges = CullEdges;
     FillSurface<false>(table, Surface::Plain);
     for (int surface = 1; surface < SurfaceCount; ++surface)
         FillSurface<true>(table, static_cast<Surface>(surface));

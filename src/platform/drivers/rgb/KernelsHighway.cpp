@@ -1,5 +1,7 @@
 // The kernels once for each instruction set that Highway compiles for; the processor decides at run time.
 #include "platform/drivers/rgb/KernelSets.h"
+#include "platform/drivers/rgb/LineSteps.h"
+#include "platform/drivers/rgb/Winding.h"
 
 #include <algorithm>
 #include <bit>
@@ -7,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <numeric>
 
 // Levels that would hardly differ from another, or whose vectors cannot be members of a structure. Sanitizers take long
 // to compile each level, and what they find in one they find in all: they get AVX2 alone.

@@ -1,5 +1,7 @@
 // The kernels without vector instructions: for builds without Highway, and to test the others against.
 #include "platform/drivers/rgb/KernelSets.h"
+#include "platform/drivers/rgb/LineSteps.h"
+#include "platform/drivers/rgb/Winding.h"
 
 #include <algorithm>
 #include <bit>
@@ -7,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <numeric>
 
 #define LANES_INLINE inline
 #define LANES_NOINLINE __attribute__((noinline))

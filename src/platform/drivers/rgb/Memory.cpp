@@ -67,7 +67,7 @@ std::size_t UnitBytes(const WorkCounts& counts, const RgbLimits& limits)
 {
     // One primitive may come on top; clipping makes up to ten triangles of it, and each is in all tiles at most.
     constexpr std::size_t MostCorners = std::tuple_size_v<decltype(ClipPolygon::corners)>;
-    const std::size_t pairs = MostPairs(limits) + TriangleSurvivors::Capacity + (MostCorners - 2) * counts.tiles;
+    const std::size_t pairs = MostPairs(limits) + 2 * LineSurvivors::Capacity + (MostCorners - 2) * counts.tiles;
     const std::size_t records = (MostCorners - 2) * (MostPrimitives + TriangleSurvivors::Capacity);
     const std::size_t offsets = counts.tiles + 1;
     return Grown(pairs * BytesPerPair + records * sizeof(Record) + MostPrimitives * MostCorners * BytesPerVertex +
@@ -81,8 +81,8 @@ std::size_t MostBytes(const WorkCounts& counts, const RgbLimits& limits)
     const std::size_t perThread = sizeof(TileScratch) + UnitBytes(counts, limits);
     const std::size_t batch = BytesPerVertex * counts.vertices + BytesPerFace * counts.faces + counts.facings +
                               7 * counts.points + 2 * counts.meshVertices + PerWaiting * counts.waiting;
-    const std::size_t lists =
-        1280 * counts.states + 1280 * counts.units + 1024 * counts.recorded + 1536 * counts.passes + 160 * counts.lights;
+    const std::size_t lists = 1280 * counts.states + 1280 * counts.units + 1024 * counts.recorded +
+                              1536 * counts.passes + 160 * counts.lights;
     const std::size_t others = 256 * counts.meshes + 36 * counts.meshFaces + 8 * counts.texels + 2048 * counts.textures;
     return Fixed + BytesPerTile * counts.tiles + perThread * counts.threads + 3 * limits.roundBytes + batch + lists +
            others;

@@ -26,7 +26,7 @@ struct WorkCounts
     std::size_t passes = 0;       ///< of these
     std::size_t lights = 0;       ///< of all passes that were put off
     std::size_t meshes = 0;       ///< alive, with what was found out about them
-    std::size_t meshFaces = 0;    ///< of these: faces and groups
+    std::size_t meshFaces = 0;    ///< of these: faces, groups and triangles
     std::size_t textures = 0;
     std::size_t texels = 0; ///< of these, without mip levels
 
@@ -45,7 +45,7 @@ std::size_t BatchBytes(const WorkCounts& counts);
 ///   batch    64 a vertex, 32 a face, 1 a facing, 7 a point, 2 a vertex of a mesh of points, 138 a waiting triangle
 ///   bins     three times RgbLimits::roundBytes: what is kept, and what a round fills with room to grow
 ///   lists    1,280 a state, 1,280 a unit, 1,024 a recorded item, 1,536 a pass, 160 a light
-///   meshes   256 a mesh, 36 a face or group
+///   meshes   256 a mesh, 36 a face, group or triangle
 ///   texels   8 a texel and 2,048 a texture (mip levels and the repeated column)
 ///   fixed    1 MiB
 std::size_t MostBytes(const WorkCounts& counts, const RgbLimits& limits);

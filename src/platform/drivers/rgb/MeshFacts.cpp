@@ -1,6 +1,9 @@
 #include "platform/drivers/rgb/MeshFacts.h"
 
+#include "platform/math/Matrix.h"
+
 #include <algorithm>
+#include <cmath>
 
 namespace lumora::rgb
 {
@@ -106,6 +109,50 @@ MeshFacts::MeshFacts(const DrawMesh& mesh) : faceVertices(mesh.faceNormalX.size(
     }
 }
 
+TrianglePlanes::TrianglePlanes(const DrawMesh& mesh)
+{
+    for (std::vector<float>& row : rows)
+        row.resize(mesh.TriangleCount());
+    for (std::uint32_t triangle = 0; triangle < mesh.TriangleCount(); ++triangle)
+    {
+        const auto corner = [&](std::size_t number)
+        {
+            const std::uint32_t v = mesh.indices[3 * std::size_t{triangle} + number];
+            return Double3{mesh.x[v], mesh.y[v], mesh.z[v]};
+        };
+        const Double3 a = corner(0);
+        const Double3 normal = Cross(corner(1) - a, corner(2) - a);
+        const double terms[3] = {normal.x * a.x, normal.y * a.y, normal.z * a.z};
+        const double product = terms[0] + terms[1] + terms[2];
+        const double size = std::abs(terms[0]) + std::abs(terms[1]) + std::abs(terms[2]);
+        const double largest =
+            std::max(std::max(std::abs(normal.x), std::abs(normal.y)), std::max(std::abs(normal.z), std::abs(product)));
+        if (!(std::abs(product) >= size * 0x1p-27) || !(largest > 0) || !std::isfinite(largest))
+            continue;
+        const double numbers[4] = {normal.x, normal.y, normal.z, product};
+        for (int i = 0; i < 4; ++i)
+            rows[i][triangle] = static_cast<float>(numbers[i] / largest);
+    }
+}
+
+const TrianglePlanes* MeshFacts::PlanesOf(const DrawMesh& mesh) const
+{
+    if (planes_ == nullptr && mayNeedPlanes_)
+        planes_ = std::make_unique<const TrianglePlanes>(mesh);
+    mayNeedPlanes_ = true;
+    return planes_.get();
+}
+
+std::size_t MeshFacts::HeldBytes() const
+{
+    std::size_t bytes =
+        sizeof(MeshFacts) + faceVertices.capacity() * sizeof(std::uint32_t) + groups.capacity() * sizeof(GroupFacts);
+    if (planes_ != nullptr)
+        for (const std::vector<float>& row : planes_->rows)
+            bytes += row.capacity() * sizeof(float);
+    return bytes;
+}
+
 const MeshFacts* MeshFactsCache::Find(const std::shared_ptr<const DrawMesh>& mesh)
 {
     Entry& entry = entries_[mesh.get()];
@@ -119,7 +166,8 @@ std::size_t MeshFactsCache::FaceCount() const
 {
     std::size_t count = 0;
     for (const auto& [mesh, entry] : entries_)
-        count += entry.facts != nullptr ? entry.facts->faceVertices.size() + entry.facts->groups.size() : 0;
+        if (const std::shared_ptr<const DrawMesh> alive = entry.mesh.lock(); alive != nullptr && entry.facts != nullptr)
+            count += entry.facts->faceVertices.size() + entry.facts->groups.size() + alive->TriangleCount();
     return count;
 }
 
@@ -130,8 +178,7 @@ std::size_t MeshFactsCache::HeldBytes() const
     {
         bytes += sizeof(void*) + sizeof(mesh) + sizeof(entry);
         if (entry.facts != nullptr)
-            bytes += sizeof(MeshFacts) + entry.facts->faceVertices.capacity() * sizeof(std::uint32_t) +
-                     entry.facts->groups.capacity() * sizeof(MeshFacts::GroupFacts);
+            bytes += entry.facts->HeldBytes();
     }
     return bytes;
 }

@@ -11,6 +11,16 @@
 namespace lumora::rgb
 {
 
+/// The planes that triangles lie in, scaled so that the largest number of each is 1 or -1: normal (x, y, z), which is
+/// the cross product of the sides from the first corner to the others, and its product with that corner. All 0 where
+/// that product is too close to 0 for its sign to be sure.
+struct TrianglePlanes
+{
+    explicit TrianglePlanes(const DrawMesh& mesh);
+
+    std::vector<float> rows[4];
+};
+
 struct MeshFacts
 {
     /// A stretch of numbers.
@@ -31,12 +41,22 @@ struct MeshFacts
     std::vector<GroupFacts> groups;
     std::vector<std::uint32_t> faceVertices; ///< the first vertex of each face's first triangle
     bool hasOneMaterial = true;
+
+    /// For lines and points. Nothing at the first call: a mesh that changes with every picture does not pay for them.
+    const TrianglePlanes* PlanesOf(const DrawMesh& mesh) const;
+
+    std::size_t HeldBytes() const;
+
+private:
+    mutable std::unique_ptr<const TrianglePlanes> planes_;
+    mutable bool mayNeedPlanes_ = false;
 };
 
 /// Whether every number in the mesh names something that is there.
 bool IsConsistent(const DrawMesh& mesh);
 
-/// Facts by mesh: 4 bytes a face and 16 a group for each mesh that is alive.
+/// Facts by mesh: 4 bytes a face and 16 a group for each mesh that is alive, and 16 a triangle of those drawn as lines
+/// or points more than once.
 class MeshFactsCache
 {
 public:
@@ -47,7 +67,7 @@ public:
     void Sweep();
 
     std::size_t Count() const { return entries_.size(); }
-    std::size_t FaceCount() const; ///< faces and groups of the meshes it knows
+    std::size_t FaceCount() const; ///< faces, groups and triangles of the meshes it knows
     std::size_t HeldBytes() const;
 
 private:

@@ -321,55 +321,10 @@ void Pipeline::PlaceAndLight(bool alone)
               case VertexTask::Kind::LightFaces:
                   return kernels_.lightFaces(part, task.first, task.count, task.first + part.faceBase, batch_.faces);
               case VertexTask::Kind::FindFacing:
-                  return FindFacing(part, task);
+                  return kernels_.findFacing(part, task.first, task.count,
+                                             batch_.isCulled.Data() + task.first + part.facingBase);
               }
           });
-}
-
-namespace
-{
-
-/// Tells the winding of triangles in front of the eye, before clipping: the determinant of the corners' clip-space x, y
-/// and w. Above 0 is counter-clockwise, since y goes up in clip space.
-///
-/// By Cauchy and Binet it is the normal times (eye + a corner * weight), both made of minors of the matrix: no corner
-/// has to be transformed.
-struct WindingRule
-{
-    Double3 eye;
-    double weight;
-
-    explicit WindingRule(const Matrix4& toClip)
-    {
-        const auto minor = [&](int a, int b, int c)
-        {
-            const auto row = [&](int i) { return Double3{toClip.m[i][0], toClip.m[i][1], toClip.m[i][3]}; };
-            return Dot(row(a), Cross(row(b), row(c)));
-        };
-        eye = {minor(1, 2, 3), -minor(0, 2, 3), minor(0, 1, 3)};
-        weight = minor(0, 1, 2);
-    }
-    double Of(Double3 a, Double3 b, Double3 c) const { return Dot(Cross(b - a, c - a), eye + a * weight); }
-};
-
-} // namespace
-
-void Pipeline::FindFacing(const Part& part, const VertexTask& task)
-{
-    const DrawMesh& mesh = *part.item->mesh;
-    const bool cullsClockwise = part.pass->state.cull == CullMode::Clockwise;
-    const WindingRule rule{part.toClip};
-    const auto corner = [&](std::size_t index)
-    {
-        const std::uint32_t v = mesh.indices[index];
-        return Double3{mesh.x[v], mesh.y[v], mesh.z[v]};
-    };
-    for (std::uint32_t triangle = task.first; triangle < task.first + task.count; ++triangle)
-    {
-        const std::size_t first = 3 * std::size_t{triangle};
-        const double winding = rule.Of(corner(first), corner(first + 1), corner(first + 2));
-        batch_.isCulled[triangle + part.facingBase] = (cullsClockwise ? winding > 0 : winding < 0) ? 0 : 1;
-    }
 }
 
 void Pipeline::DrawUnits(bool alone, bool isLast)

@@ -99,7 +99,6 @@ private:
     void RunBatch(bool isLast);
     void RequireRoom() const;
     void PlaceAndLight(bool alone);
-    void FindFacing(const Part& part, const VertexTask& task);
     void SortWaiting(bool alone);
     void DrawUnits(bool alone, bool isLast);
     std::size_t SetUpRound(std::size_t first, std::size_t count, bool alone);

@@ -206,9 +206,14 @@ std::uint32_t Planner::AddPart(const RecordedItem& recorded, const Pass& pass, s
     }
     if (item.fill != FillStyle::Solid && pass.state.cull != CullMode::None)
     {
-        part.facingBase = static_cast<std::uint32_t>(facingCount_);
-        AddTasks(VertexTask::Kind::FindFacing, number, 0, mesh.TriangleCount());
-        facingCount_ += mesh.TriangleCount();
+        const bool isFound = !batch_.parts.empty() && batch_.parts.back().item == &item; // for the item's other parts
+        part.facingBase = isFound ? batch_.parts.back().facingBase : static_cast<std::uint32_t>(facingCount_);
+        if (!isFound)
+        {
+            part.planes = recorded.facts->PlanesOf(mesh);
+            AddTasks(VertexTask::Kind::FindFacing, number, 0, mesh.TriangleCount());
+            facingCount_ += mesh.TriangleCount();
+        }
     }
     needsCoordinates_ = needsCoordinates_ || part.needsCoordinates;
     needsHighlights_ = needsHighlights_ || part.splitsHighlight;

@@ -2,6 +2,7 @@
 #include "platform/drivers/rgb/Setup.h"
 
 #include "platform/drivers/rgb/Clipping.h"
+#include "platform/drivers/rgb/LineSteps.h"
 
 #include <algorithm>
 #include <array>
@@ -294,20 +295,63 @@ private:
 
     std::uint32_t AddLines(const Segment& segment)
     {
-        const DrawMesh& mesh = Mesh();
         const Part& part = CurrentPart();
-        const std::uint8_t* isCulled = batch_.isCulled.Data();
-        for (std::uint32_t i = segment.first; i < segment.first + segment.count; ++i)
+        const DrawMesh::Edge* edges = Mesh().edges.data() + segment.first;
+        const std::uint8_t* isCulled =
+            State().cull == CullMode::None ? nullptr : batch_.isCulled.Data() + part.facingBase;
+        for (std::uint32_t first = 0; first < segment.count; first += LineSurvivors::Capacity)
         {
-            const DrawMesh::Edge& edge = mesh.edges[i];
-            if (State().cull != CullMode::None && isCulled[edge.triangleA + part.facingBase] != 0 &&
-                (edge.triangleB == DrawMesh::NoFace || isCulled[edge.triangleB + part.facingBase] != 0))
-                continue;
-            AddLine(edge.vertexA + part.vertexBase, edge.vertexB + part.vertexBase, FaceOf(edge.triangleA));
+            const std::uint32_t count = std::min(LineSurvivors::Capacity, segment.count - first);
+            const EdgeStretch stretch{
+                edges + first,       count,        isCulled,          part.vertexBase, batch_.vertices.positions.Data(),
+                part.pass->viewport, State().area, batch_.tilesPerRow};
+            const std::uint32_t kept = batch_.kernels->cullEdges(stretch, lines_);
+            bins_.coveredPixels += lines_.coveredPixels;
+            const std::uint32_t done = AddLineSurvivors(kept, edges + first);
+            if (done < kept)
+                return first + static_cast<std::uint32_t>(lines_.edge[done - 1]) + 1;
             if (IsFull())
-                return i + 1 - segment.first;
+                return first + count;
         }
         return segment.count;
+    }
+
+    /// Answers how many were added before the bins were full.
+    std::uint32_t AddLineSurvivors(std::uint32_t count, const DrawMesh::Edge* edges)
+    {
+        const std::uint32_t state = state_;
+        const bool isFlat = State().isFlat;
+        std::uint32_t i = 0;
+        while (i < count)
+        {
+            // Lines in one or two tiles are nearly all.
+            bins_.records.Reserve(bins_.records.Size() + count - i);
+            bins_.pairs.Reserve(bins_.pairs.Size() + 2 * std::size_t{count - i});
+            Record* records = bins_.records.Data();
+            std::uint32_t* pairs = bins_.pairs.Data();
+            std::size_t number = bins_.records.Size();
+            std::size_t pair = bins_.pairs.Size();
+            for (; i < count && lines_.tile[i] != LineSurvivors::Unfinished; ++i, ++number)
+            {
+                const auto a = static_cast<std::uint32_t>(lines_.a[i]);
+                const auto b = static_cast<std::uint32_t>(lines_.b[i]);
+                const std::uint32_t face = isFlat ? FaceOf(edges[lines_.edge[i]].triangleA) : 0;
+                records[number] = {{a, b, a}, face, state};
+                pairs[pair] = static_cast<std::uint32_t>(lines_.tile[i]) << 16 | static_cast<std::uint32_t>(number);
+                pairs[pair + 1] =
+                    static_cast<std::uint32_t>(lines_.secondTile[i]) << 16 | static_cast<std::uint32_t>(number);
+                pair += lines_.tile[i] == lines_.secondTile[i] ? 1 : 2;
+            }
+            bins_.records.Resize(number);
+            bins_.pairs.Resize(pair);
+            if (i < count)
+                AddLine(static_cast<std::uint32_t>(lines_.a[i]), static_cast<std::uint32_t>(lines_.b[i]),
+                        FaceOf(edges[lines_.edge[i]].triangleA));
+            ++i;
+            if (IsFull())
+                return std::min(i, count);
+        }
+        return count;
     }
 
     void AddLine(std::uint32_t a, std::uint32_t b, std::uint32_t face)
@@ -333,29 +377,29 @@ private:
 
     void AddPlacedLine(const Record& record, const ScreenPosition& from, const ScreenPosition& to)
     {
-        // Minor coordinates are rounded: a line reaches half a pixel beyond its box, and one more for rounding.
-        const auto [left, right] = std::minmax(from.x, to.x);
-        const auto [top, bottom] = std::minmax(from.y, to.y);
-        const PixelRect pixels = Intersection(
-            PixelsIn(left - SubPixels, top - SubPixels, right + SubPixels, bottom + SubPixels), State().area);
-        if (pixels.IsEmpty())
-            return;
-        const std::uint32_t number = Append(record);
-        bins_.coveredPixels += static_cast<std::uint64_t>(16 + 4 * (pixels.Width() + pixels.Height()));
-        const TileRange tiles{pixels};
-        if (tiles.IsOne())
-            return bins_.pairs.Append(TileNumber(tiles.left, tiles.top) << 16 | number);
-        const std::int64_t dx = std::int64_t{to.x} - from.x;
-        const std::int64_t dy = std::int64_t{to.y} - from.y;
-        const std::int64_t reach = (std::abs(dx) + std::abs(dy)) * (TileSize / 2 + 1) * SubPixels;
-        for (int y = tiles.top; y <= tiles.bottom; ++y)
-            for (int x = tiles.left; x <= tiles.right; ++x)
+        const LineSteps line{from, to, 0, 0};
+        const PixelRect limits = line.Turned(State().area);
+        const int first = static_cast<int>(std::max<std::int64_t>(line.first, limits.left));
+        const int last = static_cast<int>(std::min<std::int64_t>(line.stop, limits.right)) - 1;
+        constexpr std::uint32_t None = ~0U;
+        std::uint32_t number = None;
+        for (int along = first >> TileShift; along <= last >> TileShift && first <= last; ++along)
+        {
+            // Where the line runs in this row or column of tiles.
+            const auto begin = static_cast<int>(line.Across(std::max(first, along << TileShift)));
+            const auto end = static_cast<int>(line.Across(std::min(last, (along << TileShift) + TileSize - 1)));
+            const int top = std::max(std::min(begin, end), limits.top);
+            const int bottom = std::min(std::max(begin, end), limits.bottom - 1);
+            for (int across = top >> TileShift; across <= bottom >> TileShift && top <= bottom; ++across)
             {
-                const std::int64_t centreX = (std::int64_t{x} * TileSize + TileSize / 2) * SubPixels;
-                const std::int64_t centreY = (std::int64_t{y} * TileSize + TileSize / 2) * SubPixels;
-                if (std::abs(Cross(from, to, centreX, centreY)) <= reach)
-                    bins_.pairs.Append(TileNumber(x, y) << 16 | number);
+                if (number == None)
+                    number = Append(record);
+                bins_.pairs.Append((line.isXMajor ? TileNumber(along, across) : TileNumber(across, along)) << 16 |
+                                   number);
             }
+        }
+        if (number != None)
+            bins_.coveredPixels += static_cast<std::uint64_t>(LineWork + 4 * (last - first));
     }
 
     void AddPoints(const Segment& segment)
@@ -403,6 +447,7 @@ private:
     Bins& bins_;
     std::uint32_t state_ = 0;
     TriangleSurvivors survivors_;
+    LineSurvivors lines_;
 };
 
 /// Larger floats become smaller keys.
