@@ -33,6 +33,19 @@ DrawItem UnlitItem(std::shared_ptr<const DrawMesh> mesh, FillStyle fill = FillSt
     return item;
 }
 
+void AppendVertex(DrawMesh& mesh, const Vector& position)
+{
+    mesh.x.push_back(position.x);
+    mesh.y.push_back(position.y);
+    mesh.z.push_back(position.z);
+    mesh.normalX.push_back(0);
+    mesh.normalY.push_back(0);
+    mesh.normalZ.push_back(-1);
+    mesh.color.push_back(White);
+    mesh.u.push_back(0);
+    mesh.v.push_back(0);
+}
+
 class Coverage : public EveryDriver
 {
 protected:
@@ -473,6 +486,66 @@ TEST_P(Coverage, draws_one_pixel_per_step_of_a_line)
         for (const auto& [x, y] : line.pixels)
             EXPECT_EQ(canvas.At(x, y), 0xFFFFFFU) << x << ", " << y;
     }
+}
+
+TEST_P(Coverage, draws_lines_of_any_length_where_exact_arithmetic_puts_them)
+{
+    // Short ones, and such as run through many tiles, in all directions; a scissor cuts them on all sides.
+    constexpr int Width = 700;
+    constexpr int Height = 150;
+    constexpr int Scale = 256; // positions are whole numbers of 1/256 pixel
+    PassState pass = PixelPass(Width, Height);
+    pass.scissor = {37, 9, 650, 141};
+    std::mt19937 engine{31};
+    const auto below = [&](int limit) { return static_cast<std::int64_t>(engine() % (limit * Scale)); };
+    auto mesh = std::make_shared<DrawMesh>(*OneFace({{0, 0, 0.5F}, {Width, 0, 0.5F}, {0, Height, 0.5F}}));
+    mesh->edges.clear();
+    std::vector<int> expected(Width * Height);
+    for (int i = 0; i < 90; ++i)
+    {
+        const bool isShort = i % 3 != 0;
+        const std::int64_t startX = below(Width - 20);
+        const std::int64_t startY = below(Height - 20);
+        const std::int64_t x[2] = {startX, isShort ? startX + below(20) : below(Width - 1)};
+        const std::int64_t y[2] = {startY, isShort ? startY + below(20) : below(Height - 1)};
+        const int first = i % 2;
+        for (const int end : {first, 1 - first})
+            AppendVertex(*mesh, {static_cast<float>(x[end]) / Scale, static_cast<float>(y[end]) / Scale, 0.5F});
+        mesh->edges.push_back({mesh->VertexCount() - 2, mesh->VertexCount() - 1, 0, DrawMesh::NoFace});
+        const bool isWide = std::abs(x[1] - x[0]) >= std::abs(y[1] - y[0]);
+        const auto* major = isWide ? x : y;
+        const auto* minor = isWide ? y : x;
+        const int low = major[0] < major[1] ? 0 : 1;
+        const std::int64_t length = major[1 - low] - major[low];
+        bool isPoint = true;
+        for (std::int64_t m = 0; m < Width; ++m)
+        {
+            if (m * Scale < major[low] || m * Scale >= major[1 - low])
+                continue;
+            isPoint = false;
+            const std::int64_t rounded =
+                ((minor[low] + Scale / 2) * length + (minor[1 - low] - minor[low]) * (m * Scale - major[low])) /
+                (length * Scale);
+            expected[static_cast<std::size_t>(isWide ? rounded * Width + m : m * Width + rounded)] = 1;
+        }
+        if (isPoint)
+            expected[static_cast<std::size_t>((y[first] + Scale / 2) / Scale * Width +
+                                              (x[first] + Scale / 2) / Scale)] = 1;
+    }
+    mesh->groups[0].edgeCount = static_cast<std::uint32_t>(mesh->edges.size());
+    mesh->identity += 1U << 30;
+    Canvas canvas{Width, Height};
+    DrawPicture(*driver_, canvas, pass, {UnlitItem(mesh, FillStyle::Wireframe)});
+    int different = 0;
+    for (int row = 0; row < Height; ++row)
+        for (int column = 0; column < Width; ++column)
+        {
+            const bool isInside = column >= pass.scissor.left && column < pass.scissor.right &&
+                                  row >= pass.scissor.top && row < pass.scissor.bottom;
+            const bool isExpected = isInside && expected[static_cast<std::size_t>(row * Width + column)] != 0;
+            different += (canvas.At(column, row) != 0) != isExpected ? 1 : 0;
+        }
+    EXPECT_EQ(different, 0);
 }
 
 TEST_P(Coverage, draws_the_sides_of_a_face_but_not_its_triangles)
