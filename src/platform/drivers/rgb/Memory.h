@@ -26,7 +26,8 @@ struct WorkCounts
     std::size_t passes = 0;       ///< of these
     std::size_t lights = 0;       ///< of all passes that were put off
     std::size_t meshes = 0;       ///< alive, with what was found out about them
-    std::size_t meshFaces = 0;    ///< of these: faces and groups
+    std::size_t meshFaces = 0;    ///< of these
+    std::size_t meshGroups = 0;   ///< of these
     std::size_t textures = 0;
     std::size_t texels = 0; ///< of these, without mip levels
 
@@ -44,8 +45,8 @@ std::size_t BatchBytes(const WorkCounts& counts);
 ///   threads  16,384 a thread (the colors of a tile), and what one work unit may overshoot: see UnitBytes
 ///   batch    64 a vertex, 32 a face, 1 a facing, 7 a point, 2 a vertex of a mesh of points, 150 a waiting triangle
 ///   bins     three times RgbLimits::roundBytes: what is kept, and what a round fills with room to grow
-///   lists    1,280 a state, 160 a unit, 1,024 a recorded item, 1,536 a pass, 160 a light
-///   meshes   256 a mesh, 36 a face or group
+///   lists    about 1,200 a state, 160 a unit, 1,200 a recorded item, 1,900 a pass, 200 a light
+///   meshes   256 a mesh, 4 a face, about 20 a group
 ///   texels   8 a texel and 2,048 a texture (mip levels and the repeated column)
 ///   fixed    1 MiB
 std::size_t MostBytes(const WorkCounts& counts, const RgbLimits& limits);

@@ -119,7 +119,15 @@ std::size_t MeshFactsCache::FaceCount() const
 {
     std::size_t count = 0;
     for (const auto& [mesh, entry] : entries_)
-        count += entry.facts != nullptr ? entry.facts->faceVertices.size() + entry.facts->groups.size() : 0;
+        count += entry.facts != nullptr ? entry.facts->faceVertices.size() : 0;
+    return count;
+}
+
+std::size_t MeshFactsCache::GroupCount() const
+{
+    std::size_t count = 0;
+    for (const auto& [mesh, entry] : entries_)
+        count += entry.facts != nullptr ? entry.facts->groups.size() : 0;
     return count;
 }
 

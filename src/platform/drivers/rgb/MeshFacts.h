@@ -47,7 +47,8 @@ public:
     void Sweep();
 
     std::size_t Count() const { return entries_.size(); }
-    std::size_t FaceCount() const; ///< faces and groups of the meshes it knows
+    std::size_t FaceCount() const; ///< of the meshes it knows
+    std::size_t GroupCount() const;
     std::size_t HeldBytes() const;
 
 private:

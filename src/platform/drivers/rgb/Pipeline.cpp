@@ -113,6 +113,7 @@ void Pipeline::CountRecorded()
         counts.lights += passes_[i].lights.size();
     counts.meshes = facts_.Count();
     counts.meshFaces = facts_.FaceCount();
+    counts.meshGroups = facts_.GroupCount();
     most_.Include(counts);
 }
 
