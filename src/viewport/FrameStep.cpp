@@ -70,7 +70,7 @@ DriverMemory Viewport::MemoryOfDriver() const
 
 void Viewport::RebuildPending()
 {
-    if (!IsRunMode() || !drawing_.DeviceRebuildPending)
+    if (!drawing_.DeviceRebuildPending || !IsRunMode())
         return;
     const Trap trap{Source};
     trap([&] { RequireFreeSurfaces(); });

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -27,24 +28,32 @@ public:
 
     EventConnection Connect(Handler handler)
     {
-        handlers_.push_back({++lastConnection_, std::move(handler)});
+        auto handlers = handlers_ ? std::make_shared<Handlers>(*handlers_) : std::make_shared<Handlers>();
+        handlers->push_back({++lastConnection_, std::move(handler)});
+        handlers_ = std::move(handlers);
         return lastConnection_;
     }
 
     void Disconnect(EventConnection connection)
     {
-        std::erase_if(handlers_, [=](const Entry& entry) { return entry.connection == connection; });
+        if (!IsConnected(connection))
+            return;
+        const auto handlers = std::make_shared<Handlers>(*handlers_);
+        std::erase_if(*handlers, [=](const Entry& entry) { return entry.connection == connection; });
+        handlers_ = handlers;
     }
 
     void Raise(Arguments... arguments)
     {
-        const std::vector<Entry> atStart = handlers_;
-        for (const Entry& entry : atStart)
+        const std::shared_ptr<const Handlers> atStart = handlers_;
+        if (!atStart)
+            return;
+        for (const Entry& entry : *atStart)
             if (IsConnected(entry.connection))
                 entry.handler(arguments...);
     }
 
-    bool HasHandlers() const { return !handlers_.empty(); }
+    bool HasHandlers() const { return handlers_ && !handlers_->empty(); }
 
 private:
     struct Entry
@@ -52,13 +61,15 @@ private:
         EventConnection connection;
         Handler handler;
     };
+    using Handlers = std::vector<Entry>;
 
     bool IsConnected(EventConnection connection) const
     {
-        return std::ranges::any_of(handlers_, [=](const Entry& entry) { return entry.connection == connection; });
+        return handlers_ &&
+               std::ranges::any_of(*handlers_, [=](const Entry& entry) { return entry.connection == connection; });
     }
 
-    std::vector<Entry> handlers_;
+    std::shared_ptr<const Handlers> handlers_; // never changed but replaced: a raise goes on with those at its start
     EventConnection lastConnection_ = 0;
 };
 

@@ -250,8 +250,12 @@ PixelRect VirtualWindow::ScreenRect() const
 void VirtualWindow::Present(const PixelView& source, const PixelRect& destination)
 {
     faults::Point("ControlWindow.Present");
-    for (const PixelRect& part : VisibleRegion())
+    const auto show = [&](const PixelRect& part) {
         CopyBlock(source, screen_->Pixels(), {source.Bounds(), destination}, part);
+    };
+    if (screen_->windows_.back() == this) // nothing covers it: no list of parts, which would take memory each time
+        return show(Intersection(client_, screen_->Bounds()));
+    std::ranges::for_each(VisibleRegion(), show);
 }
 
 PixelRect VirtualWindow::OuterRect() const

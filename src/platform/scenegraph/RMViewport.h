@@ -113,7 +113,14 @@ private:
     Matrix4 CameraToWorld() const;
     PassState MakePass(const Matrix4& worldToCamera) const;
     DrawItem ItemFor(class MeshBuilder& mesh, const Matrix4& world) const;
-    std::vector<DrawItem> VisibleItems(Frame& top, const Matrix4& worldToClip) const;
+    void CollectVisible(Frame& top, const Matrix4& worldToClip, std::vector<DrawItem>& items) const;
+
+    // What a rendering hands over: the memory stays for the next one.
+    struct Lists
+    {
+        std::vector<LightState> lights;
+        std::vector<DrawItem> items;
+    };
 
     std::shared_ptr<Device> device_;
     std::shared_ptr<Frame> camera_;
@@ -122,6 +129,7 @@ private:
     float front_ = 1.0F;
     float back_ = 100.0F;
     float field_ = 0.5F;
+    Lists lists_;
 };
 
 } // namespace lumora

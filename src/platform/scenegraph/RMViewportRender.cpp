@@ -20,9 +20,8 @@ constexpr const char* Source = "RMViewport";
 constexpr float SoftAmbient = 0.25F;
 constexpr float CameraLight = 0.75F;
 
-std::vector<LightState> LightsOf(Frame& root, Double3 viewDirection)
+void CollectLights(Frame& root, Double3 viewDirection, std::vector<LightState>& lights)
 {
-    std::vector<LightState> lights;
     const auto collect = [&](Frame& frame)
     {
         if (frame.Lights().empty() || !lumora::IsFinite(frame.WorldTransform()))
@@ -32,7 +31,7 @@ std::vector<LightState> LightsOf(Frame& root, Double3 viewDirection)
     };
     VisitFrames(root, collect);
     if (!lights.empty())
-        return lights;
+        return;
     LightState ambient;
     ambient.kind = LightKind::Ambient;
     ambient.color = {SoftAmbient, SoftAmbient, SoftAmbient};
@@ -40,7 +39,8 @@ std::vector<LightState> LightsOf(Frame& root, Double3 viewDirection)
     atCamera.kind = LightKind::Directional;
     atCamera.color = {CameraLight, CameraLight, CameraLight};
     atCamera.direction = viewDirection;
-    return {ambient, atCamera};
+    lights.push_back(ambient);
+    lights.push_back(atCamera);
 }
 
 FogState FogOf(const SceneSettings& settings)
@@ -193,9 +193,8 @@ DrawItem RMViewport::ItemFor(MeshBuilder& mesh, const Matrix4& world) const
     return item;
 }
 
-std::vector<DrawItem> RMViewport::VisibleItems(Frame& top, const Matrix4& worldToClip) const
+void RMViewport::CollectVisible(Frame& top, const Matrix4& worldToClip, std::vector<DrawItem>& items) const
 {
-    std::vector<DrawItem> items;
     const auto collect = [&](Frame& frame)
     {
         if (frame.Visuals().empty())
@@ -212,7 +211,6 @@ std::vector<DrawItem> RMViewport::VisibleItems(Frame& top, const Matrix4& worldT
         }
     };
     VisitFrames(top, collect);
-    return items;
 }
 
 void RMViewport::Render(const std::shared_ptr<Frame>& frame)
@@ -225,16 +223,21 @@ void RMViewport::Render(const std::shared_ptr<Frame>& frame)
 
     PassState pass = MakePass(*worldToCamera);
     const auto root = frame->Root();
-    const std::vector<LightState> lights = LightsOf(*root, pass.viewDirection);
-    pass.lights = lights;
+    Lists lists; // taken away while they are in use: what is called on the way might draw, too
+    std::swap(lists, lists_);
+    CollectLights(*root, pass.viewDirection, lists.lights);
+    pass.lights = lists.lights;
     pass.fog = FogOf(root->Scene());
-    const std::vector<DrawItem> items = VisibleItems(*frame, *worldToCamera * pass.cameraToClip);
+    CollectVisible(*frame, *worldToCamera * pass.cameraToClip, lists.items);
 
     Pass drawing{device_->TheDriver(), pass};
-    drawing.Draw(items);
+    drawing.Draw(lists.items);
     drawing.End();
-    for (const DrawItem& item : items)
+    for (const DrawItem& item : lists.items)
         device_->CountTriangles(item.mesh->TriangleCount());
+    lists.lights.clear();
+    lists.items.clear();
+    std::swap(lists, lists_);
 }
 
 } // namespace lumora

@@ -120,6 +120,9 @@ std::vector<RgbOptions> Variants()
     for (const SimdLevel level : AvailableSimdLevels())
         for (const int threads : {1, 2, 4})
             variants.push_back({threads, false, level});
+    variants.back().limits = {1U << 10, std::size_t{1} << 30, std::size_t{1} << 14, 0}; // many rounds and batches
+    variants.push_back(variants.back());
+    variants.back().threads = 1;
     return variants;
 }
 

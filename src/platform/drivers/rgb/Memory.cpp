@@ -26,7 +26,7 @@ constexpr std::size_t Grown(std::size_t bytes)
     return bytes + bytes / 2;
 }
 
-static_assert(BytesPerVertex == 64 && BytesPerTile == 16641 && BytesPerSorted == 36);
+static_assert(BytesPerVertex == 64 && BytesPerTile == 16641);
 
 } // namespace
 
@@ -48,6 +48,8 @@ void WorkCounts::Include(const WorkCounts& other)
     take(lights, other.lights);
     take(meshes, other.meshes);
     take(meshFaces, other.meshFaces);
+    take(meshGroups, other.meshGroups);
+    take(meshTriangles, other.meshTriangles);
     take(textures, other.textures);
     take(texels, other.texels);
 }
@@ -81,9 +83,13 @@ std::size_t MostBytes(const WorkCounts& counts, const RgbLimits& limits)
     const std::size_t perThread = sizeof(TileScratch) + UnitBytes(counts, limits);
     const std::size_t batch = BytesPerVertex * counts.vertices + BytesPerFace * counts.faces + counts.facings +
                               7 * counts.points + 2 * counts.meshVertices + PerWaiting * counts.waiting;
-    const std::size_t lists = 1280 * counts.states + 1280 * counts.units + 1024 * counts.recorded +
-                              1536 * counts.passes + 160 * counts.lights;
-    const std::size_t others = 256 * counts.meshes + 36 * counts.meshFaces + 8 * counts.texels + 2048 * counts.textures;
+    // Lists double as they grow.
+    const std::size_t lists = 2 * (sizeof(Part) + sizeof(DrawState) + 4 * sizeof(Segment)) * counts.states +
+                              1280 * counts.units + 3 * (2 * sizeof(RecordedItem) + 64) * counts.recorded +
+                              3 * sizeof(Pass) * counts.passes + 3 * sizeof(LightValues) * counts.lights;
+    const std::size_t others = 256 * counts.meshes + sizeof(std::uint32_t) * counts.meshFaces +
+                               sizeof(MeshFacts::GroupFacts) * counts.meshGroups +
+                               4 * sizeof(float) * counts.meshTriangles + 8 * counts.texels + 2048 * counts.textures;
     return Fixed + BytesPerTile * counts.tiles + perThread * counts.threads + 3 * limits.roundBytes + batch + lists +
            others;
 }

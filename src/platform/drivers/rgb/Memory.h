@@ -13,20 +13,22 @@ namespace lumora::rgb
 struct WorkCounts
 {
     std::size_t threads = 0;
-    std::size_t tiles = 0;        ///< of 64 by 64 pixels, in the target
-    std::size_t vertices = 0;     ///< of a batch
-    std::size_t faces = 0;        ///< of a batch, lit as a whole
-    std::size_t facings = 0;      ///< triangles of a batch whose winding lines and points ask for
-    std::size_t points = 0;       ///< of a batch
-    std::size_t meshVertices = 0; ///< of the largest mesh drawn as points
-    std::size_t waiting = 0;      ///< triangles of a batch that are looked through for those to sort
-    std::size_t states = 0;       ///< groups and clears of a batch
-    std::size_t units = 0;        ///< work units and vertex tasks of a batch
-    std::size_t recorded = 0;     ///< items and clears that were put off
-    std::size_t passes = 0;       ///< of these
-    std::size_t lights = 0;       ///< of all passes that were put off
-    std::size_t meshes = 0;       ///< alive, with what was found out about them
-    std::size_t meshFaces = 0;    ///< of these: faces, groups and triangles
+    std::size_t tiles = 0;         ///< of 64 by 64 pixels, in the target
+    std::size_t vertices = 0;      ///< of a batch
+    std::size_t faces = 0;         ///< of a batch, lit as a whole
+    std::size_t facings = 0;       ///< triangles of a batch whose winding lines and points ask for
+    std::size_t points = 0;        ///< of a batch
+    std::size_t meshVertices = 0;  ///< of the largest mesh drawn as points
+    std::size_t waiting = 0;       ///< triangles of a batch that are looked through for those to sort
+    std::size_t states = 0;        ///< groups and clears of a batch
+    std::size_t units = 0;         ///< work units and vertex tasks of a batch
+    std::size_t recorded = 0;      ///< items and clears that were put off
+    std::size_t passes = 0;        ///< of these
+    std::size_t lights = 0;        ///< of all passes that were put off
+    std::size_t meshes = 0;        ///< alive, with what was found out about them
+    std::size_t meshFaces = 0;     ///< of these
+    std::size_t meshGroups = 0;    ///< of these
+    std::size_t meshTriangles = 0; ///< of these
     std::size_t textures = 0;
     std::size_t texels = 0; ///< of these, without mip levels
 
@@ -44,8 +46,8 @@ std::size_t BatchBytes(const WorkCounts& counts);
 ///   threads  33,088 a thread (the colors and depth of a tile), and what one work unit may overshoot: see UnitBytes
 ///   batch    64 a vertex, 32 a face, 1 a facing, 7 a point, 2 a vertex of a mesh of points, 138 a waiting triangle
 ///   bins     three times RgbLimits::roundBytes: what is kept, and what a round fills with room to grow
-///   lists    1,280 a state, 1,280 a unit, 1,024 a recorded item, 1,536 a pass, 160 a light
-///   meshes   256 a mesh, 36 a face, group or triangle
+///   lists    about 1,200 a state, 1,280 a unit, 1,200 a recorded item, 1,900 a pass, 200 a light
+///   meshes   256 a mesh, 4 a face, about 20 a group, 16 a triangle (of meshes drawn as lines or points)
 ///   texels   8 a texel and 2,048 a texture (mip levels and the repeated column)
 ///   fixed    1 MiB
 std::size_t MostBytes(const WorkCounts& counts, const RgbLimits& limits);

@@ -166,8 +166,24 @@ std::size_t MeshFactsCache::FaceCount() const
 {
     std::size_t count = 0;
     for (const auto& [mesh, entry] : entries_)
-        if (const std::shared_ptr<const DrawMesh> alive = entry.mesh.lock(); alive != nullptr && entry.facts != nullptr)
-            count += entry.facts->faceVertices.size() + entry.facts->groups.size() + alive->TriangleCount();
+        count += entry.facts != nullptr ? entry.facts->faceVertices.size() : 0;
+    return count;
+}
+
+std::size_t MeshFactsCache::GroupCount() const
+{
+    std::size_t count = 0;
+    for (const auto& [mesh, entry] : entries_)
+        count += entry.facts != nullptr ? entry.facts->groups.size() : 0;
+    return count;
+}
+
+std::size_t MeshFactsCache::TriangleCount() const
+{
+    std::size_t count = 0;
+    for (const auto& [mesh, entry] : entries_)
+        if (const std::shared_ptr<const DrawMesh> alive = entry.mesh.lock())
+            count += alive->TriangleCount();
     return count;
 }
 

@@ -67,7 +67,9 @@ public:
     void Sweep();
 
     std::size_t Count() const { return entries_.size(); }
-    std::size_t FaceCount() const; ///< faces, groups and triangles of the meshes it knows
+    std::size_t FaceCount() const; ///< of the meshes it knows
+    std::size_t GroupCount() const;
+    std::size_t TriangleCount() const;
     std::size_t HeldBytes() const;
 
 private:

@@ -124,6 +124,8 @@ void Pipeline::CountRecorded()
         counts.lights += passes_[i].lights.size();
     counts.meshes = facts_.Count();
     counts.meshFaces = facts_.FaceCount();
+    counts.meshGroups = facts_.GroupCount();
+    counts.meshTriangles = facts_.TriangleCount();
     most_.Include(counts);
 }
 
