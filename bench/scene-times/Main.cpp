@@ -39,31 +39,39 @@ double Now()
 class TimedDriver final : public Driver
 {
 public:
-    TimedDriver(std::unique_ptr<Driver> driver, double& recording) : driver_(std::move(driver)), recording_(recording)
+    struct Seen
     {
-    }
+        double recording = 0;
+        PixelView target;
+    };
 
-    void SetTarget(const PixelView& target) override { driver_->SetTarget(target); }
+    TimedDriver(std::unique_ptr<Driver> driver, Seen& seen) : driver_(std::move(driver)), seen_(seen) {}
+
+    void SetTarget(const PixelView& target) override
+    {
+        seen_.target = target;
+        driver_->SetTarget(target);
+    }
     void Clear(ClearParts parts, const PixelRect& area, std::uint32_t color) override
     {
         driver_->Clear(parts, area, color);
     }
     void Begin(const PassState& pass) override
     {
-        recording_ -= Now();
+        seen_.recording -= Now();
         driver_->Begin(pass);
     }
     void Draw(const DrawItem& item) override { driver_->Draw(item); }
     void End() override
     {
         driver_->End();
-        recording_ += Now();
+        seen_.recording += Now();
     }
     void Finish() override { driver_->Finish(); }
 
 private:
     std::unique_ptr<Driver> driver_;
-    double& recording_;
+    Seen& seen_;
 };
 
 /// The stages of a frame, milliseconds.
@@ -90,7 +98,7 @@ class Stand
 public:
     Stand(const Load& load, int threads) : load_(load), scene_(MakeScene(load.kind))
     {
-        auto driver = std::make_unique<TimedDriver>(MakeRgbDriver({.threads = threads}), recording_);
+        auto driver = std::make_unique<TimedDriver>(MakeRgbDriver({.threads = threads}), seen_);
         device_ = Device::FromClipper(std::move(driver), std::make_shared<Clipper>(), Width, Height);
         device_->SetRenderMode(load.kind.isGlass ? rendermode::BlendedTransparency | rendermode::SortedTransparency
                                                  : 0);
@@ -103,7 +111,7 @@ public:
 
     Times Draw(int frame)
     {
-        recording_ = 0;
+        seen_.recording = 0;
         const double start = Now();
         Move(frame);
         const double moved = Now();
@@ -111,7 +119,17 @@ public:
         viewport_->Render(scene_.root);
         const double rendered = Now();
         device_->Update();
-        return {moved - start, rendered - moved - recording_, recording_, Now() - rendered};
+        return {moved - start, rendered - moved - seen_.recording, seen_.recording, Now() - rendered};
+    }
+
+    /// Of the last picture: the same for any number of threads and any version that draws the same.
+    std::uint32_t Checksum() const
+    {
+        std::uint32_t sum = 2166136261U;
+        for (int y = 0; y < seen_.target.height; ++y)
+            for (int x = 0; x < seen_.target.width; ++x)
+                sum = (sum ^ seen_.target.Row(y)[x]) * 16777619U;
+        return sum;
     }
 
 private:
@@ -126,7 +144,7 @@ private:
 
     const Load& load_;
     BoxScene scene_;
-    double recording_ = 0;
+    TimedDriver::Seen seen_;
     std::shared_ptr<Device> device_;
     std::shared_ptr<RMViewport> viewport_;
 };
@@ -155,10 +173,10 @@ void Measure(const Load& load, const Options& options)
         }
         times[StageCount].push_back(whole);
     }
-    std::printf("%-26s %8d", load.name, load.kind.visuals);
+    std::printf("%-26s %8d %8d", load.name, load.kind.visuals, load.kind.meshes);
     for (const auto& stage : times)
         std::printf(" %9.3f", Median(stage));
-    std::printf(" %9.1f\n", Median(times[StageCount]) / load.kind.visuals * 1e6);
+    std::printf(" %9.1f  %08x\n", Median(times[StageCount]) / load.kind.visuals * 1e6, stand.Checksum());
     std::fflush(stdout);
 }
 
@@ -227,8 +245,8 @@ int main(int count, char** words)
 try
 {
     const Options options = Parsed(count, words);
-    std::printf("boxes of 12 triangles, 1280x720, medians, ms\n%-26s %8s %9s %9s %9s %9s %9s %9s\n", "scene", "visuals",
-                "move", "cull", "record", "draw", "whole", "ns each");
+    std::printf("boxes of 12 triangles, 1280x720, medians, ms\n%-26s %8s %8s %9s %9s %9s %9s %9s %9s  %s\n", "scene",
+                "visuals", "meshes", "move", "cull", "record", "draw", "whole", "ns each", "picture");
     for (const Load& load : StandardLoads(options.most))
         if (std::strstr(load.name, options.only.c_str()) != nullptr)
             Measure(load, options);

@@ -68,9 +68,15 @@ BoxScene MakeScene(const SceneKind& kind)
     {
         const bool isTop = kind.shape == Shape::Flat || i == 0;
         const int above = kind.shape == Shape::Chain ? i - 1 : (i - 1) / 10;
-        const auto frame = Frame::Make(isTop ? scene.root : scene.frames[static_cast<std::size_t>(above)]);
-        const auto place = [&](int number) { return static_cast<float>((number + 0.5) * step - PlaneSide / 2); };
-        frame->SetPosition(nullptr, place(i % perRow), place(i / perRow), PlaneDepth);
+        const auto parent = isTop ? scene.root : scene.frames[static_cast<std::size_t>(above)];
+        const auto frame = Frame::Make(parent);
+        const auto column = [&](int number)
+        { return static_cast<float>((number % perRow + 0.5) * step - PlaneSide / 2); };
+        const auto row = [&](int number) { return static_cast<float>((number / perRow + 0.5) * step - PlaneSide / 2); };
+        if (isTop)
+            frame->SetPosition(parent, column(i), row(i), PlaneDepth);
+        else
+            frame->SetPosition(parent, column(i) - column(above), row(i) - row(above), 0);
         frame->AddVisual(meshes[static_cast<std::size_t>(Scattered(i, kind.meshes))]);
         scene.frames.push_back(frame);
     }

@@ -1,5 +1,7 @@
 #include "platform/drivers/rgb/MeshFacts.h"
 
+#include "platform/drivers/rgb/Textures.h"
+
 #include <algorithm>
 
 namespace lumora::rgb
@@ -50,10 +52,7 @@ public:
         least_ = std::min(least_, number);
         greatest_ = std::max(greatest_, number);
     }
-    MeshFacts::Range Found() const
-    {
-        return least_ > greatest_ ? MeshFacts::Range{} : MeshFacts::Range{least_, greatest_ - least_ + 1};
-    }
+    Range Found() const { return least_ > greatest_ ? Range{} : Range{least_, greatest_ - least_ + 1}; }
 
 private:
     std::uint32_t least_ = DrawMesh::NoFace;
@@ -81,7 +80,15 @@ MeshFacts::GroupFacts FactsOf(const DrawMesh& mesh, const DrawMesh::Group& group
         vertices.Include(mesh.edges[i].vertexB);
         faces.Include(mesh.triangleFace[mesh.edges[i].triangleA]);
     }
-    return {vertices.Found(), faces.Found(), isAllTranslucent};
+    const TextureImage* texture = IsUsable(group.texture.get()) ? group.texture.get() : nullptr;
+    return {{group.firstTriangle, group.triangleCount},
+            {group.firstEdge, group.edgeCount},
+            vertices.Found(),
+            faces.Found(),
+            &group.material,
+            texture,
+            group.translucent,
+            isAllTranslucent};
 }
 
 } // namespace
@@ -94,24 +101,44 @@ bool IsConsistent(const DrawMesh& mesh)
            std::ranges::all_of(mesh.triangleFace, [&](std::uint32_t f) { return f < faces; });
 }
 
-MeshFacts::MeshFacts(const DrawMesh& mesh) : faceVertices(mesh.faceNormalX.size())
+MeshFacts::MeshFacts(const DrawMesh& mesh)
+    : faceVertices(mesh.faceNormalX.size()), vertexCount(mesh.VertexCount()),
+      faceCount(static_cast<std::uint32_t>(mesh.faceNormalX.size())), triangleCount(mesh.TriangleCount())
 {
     for (std::uint32_t triangle = mesh.TriangleCount(); triangle-- > 0;)
         faceVertices[mesh.triangleFace[triangle]] = mesh.indices[3 * std::size_t{triangle}];
     for (const DrawMesh::Group& group : mesh.groups)
     {
         groups.push_back(FactsOf(mesh, group));
+        const GroupFacts& facts = groups.back();
         hasOneMaterial = hasOneMaterial && group.material == mesh.groups.front().material;
+        areAllTextured = areAllTextured && (facts.texture == nullptr) == (groups.front().texture == nullptr);
+        hasTranslucency =
+            hasTranslucency || facts.isTranslucent || (facts.texture != nullptr && facts.texture->hasTranslucency);
     }
 }
 
 const MeshFacts* MeshFactsCache::Find(const std::shared_ptr<const DrawMesh>& mesh)
 {
+    if (mesh.get() == last_)
+        return factsOfLast_;
     Entry& entry = entries_[mesh.get()];
     const bool isSame = !entry.mesh.owner_before(mesh) && !mesh.owner_before(entry.mesh);
     if (!isSame || entry.facts == nullptr)
         entry = {mesh, IsConsistent(*mesh) ? std::make_unique<const MeshFacts>(*mesh) : nullptr};
-    return entry.facts.get();
+    if (entry.lastHold != hold_)
+        held_.push_back(mesh);
+    entry.lastHold = hold_;
+    last_ = mesh.get();
+    factsOfLast_ = entry.facts.get();
+    return factsOfLast_;
+}
+
+void MeshFactsCache::Release()
+{
+    held_.clear();
+    ++hold_;
+    last_ = nullptr;
 }
 
 void MeshFactsCache::Sweep()

@@ -58,12 +58,16 @@ bool Pipeline::RecordItem(const DrawItem& item)
     if (facts == nullptr)
         return false;
     const auto pass = static_cast<std::uint32_t>(passCount_ - 1);
-    if (!MayBeSeen(item, passes_[pass]))
+    if (!item.isInView && !MayBeSeen(item.world, item.mesh->bounds, passes_[pass]))
         return true;
-    items_.push_back({item, pass, facts});
-    commands_.push_back({Command::Kind::Item, static_cast<std::uint32_t>(items_.size() - 1), 1, {}, {}, 0});
-    if (HasWaiting(item, passes_[pass]))
-        waiting_.push_back({item, pass, facts});
+    const auto number = static_cast<std::uint32_t>(items_.size());
+    items_.push_back({item.world, item.mesh.get(), facts, pass, item.fill, item.gouraud, item.lit});
+    if (!commands_.empty() && commands_.back().kind == Command::Kind::Items)
+        ++commands_.back().count;
+    else
+        commands_.push_back({Command::Kind::Items, number, 1, {}, {}, 0});
+    if (HasWaiting(items_.back(), passes_[pass]))
+        waiting_.push_back(items_.back());
     return true;
 }
 
@@ -96,6 +100,8 @@ void Pipeline::DrawRecorded()
     items_.clear();
     waiting_.erase(waiting_.begin(), waiting_.begin() + static_cast<std::ptrdiff_t>(firstWaiting_));
     firstWaiting_ = 0;
+    if (waiting_.empty())
+        facts_.Release();
 }
 
 void Pipeline::Finish()
@@ -116,6 +122,7 @@ void Pipeline::Forget()
     items_.clear();
     waiting_.clear();
     firstWaiting_ = 0;
+    facts_.Release();
     passCount_ = 0;
 }
 
@@ -129,10 +136,12 @@ void Pipeline::RunCommand(const Command& command)
             planner_.AddItem(waiting_[i], passes_[waiting_[i].pass], Share::Waiting);
         return RunBatch();
     }
-    const RecordedItem& recorded = items_[command.first];
-    planner_.AddItem(recorded, passes_[recorded.pass], Share::AtOnce);
-    if (planner_.IsFull())
-        RunBatch();
+    for (std::uint32_t i = command.first; i < command.first + command.count; ++i)
+    {
+        planner_.AddItem(items_[i], passes_[items_[i].pass], Share::AtOnce);
+        if (planner_.IsFull())
+            RunBatch();
+    }
 }
 
 /// What is drawn at once, and then, sorted, what waits.
@@ -215,24 +224,40 @@ void Pipeline::Share(std::size_t count, bool alone, Work work)
 void Pipeline::PlaceAndLight(bool alone)
 {
     planner_.ReserveVertices();
-    Share(batch_.vertexTasks.size(), alone,
-          [&](std::size_t number, int)
-          {
-              const VertexTask& task = batch_.vertexTasks[number];
-              const Part& part = batch_.parts[task.part];
-              switch (task.kind)
-              {
-              case VertexTask::Kind::PlaceAndLight:
-                  kernels_.light(part, task.first, task.count, task.first + part.vertexBase, batch_.vertices);
-                  [[fallthrough]];
-              case VertexTask::Kind::Place:
-                  return kernels_.place(part, task.first, task.count, task.first + part.vertexBase, batch_.vertices);
-              case VertexTask::Kind::LightFaces:
-                  return kernels_.lightFaces(part, task.first, task.count, task.first + part.faceBase, batch_.faces);
-              case VertexTask::Kind::FindFacing:
-                  return FindFacing(part, task);
-              }
-          });
+    Share(batch_.vertexTasks.size(), alone, [&](std::size_t number, int) { RunTask(batch_.vertexTasks[number]); });
+}
+
+void Pipeline::RunTask(const VertexTask& task)
+{
+    const Range& range = task.range;
+    const Part& part = batch_.parts[task.part];
+    switch (task.kind)
+    {
+    case VertexTask::Kind::PlaceAndLight:
+        kernels_.light(part, range.first, range.count, range.first + part.vertexBase, batch_.vertices);
+        [[fallthrough]];
+    case VertexTask::Kind::Place:
+        return kernels_.place(part, range.first, range.count, range.first + part.vertexBase, batch_.vertices);
+    case VertexTask::Kind::LightFaces:
+        return kernels_.lightFaces(part, range.first, range.count, range.first + part.faceBase, batch_.faces);
+    case VertexTask::Kind::FindFacing:
+        return FindFacing(part, range);
+    case VertexTask::Kind::WholeParts:
+        for (std::uint32_t i = task.part; i < task.part + range.count; ++i)
+            RunWhole(i);
+    }
+}
+
+void Pipeline::RunWhole(std::uint32_t number)
+{
+    using enum VertexTask::Kind;
+    Part& part = batch_.parts[number];
+    part.Prepare();
+    RunTask({part.lightsFaces ? Place : PlaceAndLight, number, part.vertices});
+    if (part.faces.count != 0)
+        RunTask({LightFaces, number, part.faces});
+    if (part.triangles.count != 0)
+        RunTask({FindFacing, number, part.triangles});
 }
 
 namespace
@@ -263,9 +288,9 @@ struct WindingRule
 
 } // namespace
 
-void Pipeline::FindFacing(const Part& part, const VertexTask& task)
+void Pipeline::FindFacing(const Part& part, const Range& range)
 {
-    const DrawMesh& mesh = *part.item->mesh;
+    const DrawMesh& mesh = *part.mesh;
     const bool cullsClockwise = part.pass->state.cull == CullMode::Clockwise;
     const WindingRule rule{part.toClip};
     const auto corner = [&](std::size_t index)
@@ -273,7 +298,7 @@ void Pipeline::FindFacing(const Part& part, const VertexTask& task)
         const std::uint32_t v = mesh.indices[index];
         return Double3{mesh.x[v], mesh.y[v], mesh.z[v]};
     };
-    for (std::uint32_t triangle = task.first; triangle < task.first + task.count; ++triangle)
+    for (std::uint32_t triangle = range.first; triangle < range.first + range.count; ++triangle)
     {
         const std::size_t first = 3 * std::size_t{triangle};
         const double winding = rule.Of(corner(first), corner(first + 1), corner(first + 2));

@@ -32,7 +32,7 @@ public:
     /// What waits to be sorted is to be drawn at this point of the recording.
     void DrawWaiting();
 
-    std::size_t RecordedCount() const { return commands_.size() + waiting_.size(); }
+    std::size_t RecordedCount() const { return commands_.size() + items_.size() + waiting_.size(); }
 
     /// Draws everything recorded but what waits to be sorted.
     void DrawRecorded();
@@ -46,11 +46,11 @@ private:
     {
         enum class Kind : std::uint8_t
         {
-            Item,
+            Items,
             Clear,
-            Waiting, ///< waiting items from `first` on
+            Waiting, ///< of the waiting items
         };
-        Kind kind = Kind::Item;
+        Kind kind = Kind::Items;
         std::uint32_t first = 0;
         std::uint32_t count = 0;
         ClearParts parts;
@@ -61,7 +61,9 @@ private:
     void RunCommand(const Command& command);
     void RunBatch();
     void PlaceAndLight(bool alone);
-    void FindFacing(const Part& part, const VertexTask& task);
+    void RunTask(const VertexTask& task);
+    void RunWhole(std::uint32_t part);
+    void FindFacing(const Part& part, const Range& range);
     void CollectWaiting(bool alone);
     void SortWaiting();
     void DrawUnits(bool alone);
