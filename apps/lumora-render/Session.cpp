@@ -6,6 +6,7 @@
 #include "platform/drivers/StandardDrivers.h"
 #include "platform/headless/MemoryPropertyBag.h"
 #include "platform/headless/SessionPlayer.h"
+#include "platform/scenegraph/MeshBuilder.h"
 #include "stage/Placing.h"
 #include "viewport/Viewport.h"
 
@@ -14,6 +15,7 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <numbers>
+#include <sys/resource.h>
 
 namespace lumora::render
 {
@@ -58,6 +60,24 @@ std::unique_ptr<headless::HostedViewport> HostFor(const Request& request, const 
     return headless::HostedViewport::Live(std::move(host), bag);
 }
 
+// Visits each mesh once, however many frames show it: a compiled mesh is kept.
+void CompileMeshes(const Frame& frame)
+{
+    for (const auto& visual : frame.Visuals())
+        if (const auto mesh = std::dynamic_pointer_cast<MeshBuilder>(visual))
+            mesh->Compiled();
+    for (const auto& child : frame.Children())
+        CompileMeshes(*child);
+}
+
+// Bytes that were resident at most, of this program or of those it has started.
+std::uint64_t PeakMemory(__rusage_who whose)
+{
+    rusage usage{};
+    getrusage(whose, &usage);
+    return static_cast<std::uint64_t>(usage.ru_maxrss) * 1024;
+}
+
 double MedianOf(std::vector<double> values)
 {
     std::ranges::sort(values);
@@ -87,6 +107,9 @@ Session::Session(const Request& request, const std::vector<Setting>& stored, con
 
 void Session::Show(const stage::Stage& shown)
 {
+    const auto start = std::chrono::steady_clock::now();
+    CompileMeshes(*shown.scene);
+    compileTime_ = std::chrono::steady_clock::now() - start;
     Viewport& viewport = hosted_->Control();
     viewport.SetScene(shown.scene);
     viewport.SetBackColor(IsStored("BackColor") ? viewport.BackColor() : stage::ToBackColor(shown.background));
@@ -214,7 +237,8 @@ std::string Session::StatisticsAsJson(double loadMilliseconds) const
 {
     const auto rounded = [](double milliseconds) { return std::round(milliseconds * 1000) / 1000; };
     Viewport& viewport = hosted_->Control();
-    const nlohmann::ordered_json statistics{
+    const DriverMemory memory = viewport.MemoryOfDriver();
+    nlohmann::ordered_json statistics{
         {"driver", viewport.Direct3DDeviceName()},
         {"triangles", viewport.LastFrame().Triangles},
         {"width", request_.width},
@@ -223,7 +247,19 @@ std::string Session::StatisticsAsJson(double loadMilliseconds) const
         {"medianFrameMilliseconds", rounded(MedianOf(frameMilliseconds_))},
         {"worstFrameMilliseconds", rounded(*std::ranges::max_element(frameMilliseconds_))},
         {"loadMilliseconds", rounded(loadMilliseconds)},
+        {"compileMilliseconds", rounded(compileTime_.count())},
+        {"firstFrameMilliseconds", rounded(frameMilliseconds_.front())},
     };
+    if (frameMilliseconds_.size() > 1)
+        statistics["laterFrameMilliseconds"] =
+            rounded(MedianOf({frameMilliseconds_.begin() + 1, frameMilliseconds_.end()}));
+    statistics["peakMemoryBytes"] = PeakMemory(RUSAGE_SELF);
+    statistics["readerPeakMemoryBytes"] = PeakMemory(RUSAGE_CHILDREN);
+    if (memory.bound != 0)
+    {
+        statistics["driverMemoryBytes"] = memory.held;
+        statistics["driverMemoryBoundBytes"] = memory.bound;
+    }
     return statistics.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 

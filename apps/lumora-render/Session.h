@@ -8,6 +8,7 @@
 #include "stage/Framing.h"
 #include "stage/Models.h"
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -21,7 +22,7 @@ public:
     /// The first two must live as long as the session. The screen leaves room for a window that grows to `largest`.
     Session(const Request& request, const std::vector<Setting>& stored, const headless::ResizeAction& largest);
 
-    /// Hands the stage to the control, applies the settings and places the camera.
+    /// Compiles the stage's meshes and hands it to the control, applies the settings and places the camera.
     void Show(const stage::Stage& shown);
 
     /// Draws all frames and writes their pictures.
@@ -32,7 +33,7 @@ public:
 
     headless::HostedViewport& Hosted() { return *hosted_; }
 
-    /// After Run: one line on the run. `loadMilliseconds` is passed through.
+    /// After Run: one line on the run, its times and its memory. `loadMilliseconds` is passed through.
     std::string StatisticsAsJson(double loadMilliseconds) const;
 
 private:
@@ -48,6 +49,7 @@ private:
     const std::vector<Setting>& stored_;
     std::unique_ptr<headless::HostedViewport> hosted_;
     std::shared_ptr<lumora::Picture> prerendered_; ///< or nothing
+    std::chrono::duration<double, std::milli> compileTime_{0};
     std::vector<double> frameMilliseconds_;
 };
 

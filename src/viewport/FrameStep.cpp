@@ -63,6 +63,11 @@ void Viewport::RenderFrame(bool CorrectTranslucency)
         PresentExposed(destination);
 }
 
+DriverMemory Viewport::MemoryOfDriver() const
+{
+    return drawing_.Device ? drawing_.Device->TheDriver().Memory() : DriverMemory{};
+}
+
 void Viewport::RebuildPending()
 {
     if (!IsRunMode() || !drawing_.DeviceRebuildPending)

@@ -240,6 +240,9 @@ public:
         return lastFrame_;
     }
 
+    /// What the driver holds beside the surfaces; nothing without a device.
+    DriverMemory MemoryOfDriver() const;
+
 private:
     // viewport/Lifecycle.cpp
     void InitializeDefaults();

@@ -143,7 +143,12 @@ TEST(Statistics, are_one_line_of_json)
     EXPECT_GT(statistics.at("medianFrameMilliseconds").get<double>(), 0);
     EXPECT_GE(statistics.at("worstFrameMilliseconds").get<double>(),
               statistics.at("medianFrameMilliseconds").get<double>());
+    EXPECT_GE(statistics.at("worstFrameMilliseconds"), statistics.at("firstFrameMilliseconds"));
+    EXPECT_GE(statistics.at("worstFrameMilliseconds"), statistics.at("laterFrameMilliseconds"));
     EXPECT_GE(statistics.at("loadMilliseconds").get<double>(), 0);
+    EXPECT_GT(statistics.at("compileMilliseconds").get<double>(), 0);
+    EXPECT_GT(statistics.at("peakMemoryBytes").get<double>(), 1 << 20);
+    EXPECT_FALSE(statistics.contains("driverMemoryBytes")); // the reference driver keeps no account
 }
 
 TEST(BuiltInScene, is_rich_and_the_same_at_every_run)

@@ -89,6 +89,39 @@ TEST_F(Formats, equal_vertices_become_one)
     EXPECT_EQ(MeshesOf(model.root).at(0)->GetNormalCount(), 0) << "the mesh builder makes them";
 }
 
+// Files of positions and triangles alone are read in a short way of their own; one normal more and Assimp reads them.
+TEST_F(Formats, a_plain_obj_arrives_as_assimp_reads_it)
+{
+    const std::string solid = AsObj(Tetrahedron());
+    const struct
+    {
+        const char* what;
+        std::string text;
+    } cases[] = {
+        {"lines end as on Windows, words stand apart",
+         "# scan\r\nv 0 0  0\r\nv\t1 0 0 \r\nv 0 1 -2.5e-1\r\n\r\nf 1 2 3"},
+        {"vertices that nobody uses, and some twice",
+         "v 9 9 9\nv 0 0 0\nv 1 0 0\nv 0 0 0\nv 0 1 0\nf 5 3 2\nf 4 3 5\n"},
+        {"a polygon", solid + "v 5 5 5\nv 6 5 5\nv 6 6 5\nv 5 6 5\nf 13 14 15 16\n"},
+        {"indices that count backwards", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf -3 -2 -1\n"},
+        {"a number that is none", solid + "v nan 0 0\nv 0 2 0\nv 0 2 1\nf 13 14 15\n"},
+        {"a colored vertex", "v 0 0 0 1 0 0\nv 1 0 0 1 0 0\nv 0 1 0 1 0 0\nf 1 2 3\n"},
+    };
+    for (const auto& [what, text] : cases)
+    {
+        SCOPED_TRACE(what);
+        const ImportedModel shortWay = ImportModel(Write("short.obj", text));
+        const ImportedModel longWay = ImportModel(Write("long.obj", "vn 0 0 1\n" + text));
+        const auto& actual = *MeshesOf(shortWay.root).at(0);
+        const auto& expected = *MeshesOf(longWay.root).at(0);
+        EXPECT_EQ(actual.GetGeometry().vertices, expected.GetGeometry().vertices);
+        EXPECT_EQ(actual.GetGeometry().faceList, expected.GetGeometry().faceList);
+        EXPECT_EQ(actual.Name(), expected.Name());
+        EXPECT_EQ(shortWay.warnings, longWay.warnings);
+        EXPECT_EQ(shortWay.statistics.frames, longWay.statistics.frames);
+    }
+}
+
 TEST_F(Formats, normals_of_the_file_point_outward_from_clockwise_faces)
 {
     const ImportedModel model =

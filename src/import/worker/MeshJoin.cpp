@@ -75,6 +75,22 @@ void CountFaces(PreparedMesh& prepared)
     }
 }
 
+constexpr std::size_t FirstCapacity = 1024;
+
+template<typename HashOf>
+void GrowTable(std::vector<std::uint32_t>& table, const std::vector<std::uint32_t>& first, const HashOf& hashOf)
+{
+    const std::size_t capacity = 4 * table.size();
+    table.assign(capacity, Empty);
+    for (std::uint32_t kind = 0; kind < first.size(); ++kind)
+    {
+        std::size_t slot = hashOf(first[kind]) & (capacity - 1);
+        while (table[slot] != Empty)
+            slot = (slot + 1) & (capacity - 1);
+        table[slot] = kind;
+    }
+}
+
 } // namespace
 
 bool IsGoodFace(const aiMesh& mesh, const aiFace& face)
@@ -89,16 +105,18 @@ bool IsGoodFace(const aiMesh& mesh, const aiFace& face)
 
 Joined Join(const aiVector3D* vectors, const aiVector3D* second, std::uint32_t count)
 {
-    const std::size_t capacity = std::bit_ceil(std::size_t{count} * 2 + 1);
-    std::vector<std::uint32_t> table(capacity, Empty);
+    const auto hashOf = [&](std::uint32_t i)
+    { return second != nullptr ? Mixed(Mixed(0, vectors[i]), second[i]) : Mixed(0, vectors[i]); };
+    // The table grows with the kinds, of which there are far fewer than vertices: a small one stays in the cache.
+    std::vector<std::uint32_t> table(FirstCapacity, Empty);
     Joined joined;
     joined.of.resize(count);
     for (std::uint32_t i = 0; i < count; ++i)
     {
-        std::uint64_t hash = Mixed(0, vectors[i]);
-        if (second != nullptr)
-            hash = Mixed(hash, second[i]);
-        std::size_t slot = hash & (capacity - 1);
+        if (2 * joined.first.size() >= table.size())
+            GrowTable(table, joined.first, hashOf);
+        const std::size_t capacity = table.size();
+        std::size_t slot = hashOf(i) & (capacity - 1);
         const auto isOther = [&](std::uint32_t kind)
         {
             const std::uint32_t first = joined.first[kind];

@@ -3,6 +3,7 @@
 #include "import/ModelStream.h"
 #include "import/worker/Complaint.h"
 #include "import/worker/Notices.h"
+#include "import/worker/PlainObj.h"
 #include "import/worker/PreparedScene.h"
 #include "import/worker/StreamWriter.h"
 
@@ -65,6 +66,8 @@ public:
 
 const aiScene& Parse(Assimp::Importer& importer, const char* path)
 {
+    if (const aiScene* plain = ReadPlainObj(path, [](double part) { Report(PartOfParsing * part); }))
+        return *plain;
     importer.SetProgressHandler(new Progress); // the importer deletes it
     importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
     const aiScene* scene = importer.ReadFile(path, Steps);

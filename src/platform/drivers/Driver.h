@@ -186,6 +186,13 @@ struct ClearParts
     bool depth = false;
 };
 
+/// Bytes that a driver has allocated for itself: the pixels it draws into and the meshes are others'.
+struct DriverMemory
+{
+    std::size_t held = 0;  ///< now, by the capacity of its buffers
+    std::size_t bound = 0; ///< what the driver's formula allows for all it was asked to draw so far; 0: it states none
+};
+
 /// Draws into one surface at a time. Not thread-safe: calls come from the user interface's thread, though a driver may
 /// share its work out. Errors are RuntimeError with a Direct3D result code (RMBadDevice: lost, worth a retry).
 class Driver
@@ -212,6 +219,9 @@ public:
 
     /// Draws what still waits. On return every pixel is in the target.
     virtual void Finish() = 0;
+
+    /// Nothing for a driver that keeps no account.
+    virtual DriverMemory Memory() const { return {}; }
 };
 
 } // namespace lumora

@@ -112,21 +112,26 @@ void ListNormals(MeshData& data)
         data.cornerNormal.assign(data.CornerCount(), MeshData::NoNormal);
 }
 
-void AppendFaceList(MeshData& data, std::span<const std::int32_t> list, std::uint32_t firstVertex,
+// There is room for `size` more.
+void AppendFaceList(MeshData& data, std::span<const std::int32_t> list, const ListSize& size, std::uint32_t firstVertex,
                     std::uint32_t firstNormal, bool withNormals)
 {
     const bool listNormals = withNormals || !data.cornerNormal.empty();
+    std::size_t corner = data.CornerCount();
+    std::size_t face = data.faceStart.size();
+    data.cornerVertex.resize(corner + size.corners);
+    data.faceStart.resize(face + size.faces);
+    if (listNormals)
+        data.cornerNormal.resize(corner + size.corners, MeshData::NoNormal);
     for (std::size_t at = 0; list[at] != 0;)
     {
-        const std::int32_t corners = list[at++];
-        for (std::int32_t corner = 0; corner < corners; ++corner)
+        for (std::int32_t left = list[at++]; left > 0; --left, ++corner)
         {
-            data.cornerVertex.push_back(firstVertex + static_cast<std::uint32_t>(list[at++]));
-            if (listNormals)
-                data.cornerNormal.push_back(withNormals ? firstNormal + static_cast<std::uint32_t>(list[at++])
-                                                        : MeshData::NoNormal);
+            data.cornerVertex[corner] = firstVertex + static_cast<std::uint32_t>(list[at++]);
+            if (withNormals)
+                data.cornerNormal[corner] = firstNormal + static_cast<std::uint32_t>(list[at++]);
         }
-        data.faceStart.push_back(static_cast<std::uint32_t>(data.CornerCount()));
+        data.faceStart[face++] = static_cast<std::uint32_t>(corner);
     }
 }
 
@@ -300,7 +305,7 @@ std::int32_t MeshBuilder::AddFaces(std::span<const Vector> vertices, std::span<c
         });
     data_.color.Append(White, size.faces, firstFace);
     data_.look.Append(0, size.faces, firstFace);
-    AppendFaceList(data_, faceList, static_cast<std::uint32_t>(data_.vertices.size()),
+    AppendFaceList(data_, faceList, size, static_cast<std::uint32_t>(data_.vertices.size()),
                    static_cast<std::uint32_t>(data_.normals.size()), !normals.empty());
     data_.vertices.insert(data_.vertices.end(), vertices.begin(), vertices.end());
     data_.normals.insert(data_.normals.end(), normals.begin(), normals.end());

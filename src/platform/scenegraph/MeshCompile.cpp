@@ -1,13 +1,15 @@
 // From polygons to arrays of triangles: faces sorted by look, vertices split where corners differ, edges found once.
 // Everything is linear in the number of corners, vertices with very many corners included.
 #include "platform/math/Matrix.h"
+#include "platform/scenegraph/InParallel.h"
+#include "platform/scenegraph/MeshCorners.h"
 #include "platform/scenegraph/MeshData.h"
+#include "platform/scenegraph/MeshEdges.h"
 #include "platform/scenegraph/MeshNormals.h"
 #include "platform/scenegraph/Triangulate.h"
 
 #include <algorithm>
 #include <atomic>
-#include <span>
 #include <unordered_map>
 
 namespace lumora
@@ -31,13 +33,10 @@ Color DrawnColor(Color color)
 class VertexSplitter
 {
 public:
-    VertexSplitter(const MeshData& data, const CornerNormals& normals, DrawMesh& mesh)
-        : data_(data), normals_(normals), mesh_(mesh), first_(data.vertices.size(), None)
+    VertexSplitter(const MeshData& data, const CornerNormals& normals)
+        : data_(data), normals_(normals), first_(data.vertices.size(), None)
     {
-        for (auto* list : {&mesh.x, &mesh.y, &mesh.z, &mesh.normalX, &mesh.normalY, &mesh.normalZ})
-            list->reserve(data.vertices.size());
-        mesh.color.reserve(data.vertices.size());
-        entries_.reserve(data.vertices.size());
+        entries_.reserve(data.vertices.size() + data.vertices.size() / 8); // creases split a few
     }
 
     std::uint32_t VertexOf(std::uint32_t corner, Color color)
@@ -47,7 +46,7 @@ public:
         int steps = 0;
         for (std::uint32_t vertex = first_[source]; vertex != None; vertex = entries_[vertex].next)
         {
-            if (entries_[vertex].normal == normal && mesh_.color[vertex] == color)
+            if (entries_[vertex].normal == normal && entries_[vertex].color == color)
                 return vertex;
             if (++steps == LongestChain)
                 return CrowdedVertexOf(source, normal, color);
@@ -55,14 +54,40 @@ public:
         return Add(source, normal, color);
     }
 
-    const std::vector<std::uint32_t>& Sources() const { return sources_; }
+    std::uint32_t Source(std::size_t vertex) const { return entries_[vertex].source; }
+
+    /// Writes all vertices, but for texture coordinates.
+    void Store(DrawMesh& mesh) const
+    {
+        for (auto* list : {&mesh.x, &mesh.y, &mesh.z, &mesh.normalX, &mesh.normalY, &mesh.normalZ})
+            list->resize(entries_.size());
+        mesh.color.resize(entries_.size());
+        const auto store = [&](std::size_t, std::size_t first, std::size_t end)
+        {
+            for (std::size_t vertex = first; vertex < end; ++vertex)
+            {
+                const Vector p = data_.vertices[entries_[vertex].source];
+                const Vector n = normals_.normals[entries_[vertex].normal];
+                mesh.x[vertex] = p.x;
+                mesh.y[vertex] = p.y;
+                mesh.z[vertex] = p.z;
+                mesh.normalX[vertex] = n.x;
+                mesh.normalY[vertex] = n.y;
+                mesh.normalZ[vertex] = n.z;
+                mesh.color[vertex] = entries_[vertex].color;
+            }
+        };
+        InParallel(entries_.size(), store);
+    }
 
 private:
     static constexpr int LongestChain = 8;
 
     struct Entry
     {
+        std::uint32_t source;
         std::uint32_t normal;
+        Color color;
         std::uint32_t next; // output vertex of the same source
     };
 
@@ -103,26 +128,14 @@ private:
 
     std::uint32_t Append(std::uint32_t source, std::uint32_t normal, Color color)
     {
-        const Vector p = data_.vertices[source];
-        const Vector n = normals_.normals[normal];
-        mesh_.x.push_back(p.x);
-        mesh_.y.push_back(p.y);
-        mesh_.z.push_back(p.z);
-        mesh_.normalX.push_back(n.x);
-        mesh_.normalY.push_back(n.y);
-        mesh_.normalZ.push_back(n.z);
-        mesh_.color.push_back(color);
-        entries_.push_back({normal, None});
-        sources_.push_back(source);
+        entries_.push_back({source, normal, color, None});
         return static_cast<std::uint32_t>(entries_.size() - 1);
     }
 
     const MeshData& data_;
     const CornerNormals& normals_;
-    DrawMesh& mesh_;
     std::vector<std::uint32_t> first_; // output vertex of each source vertex
     std::vector<Entry> entries_;
-    std::vector<std::uint32_t> sources_; // of each output vertex
     std::unordered_map<Key, std::uint32_t, KeyHash> crowded_;
 };
 
@@ -133,7 +146,7 @@ CornerNormals ResolveNormals(const MeshData& data, const std::vector<Vector>& fa
                         std::ranges::find(data.cornerNormal, MeshData::NoNormal) == data.cornerNormal.end();
     CornerNormals result;
     if (!allOwn)
-        result = MakeCornerNormals(data, faceNormals, StandardCreaseAngle);
+        result = MakeCornerNormals(data, VertexCorners{data}, faceNormals, StandardCreaseAngle);
     if (data.cornerNormal.empty())
         return result;
 
@@ -166,13 +179,6 @@ void ReplaceZeroNormals(const MeshData& data, const std::vector<Vector>& faceNor
         }
 }
 
-// A side of a face at the lower of its two vertices.
-struct Side
-{
-    std::uint32_t other;  // the higher vertex
-    std::uint32_t corner; // where the side begins
-};
-
 class MeshCompiler
 {
 public:
@@ -187,27 +193,40 @@ public:
     {
         mesh_->identity = NewMeshIdentity();
         mesh_->bounds = data_.box;
-        StoreFaceNormals();
         OrderFaces();
         CutFaces();
-        FindEdges();
+        StoreFaceNormals();
+        Release(faceNormals_);
+        Release(normals_.normals);
+        Release(normals_.ofCorner);
+        FindEdges(data_, VertexCorners{data_, order_.faces}, order_, drawn_, *mesh_);
         return {mesh_, std::move(groupLooks_)};
     }
 
 private:
+    template<typename T>
+    static void Release(std::vector<T>& list)
+    {
+        list = std::vector<T>{};
+    }
+
     void StoreFaceNormals()
     {
         const std::size_t count = faceNormals_.size();
         mesh_->faceNormalX.resize(count);
         mesh_->faceNormalY.resize(count);
         mesh_->faceNormalZ.resize(count);
-        for (std::size_t face = 0; face < count; ++face)
+        const auto store = [&](std::size_t, std::size_t first, std::size_t end)
         {
-            const Vector n = faceNormals_[face] == Vector{} ? Vector{0, 1, 0} : faceNormals_[face];
-            mesh_->faceNormalX[face] = n.x;
-            mesh_->faceNormalY[face] = n.y;
-            mesh_->faceNormalZ[face] = n.z;
-        }
+            for (std::size_t face = first; face < end; ++face)
+            {
+                const Vector n = faceNormals_[face] == Vector{} ? Vector{0, 1, 0} : faceNormals_[face];
+                mesh_->faceNormalX[face] = n.x;
+                mesh_->faceNormalY[face] = n.y;
+                mesh_->faceNormalZ[face] = n.z;
+            }
+        };
+        InParallel(count, store);
     }
 
     // Groups: equal looks together, and translucent faces apart from opaque ones, which must not wait to be sorted.
@@ -249,13 +268,13 @@ private:
         {
             const std::uint32_t look = data_.look.Common();
             AddGroup({look, IsTranslucent(look, data_.color.Common())});
-            groupFaces_ = {0, count};
+            order_.groupFaces = {0, count};
             return;
         }
         std::vector<std::uint32_t> canonical(data_.looks.size(), None);
         std::vector<std::uint32_t> groupOfKey(2 * data_.looks.size(), None);
         std::vector<std::uint32_t> groupOf(count);
-        groupFaces_.assign(1, 0);
+        order_.groupFaces.assign(1, 0);
         for (std::uint32_t face = 0; face < count; ++face)
         {
             const std::uint32_t look = data_.look[face];
@@ -267,39 +286,42 @@ private:
             {
                 group = static_cast<std::uint32_t>(mesh_->groups.size());
                 AddGroup(key);
-                groupFaces_.push_back(0);
+                order_.groupFaces.push_back(0);
             }
             groupOf[face] = group;
-            ++groupFaces_[group + 1];
+            ++order_.groupFaces[group + 1];
         }
-        for (std::size_t group = 1; group < groupFaces_.size(); ++group)
-            groupFaces_[group] += groupFaces_[group - 1];
+        for (std::size_t group = 1; group < order_.groupFaces.size(); ++group)
+            order_.groupFaces[group] += order_.groupFaces[group - 1];
         if (mesh_->groups.size() == 1)
             return;
-        order_.resize(count);
-        std::vector<std::uint32_t> next{groupFaces_.begin(), groupFaces_.end() - 1};
+        order_.faces.resize(count);
+        std::vector<std::uint32_t> next{order_.groupFaces.begin(), order_.groupFaces.end() - 1};
         for (std::uint32_t face = 0; face < count; ++face)
-            order_[next[groupOf[face]]++] = face;
+            order_.faces[next[groupOf[face]]++] = face;
     }
-
-    std::uint32_t FaceAt(std::uint32_t place) const { return order_.empty() ? place : order_[place]; }
 
     void CutFaces()
     {
         const std::size_t triangles = data_.CornerCount(); // at most, less two for each face
         mesh_->indices.reserve(3 * (triangles - std::min(triangles, 2 * data_.FaceCount())));
         mesh_->triangleFace.reserve(triangles - std::min(triangles, 2 * data_.FaceCount()));
-        outVertex_.assign(data_.CornerCount(), None);
-        sideTriangle_.resize(data_.CornerCount());
-        VertexSplitter splitter{data_, normals_, *mesh_};
+        drawn_.firstTriangle.assign(data_.FaceCount(), None);
+        if (!HasTrianglesOnly(data_))
+        {
+            drawn_.vertex.assign(data_.CornerCount(), None);
+            drawn_.sideTriangle.resize(data_.CornerCount());
+        }
+        VertexSplitter splitter{data_, normals_};
         for (std::size_t group = 0; group < mesh_->groups.size(); ++group)
         {
             mesh_->groups[group].firstTriangle = mesh_->TriangleCount();
-            for (std::uint32_t place = groupFaces_[group]; place < groupFaces_[group + 1]; ++place)
-                CutFace(FaceAt(place), splitter);
+            for (std::uint32_t place = order_.groupFaces[group]; place < order_.groupFaces[group + 1]; ++place)
+                CutFace(order_.FaceAt(place), splitter);
             mesh_->groups[group].triangleCount = mesh_->TriangleCount() - mesh_->groups[group].firstTriangle;
         }
-        StoreTextureCoordinates(splitter.Sources());
+        splitter.Store(*mesh_);
+        StoreTextureCoordinates(splitter);
     }
 
     void CutFace(std::uint32_t face, VertexSplitter& splitter)
@@ -308,23 +330,44 @@ private:
             return;
         const std::uint32_t first = data_.faceStart[face];
         const std::uint32_t count = data_.faceStart[face + 1] - first;
-        triples_.clear();
+        const Color color = DrawnColor(data_.color[face]);
         if (count == 3)
-            triples_.push_back({0, 1, 2});
+            EmitWhole(face, first, color, splitter);
         else
+            EmitPolygon(face, first, count, color, splitter);
+    }
+
+    void EmitWhole(std::uint32_t face, std::uint32_t first, Color color, VertexSplitter& splitter)
+    {
+        const std::uint32_t triangle = mesh_->TriangleCount();
+        drawn_.firstTriangle[face] = triangle;
+        mesh_->triangleFace.push_back(face);
+        for (std::uint32_t corner = first; corner < first + 3; ++corner)
         {
-            points_.clear();
-            for (std::uint32_t corner = first; corner < first + count; ++corner)
-                points_.emplace_back(data_.vertices[data_.cornerVertex[corner]]);
-            Triangulate(points_, faceNormals_[face], triples_);
+            const std::uint32_t vertex = splitter.VertexOf(corner, color);
+            mesh_->indices.push_back(vertex);
+            if (drawn_.vertex.empty())
+                continue;
+            drawn_.vertex[corner] = vertex;
+            drawn_.sideTriangle[corner] = triangle;
         }
+    }
+
+    void EmitPolygon(std::uint32_t face, std::uint32_t first, std::uint32_t count, Color color,
+                     VertexSplitter& splitter)
+    {
+        triples_.clear();
+        points_.clear();
+        for (std::uint32_t corner = first; corner < first + count; ++corner)
+            points_.emplace_back(data_.vertices[data_.cornerVertex[corner]]);
+        Triangulate(points_, faceNormals_[face], triples_);
         if (triples_.empty())
             return;
-        const Color color = DrawnColor(data_.color[face]);
+        drawn_.firstTriangle[face] = mesh_->TriangleCount();
         for (std::uint32_t corner = first; corner < first + count; ++corner)
         {
-            outVertex_[corner] = splitter.VertexOf(corner, color);
-            sideTriangle_[corner] = mesh_->TriangleCount();
+            drawn_.vertex[corner] = splitter.VertexOf(corner, color);
+            drawn_.sideTriangle[corner] = mesh_->TriangleCount();
         }
         for (const CornerTriple& triple : triples_)
             EmitTriangle(face, first, count, triple);
@@ -336,22 +379,22 @@ private:
         {
             const std::uint32_t corner = triple[static_cast<std::size_t>(i)];
             const std::uint32_t next = triple[static_cast<std::size_t>((i + 1) % 3)];
-            mesh_->indices.push_back(outVertex_[first + corner]);
+            mesh_->indices.push_back(drawn_.vertex[first + corner]);
             if (next == (corner + 1 == count ? 0 : corner + 1))
-                sideTriangle_[first + corner] = mesh_->TriangleCount();
+                drawn_.sideTriangle[first + corner] = mesh_->TriangleCount();
         }
         mesh_->triangleFace.push_back(face);
     }
 
-    void StoreTextureCoordinates(const std::vector<std::uint32_t>& sources)
+    void StoreTextureCoordinates(const VertexSplitter& splitter)
     {
         if (std::ranges::none_of(mesh_->groups, [](const DrawMesh::Group& group) { return group.texture != nullptr; }))
             return;
-        mesh_->u.resize(sources.size());
-        mesh_->v.resize(sources.size());
-        for (std::size_t vertex = 0; vertex < sources.size(); ++vertex)
+        mesh_->u.resize(mesh_->x.size());
+        mesh_->v.resize(mesh_->x.size());
+        for (std::size_t vertex = 0; vertex < mesh_->x.size(); ++vertex)
         {
-            const std::size_t at = 2 * std::size_t{sources[vertex]};
+            const std::size_t at = 2 * std::size_t{splitter.Source(vertex)};
             if (at + 1 >= data_.uv.size())
                 continue;
             mesh_->u[vertex] = data_.uv[at];
@@ -359,110 +402,14 @@ private:
         }
     }
 
-    // Calls `visit` (corner, its vertex, the next corner's vertex) for the sides of all drawn faces, in their order.
-    template<typename Visit>
-    void VisitSides(std::uint32_t firstPlace, std::uint32_t endPlace, Visit&& visit)
-    {
-        for (std::uint32_t place = firstPlace; place < endPlace; ++place)
-        {
-            const std::uint32_t face = FaceAt(place);
-            const std::uint32_t first = data_.faceStart[face];
-            const std::uint32_t end = data_.faceStart[face + 1];
-            if (first == end || outVertex_[first] == None)
-                continue;
-            for (std::uint32_t corner = first; corner < end; ++corner)
-            {
-                const std::uint32_t next = corner + 1 == end ? first : corner + 1;
-                const std::uint32_t a = data_.cornerVertex[corner];
-                const std::uint32_t b = data_.cornerVertex[next];
-                if (a != b)
-                    visit(corner, next, a, b);
-            }
-        }
-    }
-
-    void FindEdges()
-    {
-        PairSides();
-        std::vector<std::uint32_t> edgeOf(data_.CornerCount());
-        mesh_->edges.reserve(data_.CornerCount() / 2 + 2);
-        for (std::size_t group = 0; group < mesh_->groups.size(); ++group)
-        {
-            const auto firstEdge = static_cast<std::uint32_t>(mesh_->edges.size());
-            const auto store = [&](std::uint32_t corner, std::uint32_t next, std::uint32_t, std::uint32_t)
-            {
-                if (const std::uint32_t mate = mate_[corner]; mate != None)
-                {
-                    mesh_->edges[edgeOf[mate]].triangleB = sideTriangle_[corner];
-                    return;
-                }
-                edgeOf[corner] = static_cast<std::uint32_t>(mesh_->edges.size());
-                mesh_->edges.push_back({outVertex_[corner], outVertex_[next], sideTriangle_[corner]});
-            };
-            VisitSides(groupFaces_[group], groupFaces_[group + 1], store);
-            mesh_->groups[group].firstEdge = firstEdge;
-            mesh_->groups[group].edgeCount = static_cast<std::uint32_t>(mesh_->edges.size()) - firstEdge;
-        }
-    }
-
-    // Sides between the same two vertices belong together two by two: the later one learns which came first.
-    void PairSides()
-    {
-        const auto places = static_cast<std::uint32_t>(data_.FaceCount());
-        std::vector<std::uint32_t> start(data_.vertices.size() + 2);
-        VisitSides(0, places,
-                   [&](std::uint32_t, std::uint32_t, std::uint32_t a, std::uint32_t b)
-                   { ++start[std::min(a, b) + 2]; });
-        for (std::size_t vertex = 2; vertex < start.size(); ++vertex)
-            start[vertex] += start[vertex - 1];
-        std::vector<Side> sides(start.back());
-        VisitSides(0, places,
-                   [&](std::uint32_t corner, std::uint32_t, std::uint32_t a, std::uint32_t b) {
-                       sides[start[std::min(a, b) + 1]++] = {std::max(a, b), corner};
-                   });
-        mate_.assign(data_.CornerCount(), None);
-        for (std::size_t vertex = 0; vertex + 2 < start.size(); ++vertex)
-            PairWithin({sides.data() + start[vertex], sides.data() + start[vertex + 1]});
-    }
-
-    void PairWithin(std::span<Side> sides)
-    {
-        constexpr std::size_t few = 32;
-        if (sides.size() > few)
-        {
-            std::ranges::stable_sort(sides, {}, &Side::other);
-            for (std::size_t i = 0; i + 1 < sides.size(); ++i)
-                if (sides[i].other == sides[i + 1].other)
-                {
-                    mate_[sides[i + 1].corner] = sides[i].corner;
-                    ++i;
-                }
-            return;
-        }
-        for (std::size_t i = 0; i < sides.size(); ++i)
-        {
-            if (sides[i].other == None)
-                continue;
-            for (std::size_t j = i + 1; j < sides.size(); ++j)
-                if (sides[j].other == sides[i].other)
-                {
-                    mate_[sides[j].corner] = sides[i].corner;
-                    sides[j].other = None; // taken
-                    break;
-                }
-        }
-    }
-
+    std::shared_ptr<Crew> crew_ = Crew::Of(0); // held, so that all stages share it
     const MeshData& data_;
     std::shared_ptr<DrawMesh> mesh_;
     std::vector<Vector> faceNormals_; // zero: no area
     CornerNormals normals_;
     std::vector<std::uint32_t> groupLooks_;
-    std::vector<std::uint32_t> groupFaces_ = {0}; // first place of each group in the order, and the end
-    std::vector<std::uint32_t> order_;            // faces by group; empty when as they are
-    std::vector<std::uint32_t> outVertex_;        // of each corner; none where its face is not drawn
-    std::vector<std::uint32_t> sideTriangle_;     // of the side that begins at each corner
-    std::vector<std::uint32_t> mate_;             // of each corner's side: the earlier side at the same edge
+    FaceOrder order_;
+    DrawnFaces drawn_;
     std::vector<CornerTriple> triples_;
     std::vector<Double3> points_;
 };

@@ -193,7 +193,7 @@ void MeshBuilder::GenerateNormals(float creaseAngle)
 {
     faults::Point("MeshBuilder.GenerateNormals");
     RequireFiniteNotNegative(Source, {creaseAngle});
-    CornerNormals made = MakeCornerNormals(data_, FaceNormals(data_), creaseAngle);
+    CornerNormals made = MakeCornerNormals(data_, VertexCorners{data_}, FaceNormals(data_), creaseAngle);
     data_.normals = std::move(made.normals);
     data_.cornerNormal = std::move(made.ofCorner);
     Changed();

@@ -1,6 +1,7 @@
 #include "platform/scenegraph/MeshNormals.h"
 
 #include "platform/math/Matrix.h"
+#include "platform/scenegraph/InParallel.h"
 
 #include <algorithm>
 #include <cmath>
@@ -26,60 +27,42 @@ double AngleBetween(Double3 a, Double3 b)
     return lengths > 0 ? std::acos(std::clamp(Dot(a, b) / lengths, -1.0, 1.0)) : 0.0;
 }
 
-// The angle of each corner in its polygon.
-std::vector<float> CornerAngles(const MeshData& data)
+// The angle of each corner of a face in its polygon.
+void StoreAngles(const MeshData& data, std::size_t face, rays::LargeArray<float>& angles)
 {
-    std::vector<float> angles(data.CornerCount());
-    for (std::size_t face = 0; face < data.FaceCount(); ++face)
+    const std::uint32_t first = data.faceStart[face];
+    const std::uint32_t end = data.faceStart[face + 1];
+    const auto at = [&](std::uint32_t corner) { return Double3{data.vertices[data.cornerVertex[corner]]}; };
+    if (end - first == 3)
     {
-        const std::uint32_t first = data.faceStart[face];
-        const std::uint32_t end = data.faceStart[face + 1];
-        const auto at = [&](std::uint32_t corner) { return Double3{data.vertices[data.cornerVertex[corner]]}; };
-        if (end - first == 3)
-        {
-            const Double3 ab = at(first + 1) - at(first);
-            const Double3 bc = at(first + 2) - at(first + 1);
-            const double angleA = AngleBetween(ab, at(first + 2) - at(first));
-            const double angleB = AngleBetween(-ab, bc);
-            angles[first] = static_cast<float>(angleA);
-            angles[first + 1] = static_cast<float>(angleB);
-            angles[first + 2] = static_cast<float>(std::max(0.0, std::numbers::pi - angleA - angleB));
-            continue;
-        }
-        for (std::uint32_t corner = first; corner < end; ++corner)
-        {
-            const std::uint32_t before = corner == first ? end - 1 : corner - 1;
-            const std::uint32_t after = corner + 1 == end ? first : corner + 1;
-            angles[corner] = static_cast<float>(AngleBetween(at(before) - at(corner), at(after) - at(corner)));
-        }
+        const Double3 ab = at(first + 1) - at(first);
+        const Double3 bc = at(first + 2) - at(first + 1);
+        const double angleA = AngleBetween(ab, at(first + 2) - at(first));
+        const double angleB = AngleBetween(-ab, bc);
+        angles[first] = static_cast<float>(angleA);
+        angles[first + 1] = static_cast<float>(angleB);
+        angles[first + 2] = static_cast<float>(std::max(0.0, std::numbers::pi - angleA - angleB));
+        return;
     }
-    return angles;
+    for (std::uint32_t corner = first; corner < end; ++corner)
+    {
+        const std::uint32_t before = corner == first ? end - 1 : corner - 1;
+        const std::uint32_t after = corner + 1 == end ? first : corner + 1;
+        angles[corner] = static_cast<float>(AngleBetween(at(before) - at(corner), at(after) - at(corner)));
+    }
 }
 
-// The corners around each vertex, in the order of the faces.
-struct VertexCorners
+rays::LargeArray<float> CornerAngles(const MeshData& data)
 {
-    std::vector<std::uint32_t> start; // of each vertex, and the end
-    std::vector<std::uint32_t> corner;
-    std::vector<std::uint32_t> face;
-
-    explicit VertexCorners(const MeshData& data)
-        : start(data.vertices.size() + 2), corner(data.CornerCount()), face(data.CornerCount())
-    {
-        for (const std::uint32_t vertex : data.cornerVertex)
-            ++start[vertex + 2];
-        for (std::size_t vertex = 2; vertex < start.size(); ++vertex)
-            start[vertex] += start[vertex - 1];
-        for (std::uint32_t f = 0; f < data.FaceCount(); ++f)
-            for (std::uint32_t c = data.faceStart[f]; c < data.faceStart[f + 1]; ++c)
-            {
-                const std::uint32_t place = start[data.cornerVertex[c] + 1]++;
-                corner[place] = c;
-                face[place] = f;
-            }
-        start.pop_back();
-    }
-};
+    rays::LargeArray<float> angles(data.CornerCount());
+    InParallel(data.FaceCount(),
+               [&](std::size_t, std::size_t first, std::size_t end)
+               {
+                   for (std::size_t face = first; face < end; ++face)
+                       StoreAngles(data, face, angles);
+               });
+    return angles;
+}
 
 // One corner at the vertex in work.
 struct Spoke
@@ -89,15 +72,14 @@ struct Spoke
     double weight;
 };
 
+// Makes the normals of a stretch of vertices; their numbers count from the stretch's first.
 class NormalMaker
 {
 public:
-    NormalMaker(const MeshData& data, double creaseAngle)
+    NormalMaker(double creaseAngle, std::vector<std::uint32_t>& ofCorner, std::vector<Vector>& normals)
         : creaseAngle_(std::min(creaseAngle, std::numbers::pi)), cosine_(std::cos(creaseAngle_)),
-          halfCosine_(std::cos(creaseAngle_ / 2))
+          halfCosine_(std::cos(creaseAngle_ / 2)), ofCorner_(ofCorner), normals_(normals)
     {
-        result_.ofCorner.resize(data.CornerCount());
-        result_.normals.reserve(data.vertices.size());
     }
 
     void MakeVertex(std::span<const Spoke> spokes)
@@ -109,8 +91,6 @@ public:
         else
             MakePairwise(spokes);
     }
-
-    CornerNormals Take() { return std::move(result_); }
 
 private:
     bool IsWithinCrease(Double3 a, Double3 b) const
@@ -131,20 +111,20 @@ private:
                 return false;
         const std::uint32_t id = Add(sum, spokes.empty() ? Double3{} : spokes.front().normal);
         for (const Spoke& spoke : spokes)
-            result_.ofCorner[spoke.corner] = id;
+            ofCorner_[spoke.corner] = id;
         return true;
     }
 
     void MakePairwise(std::span<const Spoke> spokes)
     {
-        const std::size_t firstHere = result_.normals.size();
+        const std::size_t firstHere = normals_.size();
         for (const Spoke& spoke : spokes)
         {
             Double3 sum;
             for (const Spoke& other : spokes)
                 if (IsWithinCrease(spoke.normal, other.normal))
                     sum = sum + other.normal * other.weight;
-            result_.ofCorner[spoke.corner] = AddOnce(sum, spoke.normal, firstHere);
+            ofCorner_[spoke.corner] = AddOnce(sum, spoke.normal, firstHere);
         }
     }
 
@@ -184,7 +164,7 @@ private:
             cell.normal = Add(sum, cell.direction);
         }
         for (std::size_t spoke = 0; spoke < spokes.size(); ++spoke)
-            result_.ofCorner[spokes[spoke].corner] = cells[ofSpoke[spoke]].normal;
+            ofCorner_[spokes[spoke].corner] = cells[ofSpoke[spoke]].normal;
     }
 
     static Vector UnitNormal(Double3 sum, Double3 ownFace)
@@ -197,26 +177,27 @@ private:
 
     std::uint32_t Add(Double3 sum, Double3 ownFace)
     {
-        result_.normals.push_back(UnitNormal(sum, ownFace));
-        return static_cast<std::uint32_t>(result_.normals.size() - 1);
+        normals_.push_back(UnitNormal(sum, ownFace));
+        return static_cast<std::uint32_t>(normals_.size() - 1);
     }
 
     // Corners that sum the same faces get the same number to the bit, since the order of the sum is the same.
     std::uint32_t AddOnce(Double3 sum, Double3 ownFace, std::size_t firstHere)
     {
         const Vector normal = UnitNormal(sum, ownFace);
-        const auto from = result_.normals.begin() + static_cast<std::ptrdiff_t>(firstHere);
-        const auto found = std::find(from, result_.normals.end(), normal);
-        if (found != result_.normals.end())
-            return static_cast<std::uint32_t>(found - result_.normals.begin());
-        result_.normals.push_back(normal);
-        return static_cast<std::uint32_t>(result_.normals.size() - 1);
+        const auto from = normals_.begin() + static_cast<std::ptrdiff_t>(firstHere);
+        const auto found = std::find(from, normals_.end(), normal);
+        if (found != normals_.end())
+            return static_cast<std::uint32_t>(found - normals_.begin());
+        normals_.push_back(normal);
+        return static_cast<std::uint32_t>(normals_.size() - 1);
     }
 
     double creaseAngle_;
     double cosine_;
     double halfCosine_;
-    CornerNormals result_;
+    std::vector<std::uint32_t>& ofCorner_;
+    std::vector<Vector>& normals_;
 };
 
 } // namespace
@@ -247,29 +228,52 @@ Vector FaceNormal(const MeshData& data, std::size_t face)
 std::vector<Vector> FaceNormals(const MeshData& data)
 {
     std::vector<Vector> normals(data.FaceCount());
-    for (std::size_t face = 0; face < normals.size(); ++face)
-        normals[face] = FaceNormal(data, face);
+    InParallel(normals.size(),
+               [&](std::size_t, std::size_t first, std::size_t end)
+               {
+                   for (std::size_t face = first; face < end; ++face)
+                       normals[face] = FaceNormal(data, face);
+               });
     return normals;
 }
 
-CornerNormals MakeCornerNormals(const MeshData& data, const std::vector<Vector>& faceNormals, double creaseAngle)
+CornerNormals MakeCornerNormals(const MeshData& data, const VertexCorners& around,
+                                const std::vector<Vector>& faceNormals, double creaseAngle)
 {
-    const std::vector<float> angles = CornerAngles(data);
-    const VertexCorners around{data};
-    NormalMaker maker{data, creaseAngle};
-    std::vector<Spoke> spokes;
-    for (std::size_t vertex = 0; vertex < data.vertices.size(); ++vertex)
+    const rays::LargeArray<float> angles = CornerAngles(data);
+    CornerNormals result;
+    result.ofCorner.resize(data.CornerCount());
+    std::vector<std::vector<Vector>> made(StretchesOf(data.vertices.size()));
+    const auto make = [&](std::size_t stretch, std::size_t first, std::size_t end)
     {
-        spokes.clear();
-        for (std::uint32_t place = around.start[vertex]; place < around.start[vertex + 1]; ++place)
+        made[stretch].reserve(end - first);
+        NormalMaker maker{creaseAngle, result.ofCorner, made[stretch]};
+        std::vector<Spoke> spokes;
+        for (std::size_t vertex = first; vertex < end; ++vertex)
         {
-            const std::uint32_t corner = around.corner[place];
-            spokes.push_back({corner, faceNormals[around.face[place]], angles[corner]});
+            spokes.clear();
+            for (const std::uint32_t corner : around.Around(vertex))
+                spokes.push_back({corner, faceNormals[around.FaceOf(corner)], angles[corner]});
+            if (!spokes.empty())
+                maker.MakeVertex(spokes);
         }
-        if (!spokes.empty())
-            maker.MakeVertex(spokes);
+    };
+    InParallel(data.vertices.size(), make);
+
+    std::vector<std::uint32_t> firstOf;
+    for (const std::vector<Vector>& normals : made)
+    {
+        firstOf.push_back(static_cast<std::uint32_t>(result.normals.size()));
+        result.normals.insert(result.normals.end(), normals.begin(), normals.end());
     }
-    return maker.Take();
+    const auto count = [&](std::size_t stretch, std::size_t first, std::size_t end)
+    {
+        for (std::size_t vertex = first; vertex < end && firstOf[stretch] != 0; ++vertex)
+            for (const std::uint32_t corner : around.Around(vertex))
+                result.ofCorner[corner] += firstOf[stretch];
+    };
+    InParallel(data.vertices.size(), count);
+    return result;
 }
 
 } // namespace lumora

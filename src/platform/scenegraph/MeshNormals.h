@@ -1,6 +1,7 @@
 // Normals made from the faces around a vertex.
 #pragma once
 
+#include "platform/scenegraph/MeshCorners.h"
 #include "platform/scenegraph/MeshData.h"
 
 namespace lumora
@@ -21,6 +22,7 @@ struct CornerNormals
 
 /// A normal for each corner: the mean, weighted by angle, of the faces around its vertex whose normals are within
 /// `creaseAngle` radians of its own face's.
-CornerNormals MakeCornerNormals(const MeshData& data, const std::vector<Vector>& faceNormals, double creaseAngle);
+CornerNormals MakeCornerNormals(const MeshData& data, const VertexCorners& around,
+                                const std::vector<Vector>& faceNormals, double creaseAngle);
 
 } // namespace lumora

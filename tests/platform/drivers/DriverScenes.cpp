@@ -165,6 +165,37 @@ Passes MiddlingTriangles()
     return With(pass, {Flat(Unlit(Item(Confetti(400, 1.8F, 0.5F, 0xFF, 11))))});
 }
 
+/// Slivers of one and a half 1/256 by 1/256 pixel, the least that holds a pixel's centre inside, there at its centroid:
+/// their weights change by hundreds of thousands from one pixel to the next.
+Passes Needles()
+{
+    constexpr double Unit = 2.6 / (SceneWidth / 2.0) / 256; // 1/256 pixel of the orthographic pass
+    MeshMaker maker;
+    const auto needle = [&](int x, int y, Vector first, Vector second)
+    {
+        const Vector centre{static_cast<float>((x - (SceneWidth - 1) / 2.0) * 256 * Unit),
+                            static_cast<float>(((SceneHeight - 1) / 2.0 - y) * 256 * Unit), 0};
+        const auto unit = static_cast<float>(Unit);
+        maker.Face({{centre + first * unit, 0, 0, {}, 0xFFFF2020},
+                    {centre + second * unit, 0, 0, {}, 0xFF20FF20},
+                    {centre - (first + second) * unit, 0, 0, {}, 0xFF4040FF}});
+    };
+    for (int i = 0; i < 800; ++i)
+    {
+        const float signX = i % 2 == 0 ? 1.0F : -1.0F;
+        const float signY = i / 2 % 2 == 0 ? 1.0F : -1.0F;
+        // Neighbours among Fibonacci's numbers: their determinant is 1 or -1.
+        Vector first{2584 * signX, 1597 * signY, 0};
+        Vector second{1597 * signX, 987 * signY, 0};
+        if (i / 4 % 2 == 0)
+            first = {first.y, first.x, 0}, second = {second.y, second.x, 0};
+        needle(30 + i * 37 % 260, 30 + i * 53 % 180, first, second);
+    }
+    ScenePass pass = Orthographic();
+    pass.state.cull = CullMode::None;
+    return With(pass, {Unlit(Item(maker.Make()))});
+}
+
 /// Floor, ceiling and wall, each one triangle that crosses all planes of the view volume and the eye's own.
 Passes HugeTriangles()
 {
@@ -361,6 +392,7 @@ const std::vector<DriverScene>& DriverScenes()
         {"tiny_triangles", TinyTriangles, {}},
         {"dense_scan", DenseScan, {}},
         {"middling_triangles", MiddlingTriangles, {}},
+        {"needles", Needles, {}},
         {"huge_triangles", HugeTriangles, {}},
         {"off_centre_and_scissored", OffCentreAndScissored, {}},
         {"many_lights", ManyLights, {}},

@@ -4,6 +4,12 @@
 namespace lumora::rgb
 {
 
+std::size_t Bins::HeldBytes() const
+{
+    return local.HeldBytes() + records.CapacityInBytes() + pairs.CapacityInBytes() + offsets.CapacityInBytes() +
+           references.CapacityInBytes();
+}
+
 void Bins::Clear()
 {
     local.positions.Clear();

@@ -34,6 +34,18 @@ public:
         size_ = size;
     }
 
+    /// Elements without a value, old ones included, in exactly the memory they need.
+    void Renew(std::size_t size)
+    {
+        if (size > capacity_)
+        {
+            Release();
+            data_.reset(Allocate(size));
+            capacity_ = size;
+        }
+        size_ = size;
+    }
+
     void Append(const T& value)
     {
         if (size_ == capacity_)
@@ -51,13 +63,13 @@ public:
         size_ += values.size();
     }
 
-    /// Memory for `size` elements in all.
+    /// Memory for `size` elements in all. Not more than half as much again stays unused.
     void Reserve(std::size_t size)
     {
         if (size <= capacity_)
             return;
         const std::size_t capacity = std::max(size, capacity_ + capacity_ / 2);
-        std::unique_ptr<T, Free> grown{static_cast<T*>(::operator new(capacity * sizeof(T), Alignment))};
+        std::unique_ptr<T, Free> grown{Allocate(capacity)};
         if (size_ != 0)
             std::memcpy(static_cast<void*>(grown.get()), data_.get(), size_ * sizeof(T));
         data_ = std::move(grown);
@@ -73,6 +85,7 @@ public:
 
 private:
     static constexpr std::align_val_t Alignment{64};
+    static T* Allocate(std::size_t count) { return static_cast<T*>(::operator new(count * sizeof(T), Alignment)); }
     struct Free
     {
         void operator()(T* memory) const { ::operator delete(memory, Alignment); }

@@ -2,6 +2,9 @@
 // computed for full vectors. Included inside a namespace, once.
 //
 // The list is in order of submission, and pixels leave the vectors in the order of the list.
+//
+// What is not linear on the screen has weights from the exact edge functions: however thin the triangle is, they are
+// right.
 
 /// A row for each number that a fragment needs of its triangle, with a place for each triangle of a vector.
 struct FragmentTable
@@ -20,7 +23,6 @@ struct FragmentTable
         InverseW = Depth + 3,
         SecondW = InverseW + 3,
         ThirdW,
-        IsLinear, ///< 1, or 0 where perspective shows
         Colors,
         U = Colors + 4 * 3,
         V = U + 3,
@@ -31,13 +33,29 @@ struct FragmentTable
 
     alignas(64) float rows[Count][LaneCount];
 
+    void Set(int row, const AttributeLanes& attribute)
+    {
+        Store(attribute.base, rows[row]);
+        Store(attribute.toSecond, rows[row + 1]);
+        Store(attribute.toThird, rows[row + 2]);
+    }
     void Set(int row, Floats first, Floats second, Floats third)
     {
         AttributeLanes attribute;
         attribute.Set(first, second, third);
-        Store(attribute.base, rows[row]);
-        Store(attribute.toSecond, rows[row + 1]);
-        Store(attribute.toThird, rows[row + 2]);
+        Set(row, attribute);
+    }
+};
+
+/// The places of a vector of fragments, from the first pixel that their triangles visit.
+struct FragmentPlaces
+{
+    Floats x, y;
+
+    LANES_INLINE FragmentPlaces(Ints pixel, const TriangleLanes& t, LaneOrder order)
+        : x(ToFloats(pixel & Splat(TileSize - 1)) - ByLane(t.firstX, order)),
+          y(ToFloats(ShiftedRight<TileShift>(pixel)) - ByLane(t.firstY, order))
+    {
     }
 };
 
@@ -48,8 +66,7 @@ public:
     AttributeLanes inverseW, u, v, eyeDepth;
     Floats secondW, thirdW;
 
-    LANES_INLINE FragmentValues(const FragmentTable& from, Ints triangles)
-        : table_(from), order_(LaneOrderOf(triangles))
+    LANES_INLINE FragmentValues(const FragmentTable& from, LaneOrder order) : table_(from), order_(order)
     {
         inverseW = Attribute(FragmentTable::InverseW);
         u = Attribute(FragmentTable::U);
@@ -66,7 +83,6 @@ public:
     {
         return Attribute(FragmentTable::Highlights + 3 * channel);
     }
-    LANES_INLINE Mask IsLinear() const { return IsLess(Splat(0.5F), Row(FragmentTable::IsLinear)); }
     LANES_INLINE WeightSteps<Floats> Steps() const
     {
         const Floats step = Row(FragmentTable::Step);
@@ -74,10 +90,10 @@ public:
                 Row(FragmentTable::PerY + 1) * step};
     }
     /// The weight of corner 1 (0) or 2 (1).
-    LANES_INLINE Floats Weight(int which, Floats x, Floats y) const
+    LANES_INLINE Floats Weight(int which, const FragmentPlaces& at) const
     {
-        const Floats edge = Row(FragmentTable::Start + which) + Row(FragmentTable::PerX + which) * x +
-                            Row(FragmentTable::PerY + which) * y; // exact
+        const Floats edge = Row(FragmentTable::Start + which) + Row(FragmentTable::PerX + which) * at.x +
+                            Row(FragmentTable::PerY + which) * at.y; // exact
         return edge * Row(FragmentTable::Step) + Row(FragmentTable::Rests + which);
     }
 
@@ -85,38 +101,6 @@ private:
     const FragmentTable& table_;
     LaneOrder order_;
 };
-
-/// Blocks of one corner of a vector of triangles, as lanes.
-struct BlockLanes
-{
-    Floats value[4];
-
-    template<typename Block>
-    LANES_INLINE explicit BlockLanes(const Block (&blocks)[LaneCount])
-    {
-        static_assert(sizeof(Block) == 4 * sizeof(float));
-        LoadQuads(reinterpret_cast<const float*>(blocks), value[0], value[1], value[2], value[3]);
-    }
-};
-
-/// Color blocks of all corners into the table. Answers the largest change of a channel from corner 0 to another.
-template<int Channels>
-LANES_INLINE Floats SetColors(FragmentTable& table, int row, float scale, const ColorBlock (&blocks)[3][LaneCount])
-{
-    const BlockLanes corners[3] = {BlockLanes{blocks[0]}, BlockLanes{blocks[1]}, BlockLanes{blocks[2]}};
-    Floats range = Splat(0.0F);
-    for (int i = 0; i < Channels; ++i)
-    {
-        const Floats scales = Splat(i == 3 ? 1.0F : scale);
-        AttributeLanes color;
-        color.Set(corners[0].value[i] * scales, corners[1].value[i] * scales, corners[2].value[i] * scales);
-        Store(color.base, table.rows[row + 3 * i]);
-        Store(color.toSecond, table.rows[row + 3 * i + 1]);
-        Store(color.toThird, table.rows[row + 3 * i + 2]);
-        range = Greatest(range, Greatest(Absolute(color.toSecond), Absolute(color.toThird)));
-    }
-    return range;
-}
 
 /// What every fragment needs.
 LANES_INLINE void FillEdges(FragmentTable& table, const TriangleLanes& t)
@@ -132,50 +116,44 @@ LANES_INLINE void FillEdges(FragmentTable& table, const TriangleLanes& t)
     Store(Load(t.restThird), table.rows[FragmentTable::Rests + 1]);
 }
 
-/// Answers whether every triangle may be interpolated on the screen.
+/// Everything but colors and highlights.
 template<bool IsTextured, bool Fog>
-bool FillTable(FragmentTable& table, const Batch& batch, const DrawState& state, const RecordLanes& records,
-               const TriangleLanes& t)
+LANES_INLINE void FillPlaces(FragmentTable& table, const RecordLanes& records, const TriangleLanes& t)
 {
-    alignas(64) ColorBlock blocks[3][LaneCount];
-    for (int lane = 0; lane < LaneCount; ++lane)
-        for (int corner = 0; corner < 3; ++corner)
-            blocks[corner][lane] = state.isFlat ? batch.faces.colors[records.record[lane]->face]
-                                                : records.blocks[lane]->colors[records.Vertex(lane, corner)];
-    const Floats range = SetColors<4>(table, FragmentTable::Colors, IsTextured ? 1.0F : 255.0F, blocks);
-    FillEdges(table, t);
-    const CornerLanes corners[3] = {LoadCorners(t.corner[0]), LoadCorners(t.corner[1]), LoadCorners(t.corner[2])};
-    table.Set(FragmentTable::Depth, corners[0].depth, corners[1].depth, corners[2].depth);
-    table.Set(FragmentTable::InverseW, corners[0].inverseW, corners[1].inverseW, corners[2].inverseW);
-    Store(corners[1].inverseW, table.rows[FragmentTable::SecondW]);
-    Store(corners[2].inverseW, table.rows[FragmentTable::ThirdW]);
+    const Floats w[3] = {Load(t.inverseW[0]), Load(t.inverseW[1]), Load(t.inverseW[2])};
+    table.Set(FragmentTable::Depth, Load(t.depth[0]), Load(t.depth[1]), Load(t.depth[2]));
+    table.Set(FragmentTable::InverseW, w[0], w[1], w[2]);
+    Store(w[1], table.rows[FragmentTable::SecondW]);
+    Store(w[2], table.rows[FragmentTable::ThirdW]);
     if constexpr (IsTextured || Fog)
     {
-        alignas(64) CoordinateBlock coordinates[3][LaneCount];
-        for (int lane = 0; lane < LaneCount; ++lane)
-            for (int corner = 0; corner < 3; ++corner)
-                coordinates[corner][lane] = records.blocks[lane]->coordinates[records.Vertex(lane, corner)];
-        const BlockLanes places[3] = {BlockLanes{coordinates[0]}, BlockLanes{coordinates[1]},
-                                      BlockLanes{coordinates[2]}};
+        const auto corner = [&](int number) LANES_LAMBDA
+        {
+            return BlockLanes{[&](int lane) LANES_LAMBDA
+                              { return records.blocks[lane]->coordinates.Data() + records.Vertex(lane, number); }};
+        };
+        const BlockLanes places[3] = {corner(0), corner(1), corner(2)};
         table.Set(FragmentTable::U, places[0].value[0], places[1].value[0], places[2].value[0]);
         table.Set(FragmentTable::V, places[0].value[1], places[1].value[1], places[2].value[1]);
         table.Set(FragmentTable::EyeDepth, places[0].value[2], places[1].value[2], places[2].value[2]);
     }
+}
+
+template<bool IsTextured, bool Fog>
+void FillTable(FragmentTable& table, const Batch& batch, const DrawState& state, const RecordLanes& records,
+               const TriangleLanes& t)
+{
+    const CornerColors colors{&VertexBlocks::colors, IsTextured ? 1.0F : FullRange, batch, state, records};
+    for (int i = 0; i < 4; ++i)
+        table.Set(FragmentTable::Colors + 3 * i, colors.channel[i]);
     if (IsTextured && state.hasHighlight)
     {
-        for (int lane = 0; lane < LaneCount; ++lane)
-            for (int corner = 0; corner < 3; ++corner)
-                blocks[corner][lane] = state.isFlat ? batch.faces.highlights[records.record[lane]->face]
-                                                    : records.blocks[lane]->highlights[records.Vertex(lane, corner)];
-        SetColors<3>(table, FragmentTable::Highlights, 255.0F, blocks);
+        const CornerColors highlights{&VertexBlocks::highlights, FullRange, batch, state, records};
+        for (int i = 0; i < 3; ++i)
+            table.Set(FragmentTable::Highlights + 3 * i, highlights.channel[i]);
     }
-    if constexpr (IsTextured)
-        return false;
-    const Floats least = Least(corners[0].inverseW, Least(corners[1].inverseW, corners[2].inverseW));
-    const Floats greatest = Greatest(corners[0].inverseW, Greatest(corners[1].inverseW, corners[2].inverseW));
-    const Mask isLinear = IsLessOrEqual((greatest - least) * (Fog ? Splat(FullRange) : range), least);
-    Store(Choose(isLinear, Splat(1.0F), Splat(0.0F)), table.rows[FragmentTable::IsLinear]);
-    return IsAll(isLinear);
+    FillEdges(table, t);
+    FillPlaces<IsTextured, Fog>(table, records, t);
 }
 
 /// The columns that small triangles cover in each of their rows.
@@ -196,7 +174,6 @@ struct Spans
         const Floats zero = Splat(0.0F);
         const Floats one = Splat(1.0F);
         const Ints left = Load(t.left);
-        const Ints top = Load(t.top);
         const Floats width = ToFloats(Load(t.right) - left);
         Ints value[3], perY[3];
         Floats inverse[3];
@@ -205,7 +182,7 @@ struct Spans
         {
             const Ints perX = Load(t.perX[i]);
             perY[i] = Load(t.perY[i]);
-            value[i] = Load(t.start[i]) + perX * left + perY[i] * top;
+            value[i] = Load(t.start[i]);
             isRising[i] = IsLess(Splat(0), perX);
             inverse[i] = Choose(IsEqual(perX, Splat(0)), Splat(Steep), one / Absolute(ToFloats(perX)));
         }
@@ -304,45 +281,96 @@ LANES_INLINE void StoreFragments(const TileView& tile, const std::int32_t* pixel
 
 inline constexpr float NeverDrawn = 2.0F; ///< a depth beyond all
 
-/// Tests, shades and stores what was listed, and empties the list.
-template<bool IsTextured, Blending B, bool Fog, Interpolation P>
-void DrawFragments(const TileView& tile, const DrawState& state, const FragmentTable& table, Fragments& fragments)
+/// Shades and stores up to a vector of fragments, from `first` on. `shade(mask, below, rank, pixels)` as Compose.
+template<Blending B, typename Shade>
+LANES_INLINE void DrawVector(const TileView& tile, const Fragments& fragments, int first, int count, Ints pixel,
+                             Mask mask, Floats depth, Shade shade)
 {
-    constexpr bool IsBlended = B == Blending::Blended || B == Blending::Veiled;
-    // Where shading costs more than a look at the depth that is there.
-    constexpr bool LooksFirst = IsTextured || IsBlended || Fog;
+    Ints below = pixel;
+    if constexpr (B == Blending::Blended || B == Blending::Veiled)
+        below = Gather(tile.colors, pixel);
+    Floats rank = depth;
+    if constexpr (B == Blending::Stippled)
+        rank = StippleRankOf(pixel);
+    Ints shaded = below;
+    mask = shade(mask, below, rank, shaded);
+    if constexpr (B == Blending::Stippled)
+        depth = Choose(mask, depth, Splat(NeverDrawn));
+    StoreFragments<B != Blending::Veiled>(tile, fragments.pixel + first, count, depth, shaded);
+}
+
+/// How many fragments from `first` on make up the next vector.
+template<Blending B>
+LANES_INLINE int NextCount(const Fragments& fragments, int first)
+{
+    const int count = std::min(LaneCount, fragments.count - first);
+    if constexpr (B == Blending::Blended || B == Blending::Veiled)
+        return CountDistinct(fragments.pixel + first, fragments.triangle + first, count);
+    return count;
+}
+
+/// Tests, shades and stores what was listed, and empties the list.
+template<bool IsTextured, Blending B, bool Fog>
+void DrawFragments(const TileView& tile, const DrawState& state, const TriangleLanes& t, const FragmentTable& table,
+                   Fragments& fragments)
+{
     fragments.Pad();
     for (int first = 0, count = 0; first < fragments.count; first += count)
     {
-        count = std::min(LaneCount, fragments.count - first);
-        if constexpr (IsBlended)
-            count = CountDistinct(fragments.pixel + first, fragments.triangle + first, count);
+        count = NextCount<B>(fragments, first);
         const Ints pixel = Load(fragments.pixel + first);
-        const FragmentValues values{table, Load(fragments.triangle + first)};
-        const Floats x = ToFloats(pixel & Splat(TileSize - 1));
-        const Floats y = ToFloats(ShiftedRight<TileShift>(pixel));
-        const Floats second = values.Weight(0, x, y);
-        const Floats third = values.Weight(1, x, y);
-        Floats depth = Least(At<Interpolation::Linear>(values.Attribute(FragmentTable::Depth), {second, third, second}),
-                             Splat(FarthestDepth));
+        const LaneOrder order = LaneOrderOf(Load(fragments.triangle + first));
+        const FragmentValues values{table, order};
+        const FragmentPlaces places{pixel, t, order};
+        const Floats second = values.Weight(0, places);
+        const Floats third = values.Weight(1, places);
+        const Floats depth =
+            Least(At<Interpolation::Linear>(values.Attribute(FragmentTable::Depth), {second, third, second}),
+                  Splat(FarthestDepth));
+        const Mask mask = IsLessOrEqual(depth, Gather(tile.depths, pixel));
+        if (!IsAny(mask))
+            continue;
+        DrawVector<B>(tile, fragments, first, count, pixel, mask, depth,
+                      [&](Mask drawn, Ints below, Floats rank, Ints& pixels) LANES_LAMBDA
+                      {
+                          return ShadePixels<IsTextured, B, Fog, Interpolation::Perspective>(
+                              state, values, second, third, drawn, below, rank, pixels);
+                      });
+    }
+    fragments.count = 0;
+}
+
+/// The same for triangles whose colors are linear on the screen.
+template<Blending B>
+void DrawFragments(const TileView& tile, const TriangleLanes& t, const PlaneTable& planes, Fragments& fragments)
+{
+    fragments.Pad();
+    for (int first = 0, count = 0; first < fragments.count; first += count)
+    {
+        count = NextCount<B>(fragments, first);
+        const Ints pixel = Load(fragments.pixel + first);
+        const LaneOrder order = LaneOrderOf(Load(fragments.triangle + first));
+        const FragmentPlaces places{pixel, t, order};
+        const auto at = [&](int row) LANES_LAMBDA
+        {
+            return ByLane(planes.start[row], order) + ByLane(planes.perX[row], order) * places.x +
+                   ByLane(planes.perY[row], order) * places.y;
+        };
+        const Floats depth = Least(at(PlaneTable::Depth), Splat(FarthestDepth));
         Mask mask = AllLanes();
-        if constexpr (LooksFirst)
+        if constexpr (B == Blending::Blended || B == Blending::Veiled) // dearer than a look at the depth
         {
             mask = IsLessOrEqual(depth, Gather(tile.depths, pixel));
             if (!IsAny(mask))
                 continue;
         }
-        Ints below = pixel;
-        if constexpr (IsBlended)
-            below = Gather(tile.colors, pixel);
-        Floats rank = depth;
-        if constexpr (B == Blending::Stippled)
-            rank = StippleRankOf(pixel);
-        Ints shaded = below;
-        mask = ShadePixels<IsTextured, B, Fog, P>(state, values, second, third, mask, below, rank, shaded);
-        if constexpr (B == Blending::Stippled)
-            depth = Choose(mask, depth, Splat(NeverDrawn));
-        StoreFragments<B != Blending::Veiled>(tile, fragments.pixel + first, count, depth, shaded);
+        DrawVector<B>(tile, fragments, first, count, pixel, mask, depth,
+                      [&](Mask drawn, Ints below, Floats rank, Ints& pixels) LANES_LAMBDA
+                      {
+                          const ColorLanes color{at(PlaneTable::Red), at(PlaneTable::Green), at(PlaneTable::Blue),
+                                                 B == Blending::Opaque ? depth : at(PlaneTable::Alpha)};
+                          return Compose<B>(color, drawn, below, rank, pixels);
+                      });
     }
     fragments.count = 0;
 }

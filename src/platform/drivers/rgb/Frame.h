@@ -67,6 +67,12 @@ struct VertexBlocks
     Buffer<CoordinateBlock> coordinates;
     Buffer<ColorBlock> colors;
     Buffer<ColorBlock> highlights;
+
+    std::size_t HeldBytes() const
+    {
+        return positions.CapacityInBytes() + coordinates.CapacityInBytes() + colors.CapacityInBytes() +
+               highlights.CapacityInBytes();
+    }
 };
 
 /// StippleRank for vectors that start at any pixel.
@@ -145,6 +151,8 @@ struct Bins
     Buffer<std::uint32_t> offsets; ///< of each tile's first reference, one more than there are tiles
     Buffer<std::uint16_t> references;
     std::uint64_t coveredPixels = 0; ///< an upper bound: how much work this is
+
+    std::size_t HeldBytes() const;
 
     void Clear();
     /// Sorts the pairs by tile.
@@ -238,6 +246,13 @@ struct WorkUnit
     std::uint32_t firstSegment = 0;
     std::uint32_t segmentCount = 0;
     bool isSorted = false; ///< segments are stretches of Batch::order
+};
+
+/// How far a work unit has been set up: segments, and primitives of the next one.
+struct UnitPlace
+{
+    std::uint32_t segment = 0;
+    std::uint32_t primitive = 0;
 };
 
 /// A stretch of a part's vertices, faces or triangles, or many small parts.

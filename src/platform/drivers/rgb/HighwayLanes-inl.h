@@ -166,18 +166,39 @@ HWY_INLINE Ints Choose(Mask m, Ints yes, Ints no)
     return hn::IfThenElse(hn::RebindMask(AsInt, m), yes, no);
 }
 
-/// The two whole numbers at the start of each record of `stride` whole numbers. Single loads: on processors whose
-/// gather is a loop in disguise they are several times faster, elsewhere as fast.
+/// The two whole numbers at the start of each record of `Stride` whole numbers. Single loads: on processors whose
+/// gather is a loop in disguise they are several times faster, elsewhere as fast. They meet in registers, since what
+/// is stored piece by piece cannot be loaded as a whole until it has reached the cache.
 template<int Stride>
 HWY_INLINE void LoadPairs(const std::int32_t* base, Ints index, Ints& first, Ints& second)
 {
     alignas(32) std::int32_t places[LaneCount];
-    alignas(64) std::int64_t pairs[LaneCount];
     hn::Store(index, AsInt, places);
-    for (int i = 0; i < LaneCount; ++i)
-        std::memcpy(pairs + i, base + std::size_t{static_cast<std::uint32_t>(places[i])} * Stride,
-                    sizeof(std::int64_t));
-    hn::LoadInterleaved2(AsInt, reinterpret_cast<const std::int32_t*>(pairs), first, second);
+    const auto from = [&](int lane) HWY_ATTR
+    { return base + std::size_t{static_cast<std::uint32_t>(places[lane])} * Stride; };
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_SSE4
+    const auto two = [&](int lane) HWY_ATTR
+    {
+        const __m128i low = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from(lane)));
+        return _mm_loadh_pi(_mm_castsi128_ps(low), reinterpret_cast<const __m64*>(from(lane + 1)));
+    };
+#if HWY_TARGET == HWY_SSE4
+    const __m128 low = two(0);
+    const __m128 high = two(2);
+    first = Ints{_mm_castps_si128(_mm_shuffle_ps(low, high, 0x88))};
+    second = Ints{_mm_castps_si128(_mm_shuffle_ps(low, high, 0xDD))};
+#else
+    const __m256 low = _mm256_set_m128(two(4), two(0));
+    const __m256 high = _mm256_set_m128(two(6), two(2));
+    first = Ints{_mm256_castps_si256(_mm256_shuffle_ps(low, high, 0x88))};
+    second = Ints{_mm256_castps_si256(_mm256_shuffle_ps(low, high, 0xDD))};
+#endif
+#else
+    std::int32_t pairs[2 * LaneCount];
+    for (int lane = 0; lane < LaneCount; ++lane)
+        std::memcpy(pairs + 2 * lane, from(lane), 2 * sizeof(std::int32_t));
+    hn::LoadInterleaved2(AsInt, pairs, first, second);
+#endif
 }
 HWY_INLINE Floats Gather(const float* base, Ints index)
 {
@@ -200,10 +221,43 @@ HWY_INLINE void StoreQuads(Floats a, Floats b, Floats c, Floats d, float* to)
 {
     hn::StoreInterleaved4(a, b, c, d, AsFloat, to);
 }
-/// The opposite of StoreQuads.
-HWY_INLINE void LoadQuads(const float* from, Floats& a, Floats& b, Floats& c, Floats& d)
+/// Four floats from each of LaneCount places: from(lane).
+template<typename From>
+HWY_INLINE void LoadQuads(From from, Floats& a, Floats& b, Floats& c, Floats& d)
 {
-    hn::LoadInterleaved4(AsFloat, from, a, b, c, d);
+    constexpr hn::CappedTag<float, 4> quad;
+    const auto quads = [&](int i) HWY_ATTR
+    {
+        if constexpr (LaneCount == 8)
+            return hn::Combine(AsFloat, hn::LoadU(quad, from(i + 4)), hn::LoadU(quad, from(i)));
+        else
+            return hn::LoadU(quad, from(i));
+    };
+    const Floats q0 = quads(0);
+    const Floats q1 = quads(1);
+    const Floats q2 = quads(2);
+    const Floats q3 = quads(3);
+    // Within each half of a vector.
+    constexpr hn::Repartition<std::uint64_t, FloatTag> pair;
+    const auto ab01 = hn::BitCast(pair, hn::InterleaveLower(AsFloat, q0, q1));
+    const auto ab23 = hn::BitCast(pair, hn::InterleaveLower(AsFloat, q2, q3));
+    const auto cd01 = hn::BitCast(pair, hn::InterleaveUpper(AsFloat, q0, q1));
+    const auto cd23 = hn::BitCast(pair, hn::InterleaveUpper(AsFloat, q2, q3));
+    a = hn::BitCast(AsFloat, hn::InterleaveLower(pair, ab01, ab23));
+    b = hn::BitCast(AsFloat, hn::InterleaveUpper(pair, ab01, ab23));
+    c = hn::BitCast(AsFloat, hn::InterleaveLower(pair, cd01, cd23));
+    d = hn::BitCast(AsFloat, hn::InterleaveUpper(pair, cd01, cd23));
+}
+/// Byte `Which` of each whole number, from the lowest.
+template<int Which>
+HWY_INLINE Floats ByteAt(Ints a)
+{
+    constexpr std::uint8_t Zero = 0x80;
+    constexpr hn::Repartition<std::uint8_t, FloatTag> bytes;
+    alignas(16) static constexpr std::uint8_t Order[16] = {Which,     Zero, Zero, Zero, Which + 4,  Zero, Zero, Zero,
+                                                           Which + 8, Zero, Zero, Zero, Which + 12, Zero, Zero, Zero};
+    return hn::ConvertTo(
+        AsFloat, hn::BitCast(AsInt, hn::TableLookupBytesOr0(hn::BitCast(bytes, a), hn::LoadDup128(bytes, Order))));
 }
 /// Numbers below LaneCount, ready to be looked up by.
 using LaneOrder = decltype(hn::IndicesFromVec(AsFloat, Ints{}));

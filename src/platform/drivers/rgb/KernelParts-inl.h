@@ -6,6 +6,7 @@
 #include "platform/drivers/rgb/Culling-inl.h"
 #include "platform/drivers/rgb/Shading-inl.h"
 #include "platform/drivers/rgb/Triangles-inl.h"
+#include "platform/drivers/rgb/Planes-inl.h"
 #include "platform/drivers/rgb/Fragments-inl.h"
 #include "platform/drivers/rgb/TriangleRuns-inl.h"
 #include "platform/drivers/rgb/Lines-inl.h"

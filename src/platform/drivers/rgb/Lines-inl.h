@@ -44,12 +44,13 @@ struct LinePixels
     }
     LANES_INLINE void FillRows()
     {
-        const CornerLanes corners[2] = {LoadCorners(ends[0]), LoadCorners(ends[1])};
+        const CornerLanes corners[2] = {LoadCorners([&](int lane) LANES_LAMBDA { return ends[0] + lane; }),
+                                        LoadCorners([&](int lane) LANES_LAMBDA { return ends[1] + lane; })};
         Set(Depth, corners[0].depth, corners[1].depth);
         Set(InverseW, corners[0].inverseW, corners[1].inverseW);
         Store(corners[1].inverseW, rows[SecondW]);
-        const BlockLanes from{colors[0]};
-        const BlockLanes to{colors[1]};
+        const BlockLanes from{[&](int lane) LANES_LAMBDA { return colors[0] + lane; }};
+        const BlockLanes to{[&](int lane) LANES_LAMBDA { return colors[1] + lane; }};
         for (int i = 0; i < 4; ++i)
         {
             const Floats scale = Splat(i == 3 ? 1.0F : FullRange);

@@ -107,6 +107,7 @@ MeshFacts::MeshFacts(const DrawMesh& mesh)
 {
     for (std::uint32_t triangle = mesh.TriangleCount(); triangle-- > 0;)
         faceVertices[mesh.triangleFace[triangle]] = mesh.indices[3 * std::size_t{triangle}];
+    groups.reserve(mesh.groups.size());
     for (const DrawMesh::Group& group : mesh.groups)
     {
         groups.push_back(FactsOf(mesh, group));
@@ -139,6 +140,27 @@ void MeshFactsCache::Release()
     held_.clear();
     ++hold_;
     last_ = nullptr;
+}
+
+std::size_t MeshFactsCache::FaceCount() const
+{
+    std::size_t count = 0;
+    for (const auto& [mesh, entry] : entries_)
+        count += entry.facts != nullptr ? entry.facts->faceVertices.size() + entry.facts->groups.size() : 0;
+    return count;
+}
+
+std::size_t MeshFactsCache::HeldBytes() const
+{
+    std::size_t bytes = entries_.bucket_count() * sizeof(void*) + held_.capacity() * sizeof(held_.front());
+    for (const auto& [mesh, entry] : entries_)
+    {
+        bytes += sizeof(void*) + sizeof(mesh) + sizeof(entry);
+        if (entry.facts != nullptr)
+            bytes += sizeof(MeshFacts) + entry.facts->faceVertices.capacity() * sizeof(std::uint32_t) +
+                     entry.facts->groups.capacity() * sizeof(MeshFacts::GroupFacts);
+    }
+    return bytes;
 }
 
 void MeshFactsCache::Sweep()

@@ -54,6 +54,10 @@ public:
     /// Forgets meshes that are gone.
     void Sweep();
 
+    std::size_t Count() const { return entries_.size(); }
+    std::size_t FaceCount() const; ///< faces and groups of the meshes it knows
+    std::size_t HeldBytes() const;
+
 private:
     struct Entry
     {

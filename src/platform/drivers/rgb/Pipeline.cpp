@@ -1,9 +1,11 @@
 #include "platform/drivers/rgb/Pipeline.h"
 
+#include "platform/automation/RuntimeError.h"
 #include "platform/drivers/rgb/Setup.h"
 
 #include <algorithm>
 #include <new>
+#include <string>
 
 namespace lumora::rgb
 {
@@ -14,26 +16,26 @@ namespace
 constexpr std::uint64_t SmallPrimitiveCount = 12000; ///< below, waking helpers costs more than they save
 constexpr std::uint64_t SmallPixelCount = 80000;
 constexpr std::size_t UnitsPerRound = 1024;
-constexpr std::size_t BinBytesPerRound = std::size_t{32} << 20; ///< a round ends when its bins have grown to this
-constexpr std::size_t LargestKeptBins = std::size_t{1} << 20;
 
 std::size_t BytesIn(const Bins& bins)
 {
-    return bins.records.Size() * sizeof(Record) + bins.pairs.Size() * 6 +
+    return bins.records.Size() * sizeof(Record) + bins.pairs.Size() * 6 + bins.offsets.Size() * 4 +
            bins.local.positions.Size() * (sizeof(ScreenPosition) + sizeof(CoordinateBlock) + 2 * sizeof(ColorBlock));
 }
 
-void ReleaseLarge(Bins& bins)
+template<typename T>
+std::size_t HeldBy(const std::vector<T>& list)
 {
-    if (bins.pairs.CapacityInBytes() > LargestKeptBins || bins.local.positions.CapacityInBytes() > LargestKeptBins)
-        bins = {};
+    return list.capacity() * sizeof(T);
 }
 
 } // namespace
 
-Pipeline::Pipeline(int threads, const Kernels& kernels)
-    : crew_(Crew::Of(threads)), kernels_(kernels), planner_(batch_, textures_)
+Pipeline::Pipeline(int threads, const Kernels& kernels, const RgbLimits& limits)
+    : crew_(Crew::Of(threads)), kernels_(kernels), textures_(limits.textureBytes),
+      planner_(batch_, textures_, limits.batchVertices), limits_(limits)
 {
+    most_.threads = static_cast<std::size_t>(crew_->Size());
     tileColors_.Resize(static_cast<std::size_t>(crew_->Size()) * TilePixels);
 }
 
@@ -42,6 +44,7 @@ void Pipeline::SetTarget(const PixelView& target)
     target_ = {};
     const auto tiles = [](int side) { return static_cast<std::uint32_t>((side + TileSize - 1) >> TileShift); };
     depth_.Reset(tiles(target.width) * tiles(target.height));
+    most_.tiles = std::max(most_.tiles, std::size_t{tiles(target.width)} * tiles(target.height));
     target_ = target;
 }
 
@@ -92,6 +95,7 @@ void Pipeline::DrawWaiting()
 
 void Pipeline::DrawRecorded()
 {
+    CountRecorded();
     planner_.Start(target_.Bounds(), kernels_);
     for (const Command& command : commands_)
         RunCommand(command);
@@ -101,19 +105,40 @@ void Pipeline::DrawRecorded()
     waiting_.erase(waiting_.begin(), waiting_.begin() + static_cast<std::ptrdiff_t>(firstWaiting_));
     firstWaiting_ = 0;
     if (waiting_.empty())
+    {
         facts_.Release();
+        ForgetPasses();
+    }
+}
+
+void Pipeline::CountRecorded()
+{
+    WorkCounts counts;
+    counts.recorded = std::max(commands_.size() + items_.size(), waiting_.size());
+    counts.passes = passCount_;
+    for (std::size_t i = 0; i < passCount_; ++i)
+        counts.lights += passes_[i].lights.size();
+    counts.meshes = facts_.Count();
+    counts.meshFaces = facts_.FaceCount();
+    most_.Include(counts);
+}
+
+/// All but the pass that is open, if any, which goes on.
+void Pipeline::ForgetPasses()
+{
+    if (passCount_ > 1)
+        std::swap(passes_.front(), passes_[passCount_ - 1]);
+    passCount_ = std::min<std::size_t>(passCount_, 1);
 }
 
 void Pipeline::Finish()
 {
     DrawWaiting();
     DrawRecorded();
+    most_.textures = std::max(most_.textures, textures_.Count());
+    most_.texels = std::max(most_.texels, textures_.TexelCount());
     textures_.Trim();
     facts_.Sweep();
-    // The pass that is open, if any, goes on.
-    if (passCount_ > 1)
-        std::swap(passes_.front(), passes_[passCount_ - 1]);
-    passCount_ = std::min<std::size_t>(passCount_, 1);
 }
 
 void Pipeline::Forget()
@@ -138,7 +163,10 @@ void Pipeline::RunCommand(const Command& command)
     }
     for (std::uint32_t i = command.first; i < command.first + command.count; ++i)
     {
-        planner_.AddItem(items_[i], passes_[items_[i].pass], Share::AtOnce);
+        const auto groups = static_cast<std::uint32_t>(items_[i].facts->groups.size());
+        std::uint32_t group = 0;
+        while ((group = planner_.AddItem(items_[i], passes_[items_[i].pass], Share::AtOnce, group)) < groups)
+            RunBatch();
         if (planner_.IsFull())
             RunBatch();
     }
@@ -149,6 +177,7 @@ void Pipeline::RunBatch()
 {
     if (planner_.IsEmpty())
         return;
+    RequireRoom();
     const bool alone = planner_.PrimitiveCount() < SmallPrimitiveCount;
     const std::uint32_t threads = alone ? 1U : static_cast<std::uint32_t>(crew_->Size());
     PlaceAndLight(alone);
@@ -159,8 +188,24 @@ void Pipeline::RunBatch()
         SortWaiting();
         planner_.PlanSortedUnits(threads);
     }
+    most_.Include(planner_.Counts());
     DrawUnits(alone);
     planner_.Start(target_.Bounds(), kernels_);
+}
+
+void Pipeline::RequireRoom() const
+{
+    const WorkCounts counts = planner_.Counts();
+    const std::size_t bytes = BatchBytes(counts);
+    if (bytes <= limits_.batchBytes)
+        return;
+    const auto inMebibytes = [](std::size_t size) { return std::to_string((size >> 20) + 1) + " MiB"; };
+    const std::string what = counts.waiting != 0
+                                 ? "Sorting " + std::to_string(counts.waiting) + " translucent triangles"
+                                 : "A mesh of " + std::to_string(counts.vertices) + " vertices";
+    throw RuntimeError{error::RMBadAlloc, "RgbDriver",
+                       what + " needs " + inMebibytes(bytes) + ", more than the " + inMebibytes(limits_.batchBytes) +
+                           " that one picture may take: show less at once, or blend without sorting."};
 }
 
 void Pipeline::CollectWaiting(bool alone)
@@ -169,6 +214,10 @@ void Pipeline::CollectWaiting(bool alone)
         collected_.resize(batch_.waitingUnits.size());
     Share(batch_.waitingUnits.size(), alone,
           [&](std::size_t unit, int) { CollectSorted(batch_, batch_.waitingUnits[unit], collected_[unit]); });
+    std::size_t count = 0;
+    for (std::size_t unit = 0; unit < batch_.waitingUnits.size(); ++unit)
+        count += collected_[unit].Size();
+    batch_.sorted.Reserve(count);
     for (std::size_t unit = 0; unit < batch_.waitingUnits.size(); ++unit)
         batch_.sorted.Append(collected_[unit].Items());
     batch_.order.Resize(batch_.sorted.Size());
@@ -309,33 +358,74 @@ void Pipeline::FindFacing(const Part& part, const Range& range)
 void Pipeline::DrawUnits(bool alone)
 {
     std::size_t done = 0;
+    from_ = {};
     while (done < batch_.units.size())
     {
         const std::size_t count = std::min(UnitsPerRound, batch_.units.size() - done);
-        const std::size_t ready = SetUpRound(done, count, alone);
-        DrawRound(ready, alone);
-        done += ready;
+        const std::size_t whole = SetUpRound(done, count, alone);
+        const bool hasPart = whole < count && unitStates_[whole] == UnitState::Begun;
+        from_ = hasPart ? unitPlaces_[whole] : UnitPlace{};
+        DrawRound(whole + (hasPart ? 1 : 0), alone);
+        TrimBins();
+        done += whole;
     }
 }
 
-/// Sets up units until the bins are full. Answers how many from the first on are ready, at least one.
+/// Sets up units until the bins are full. Answers how many from the first on are set up as a whole; the next one may
+/// have begun.
 std::size_t Pipeline::SetUpRound(std::size_t first, std::size_t count, bool alone)
 {
     if (bins_.size() < count)
         bins_.resize(count);
-    isSetUp_.assign(count, 0);
+    unitStates_.assign(count, UnitState::LeftOut);
+    unitPlaces_.resize(std::max(unitPlaces_.size(), count));
+    const std::size_t mostPairs = MostPairs(limits_);
     std::atomic<std::size_t> bytes{0};
     Share(count, alone,
           [&](std::size_t unit, int)
           {
               // Threads pass here in any order, so that a unit behind one that was left out may be set up in vain.
-              if (unit != 0 && bytes.load(std::memory_order_relaxed) > BinBytesPerRound)
+              if (unit != 0 && bytes.load(std::memory_order_relaxed) > limits_.roundBytes)
                   return;
-              SetUpUnit(batch_, batch_.units[first + unit], bins_[unit]);
-              bytes.fetch_add(BytesIn(bins_[unit]), std::memory_order_relaxed);
-              isSetUp_[unit] = 1;
+              const WorkUnit& work = batch_.units[first + unit];
+              unitPlaces_[unit] = SetUpUnit(batch_, work, unit == 0 ? from_ : UnitPlace{}, mostPairs, bins_[unit]);
+              const bool isWhole = unitPlaces_[unit].segment == work.segmentCount;
+              unitStates_[unit] = isWhole ? UnitState::Whole : UnitState::Begun;
+              bytes.fetch_add(isWhole ? BytesIn(bins_[unit]) : limits_.roundBytes + 1, std::memory_order_relaxed);
           });
-    return static_cast<std::size_t>(std::ranges::find(isSetUp_, 0) - isSetUp_.begin());
+    return static_cast<std::size_t>(
+        std::ranges::find_if(unitStates_, [](UnitState state) { return state != UnitState::Whole; }) -
+        unitStates_.begin());
+}
+
+/// Gives back the memory of bins once all together have more than a round fills.
+void Pipeline::TrimBins()
+{
+    const std::size_t most = limits_.roundBytes + limits_.roundBytes / 2;
+    std::size_t kept = 0;
+    for (Bins& bins : bins_)
+    {
+        kept += bins.HeldBytes();
+        if (kept <= most)
+            continue;
+        kept -= bins.HeldBytes();
+        bins = {};
+    }
+}
+
+DriverMemory Pipeline::Memory() const
+{
+    std::size_t held = depth_.HeldBytes() + textures_.HeldBytes() + facts_.HeldBytes() + tileColors_.CapacityInBytes();
+    held += HeldBy(passes_) + HeldBy(items_) + HeldBy(waiting_) + HeldBy(commands_);
+    for (const Pass& pass : passes_)
+        held += HeldBy(pass.lights);
+    held += planner_.HeldBytes() + sortSpace_.CapacityInBytes();
+    held += HeldBy(bins_) + HeldBy(unitStates_) + HeldBy(unitPlaces_) + HeldBy(collected_);
+    for (const Bins& bins : bins_)
+        held += bins.HeldBytes();
+    for (const Buffer<SortedTriangle>& collected : collected_)
+        held += collected.CapacityInBytes();
+    return {held, MostBytes(most_, limits_)};
 }
 
 void Pipeline::DrawRound(std::size_t count, bool alone)
@@ -350,8 +440,6 @@ void Pipeline::DrawRound(std::size_t count, bool alone)
               DrawTile(batch_, ready, static_cast<std::uint32_t>(tile), target_, depth_,
                        tileColors_.Data() + static_cast<std::size_t>(worker) * TilePixels);
           });
-    for (Bins& bins : ready)
-        ReleaseLarge(bins);
 }
 
 } // namespace lumora::rgb

@@ -3,6 +3,7 @@
 
 #include "platform/drivers/Crew.h"
 #include "platform/drivers/rgb/Frame.h"
+#include "platform/drivers/rgb/Memory.h"
 #include "platform/drivers/rgb/MeshFacts.h"
 #include "platform/drivers/rgb/Planner.h"
 #include "platform/drivers/rgb/Textures.h"
@@ -17,8 +18,8 @@ namespace lumora::rgb
 class Pipeline
 {
 public:
-    /// As Crew::Of takes them.
-    Pipeline(int threads, const Kernels& kernels);
+    /// `threads` as Crew::Of takes them.
+    Pipeline(int threads, const Kernels& kernels, const RgbLimits& limits);
 
     /// Nothing may be waiting. Everything is at the farthest depth from now on.
     void SetTarget(const PixelView& target);
@@ -32,7 +33,8 @@ public:
     /// What waits to be sorted is to be drawn at this point of the recording.
     void DrawWaiting();
 
-    std::size_t RecordedCount() const { return commands_.size() + items_.size() + waiting_.size(); }
+    /// What drawing would relieve; items that wait to be sorted do not count.
+    std::size_t RecordedCount() const { return commands_.size() + items_.size() + (waiting_.empty() ? passCount_ : 0); }
 
     /// Draws everything recorded but what waits to be sorted.
     void DrawRecorded();
@@ -40,6 +42,8 @@ public:
 
     /// Drops everything recorded.
     void Forget();
+
+    DriverMemory Memory() const;
 
 private:
     struct Command
@@ -58,6 +62,13 @@ private:
         std::uint32_t color = 0;
     };
 
+    enum class UnitState : std::uint8_t
+    {
+        LeftOut,
+        Begun, ///< the rest is for the next round
+        Whole,
+    };
+
     void RunCommand(const Command& command);
     void RunBatch();
     void PlaceAndLight(bool alone);
@@ -66,8 +77,12 @@ private:
     void FindFacing(const Part& part, const Range& range);
     void CollectWaiting(bool alone);
     void SortWaiting();
+    void RequireRoom() const;
+    void CountRecorded();
+    void ForgetPasses();
     void DrawUnits(bool alone);
     std::size_t SetUpRound(std::size_t first, std::size_t count, bool alone);
+    void TrimBins();
     void DrawRound(std::size_t count, bool alone);
     template<typename Work>
     void Share(std::size_t count, bool alone, Work work);
@@ -91,10 +106,14 @@ private:
     Batch batch_;
     Planner planner_;
     std::vector<Bins> bins_;
-    std::vector<std::uint8_t> isSetUp_;
+    std::vector<UnitState> unitStates_;             ///< of the round
+    std::vector<UnitPlace> unitPlaces_;             ///< where each of them stopped
+    UnitPlace from_;                                ///< where the next round starts within its first unit
     Buffer<std::uint32_t> tileColors_;              ///< room for a tile for each thread
     std::vector<Buffer<SortedTriangle>> collected_; ///< for each waiting unit
     Buffer<SortedPlace> sortSpace_;
+    RgbLimits limits_;
+    WorkCounts most_; ///< so far
 };
 
 } // namespace lumora::rgb

@@ -272,16 +272,25 @@ inline void StoreQuads(const Floats& a, const Floats& b, const Floats& c, const 
         to[4 * i + 3] = d.lane[i];
     }
 }
-/// The opposite of StoreQuads.
-inline void LoadQuads(const float* from, Floats& a, Floats& b, Floats& c, Floats& d)
+/// Four floats from each of LaneCount places: from(lane).
+template<typename From>
+inline void LoadQuads(From from, Floats& a, Floats& b, Floats& c, Floats& d)
 {
     for (int i = 0; i < LaneCount; ++i)
     {
-        a.lane[i] = from[4 * i];
-        b.lane[i] = from[4 * i + 1];
-        c.lane[i] = from[4 * i + 2];
-        d.lane[i] = from[4 * i + 3];
+        const float* quad = from(i);
+        a.lane[i] = quad[0];
+        b.lane[i] = quad[1];
+        c.lane[i] = quad[2];
+        d.lane[i] = quad[3];
     }
+}
+/// Byte `Which` of each whole number, from the lowest.
+template<int Which>
+inline Floats ByteAt(const Ints& a)
+{
+    return EachLane<Floats>(
+        [&](int i) { return static_cast<float>(static_cast<std::uint32_t>(a.lane[i]) >> (8 * Which) & 0xFF); });
 }
 /// Numbers below LaneCount, ready to be looked up by.
 using LaneOrder = Ints;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <type_traits>
 
 namespace lumora::rgb
 {
@@ -175,7 +176,8 @@ void Planner::Start(const PixelRect& target, const Kernels& kernels)
     atOnce_.clear();
     waiting_.clear();
     roomForParts_ = 0;
-    vertexCount_ = faceCount_ = facingCount_ = 0;
+    vertexCount_ = faceCount_ = facingCount_ = waitingCount_ = 0;
+    largestPointMesh_ = 0;
     needsCoordinates_ = needsHighlights_ = false;
     primitiveCount_ = 0;
 }
@@ -195,21 +197,27 @@ void Planner::AddClear(ClearParts parts, const PixelRect& area, std::uint32_t co
     ++primitiveCount_;
 }
 
-void Planner::AddItem(const RecordedItem& item, const Pass& pass, Share share)
+std::uint32_t Planner::AddItem(const RecordedItem& item, const Pass& pass, Share share, std::uint32_t firstGroup)
 {
     const MeshFacts& facts = *item.facts;
     const bool isWhole = facts.hasOneMaterial && (facts.areAllTextured || item.fill != FillStyle::Solid);
     std::uint32_t part = 0;
     bool hasPart = false;
-    for (const MeshFacts::GroupFacts& group : facts.groups)
+    const auto count = static_cast<std::uint32_t>(facts.groups.size());
+    for (std::uint32_t i = firstGroup; i < count; ++i)
     {
+        const MeshFacts::GroupFacts& group = facts.groups[i];
         if (!IsDrawn(item, group, pass, share))
             continue;
-        if (!hasPart || !isWhole)
+        const bool needsPart = !hasPart || !isWhole;
+        if (needsPart && share == Share::AtOnce && IsFull())
+            return i;
+        if (needsPart)
             part = AddPart(item, pass, group, isWhole);
         hasPart = true;
         AddSegment(item, pass, group, part, share);
     }
+    return count;
 }
 
 std::uint32_t Planner::AddPart(const RecordedItem& item, const Pass& pass, const MeshFacts::GroupFacts& group,
@@ -228,18 +236,18 @@ std::uint32_t Planner::AddPart(const RecordedItem& item, const Pass& pass, const
     part.needsCoordinates = part.splitsHighlight || pass.state.fog.mode != FogMode::None;
     part.faceVertices = facts.faceVertices.data();
     part.vertices = isWhole ? Range{0, facts.vertexCount} : group.vertices;
-    part.vertexBase = vertexCount_ - part.vertices.first;
+    part.vertexBase = static_cast<std::uint32_t>(vertexCount_) - part.vertices.first;
     vertexCount_ += part.vertices.count;
     if (part.lightsFaces)
     {
         part.faces = isWhole ? Range{0, facts.faceCount} : group.faces;
-        part.faceBase = faceCount_ - part.faces.first;
+        part.faceBase = static_cast<std::uint32_t>(faceCount_) - part.faces.first;
         faceCount_ += part.faces.count;
     }
     if (item.fill != FillStyle::Solid && pass.state.cull != CullMode::None)
     {
         part.triangles = {0, facts.triangleCount};
-        part.facingBase = facingCount_;
+        part.facingBase = static_cast<std::uint32_t>(facingCount_);
         facingCount_ += facts.triangleCount;
     }
     needsCoordinates_ = needsCoordinates_ || part.needsCoordinates;
@@ -298,6 +306,9 @@ void Planner::AddSegment(const RecordedItem& item, const Pass& pass, const MeshF
         return;
     (key.waits ? waiting_ : atOnce_).push_back({state, part, range.first, range.count});
     primitiveCount_ += range.count;
+    waitingCount_ += key.waits ? range.count : 0;
+    if (item.fill == FillStyle::Points)
+        largestPointMesh_ = std::max(largestPointMesh_, item.facts->vertexCount);
 }
 
 const MipChain* Planner::ChainOf(const TextureImage& image)
@@ -356,22 +367,47 @@ void Planner::AddState(const StateKey& key)
     keys_.push_back(key);
 }
 
+WorkCounts Planner::Counts() const
+{
+    WorkCounts counts;
+    counts.vertices = vertexCount_;
+    counts.faces = faceCount_;
+    counts.facings = facingCount_;
+    counts.points = batch_.pointVertices.Size();
+    counts.meshVertices = largestPointMesh_;
+    counts.waiting = waitingCount_;
+    counts.states = batch_.states.size() + batch_.parts.size();
+    counts.units = batch_.units.size() + batch_.waitingUnits.size() + batch_.vertexTasks.size();
+    return counts;
+}
+
+std::size_t Planner::HeldBytes() const
+{
+    const auto heldBy = [](const auto&... lists)
+    { return (... + (lists.capacity() * sizeof(typename std::decay_t<decltype(lists)>::value_type))); };
+    return heldBy(batch_.parts, batch_.states, batch_.segments, batch_.units, batch_.vertexTasks, batch_.waitingUnits,
+                  keys_, atOnce_, waiting_) +
+           batch_.vertices.HeldBytes() + batch_.faces.HeldBytes() + batch_.isCulled.CapacityInBytes() +
+           batch_.pointVertices.CapacityInBytes() + batch_.sorted.CapacityInBytes() + batch_.order.CapacityInBytes() +
+           isTaken_.CapacityInBytes();
+}
+
 void Planner::ReserveVertices()
 {
-    batch_.vertices.positions.Resize(vertexCount_);
-    batch_.vertices.colors.Resize(vertexCount_);
-    batch_.vertices.coordinates.Resize(needsCoordinates_ ? vertexCount_ : 0);
-    batch_.vertices.highlights.Resize(needsHighlights_ ? vertexCount_ : 0);
-    batch_.faces.colors.Resize(faceCount_);
-    batch_.faces.highlights.Resize(needsHighlights_ ? faceCount_ : 0);
-    batch_.isCulled.Resize(facingCount_);
+    batch_.vertices.positions.Renew(vertexCount_);
+    batch_.vertices.colors.Renew(vertexCount_);
+    batch_.vertices.coordinates.Renew(needsCoordinates_ ? vertexCount_ : 0);
+    batch_.vertices.highlights.Renew(needsHighlights_ ? vertexCount_ : 0);
+    batch_.faces.colors.Renew(faceCount_);
+    batch_.faces.highlights.Renew(needsHighlights_ ? faceCount_ : 0);
+    batch_.isCulled.Renew(facingCount_);
 }
 
 void Planner::CollectPoints(const DrawState& state, Segment& segment)
 {
     const Part& part = batch_.parts[segment.part];
     const DrawMesh& mesh = *part.mesh;
-    isTaken_.Resize(mesh.VertexCount());
+    isTaken_.Renew(mesh.VertexCount());
     std::fill_n(isTaken_.Data(), isTaken_.Size(), std::uint8_t{0});
     const std::uint32_t end = segment.first + segment.count;
     const auto before = static_cast<std::uint32_t>(batch_.pointVertices.Size());

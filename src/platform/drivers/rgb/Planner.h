@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/drivers/rgb/Frame.h"
+#include "platform/drivers/rgb/Memory.h"
 #include "platform/drivers/rgb/MeshFacts.h"
 #include "platform/drivers/rgb/Textures.h"
 
@@ -52,21 +53,33 @@ bool HasWaiting(const RecordedItem& item, const Pass& pass);
 class Planner
 {
 public:
-    /// A batch that has this many vertices takes no further items.
-    static constexpr std::uint32_t EnoughVertices = 1U << 20;
+    /// A batch with so many parts and states takes no further items.
+    static constexpr std::size_t EnoughStates = std::size_t{1} << 15;
 
-    Planner(Batch& batch, TextureCache& textures) : batch_(batch), textures_(textures) {}
+    /// A batch that has `enoughVertices` takes no further items.
+    Planner(Batch& batch, TextureCache& textures, std::uint32_t enoughVertices)
+        : batch_(batch), textures_(textures), enoughVertices_(enoughVertices)
+    {
+    }
 
     /// Empties the batch.
     void Start(const PixelRect& target, const Kernels& kernels);
 
-    /// The item must stay where it is until the batch was drawn.
-    void AddItem(const RecordedItem& item, const Pass& pass, Share share);
+    /// Adds the item's groups from `firstGroup` on. Answers the group before which the batch was full, or how many the
+    /// item has: what waits to be sorted goes together, however full the batch is. The item must stay where it is until
+    /// the batch was drawn.
+    std::uint32_t AddItem(const RecordedItem& item, const Pass& pass, Share share, std::uint32_t firstGroup = 0);
     void AddClear(ClearParts parts, const PixelRect& area, std::uint32_t color);
 
-    bool IsFull() const { return vertexCount_ >= EnoughVertices; }
+    bool IsFull() const
+    {
+        return vertexCount_ >= enoughVertices_ || facingCount_ / 16 >= enoughVertices_ ||
+               batch_.states.size() + batch_.parts.size() >= EnoughStates;
+    }
     bool IsEmpty() const { return batch_.states.empty(); }
-    std::uint32_t VertexCount() const { return vertexCount_; }
+
+    /// What the batch takes so far. Points and units are counted once they are planned.
+    WorkCounts Counts() const;
 
     /// Makes room for what the vertex tasks fill.
     void ReserveVertices();
@@ -77,6 +90,9 @@ public:
 
     /// Further work units, over the sorted triangles.
     void PlanSortedUnits(std::uint32_t threads);
+
+    /// Of the batch and of what plans it.
+    std::size_t HeldBytes() const;
 
     std::uint64_t PrimitiveCount() const { return primitiveCount_; }
 
@@ -96,9 +112,13 @@ private:
 
     Batch& batch_;
     TextureCache& textures_;
-    std::uint32_t vertexCount_ = 0;
-    std::uint32_t faceCount_ = 0;
-    std::uint32_t facingCount_ = 0;
+    std::uint32_t enoughVertices_;
+    // Wider than the numbers that are made of them, which are used only where a batch is not refused.
+    std::uint64_t vertexCount_ = 0;
+    std::uint64_t faceCount_ = 0;
+    std::uint64_t facingCount_ = 0;
+    std::uint64_t waitingCount_ = 0;
+    std::uint32_t largestPointMesh_ = 0;
     bool needsCoordinates_ = false;
     bool needsHighlights_ = false;
     std::uint64_t primitiveCount_ = 0;

@@ -68,7 +68,7 @@ class RgbDriver final : public Driver
 {
 public:
     explicit RgbDriver(const RgbOptions& options)
-        : options_(options), pipeline_(options.threads, KernelsFor(options.simd))
+        : options_(options), pipeline_(options.threads, KernelsFor(options.simd), options.limits)
     {
     }
 
@@ -100,6 +100,7 @@ public:
         Guarded(
             [&]
             {
+                Relieve();
                 Pass& kept = pipeline_.NewPass();
                 kept.state = pass;
                 kept.state.lights = {};
@@ -119,13 +120,15 @@ public:
             throw RuntimeError{error::InvalidCall, Source, "Something was drawn outside a pass."};
         if (item.mesh == nullptr)
             throw RuntimeError{error::RMBadObject, Source, "Nothing was given where a mesh is drawn."};
+        bool isSound = true;
         Guarded(
             [&]
             {
-                if (!pipeline_.RecordItem(item))
-                    throw RuntimeError{error::RMBadObject, Source, "The mesh's arrays do not fit each other."};
+                isSound = pipeline_.RecordItem(item);
                 Relieve();
             });
+        if (!isSound)
+            throw RuntimeError{error::RMBadObject, Source, "The mesh's arrays do not fit each other."};
     }
 
     void End() override { isInPass_ = false; }
@@ -135,6 +138,8 @@ public:
         Guarded([&] { pipeline_.Finish(); });
     }
 
+    DriverMemory Memory() const override { return pipeline_.Memory(); }
+
 private:
     /// Draws what was put off once it is much.
     void Relieve()
@@ -143,13 +148,19 @@ private:
             pipeline_.DrawRecorded();
     }
 
-    /// Turns a refused allocation into the error that callers know. What was recorded is lost then.
+    /// Turns a refused allocation into the error that callers know. What was recorded is lost after any error.
     template<typename Work>
     void Guarded(Work work)
     {
         try
         {
             work();
+        }
+        catch (const RuntimeError&) // beyond the limits
+        {
+            pipeline_.Forget();
+            isInPass_ = false;
+            throw;
         }
         catch (const std::bad_alloc&)
         {

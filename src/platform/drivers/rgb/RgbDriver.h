@@ -12,20 +12,31 @@
 namespace lumora
 {
 
+/// Where the driver draws in several goes, and where it refuses. The defaults suit pictures of any kind; tests lower
+/// them.
+struct RgbLimits
+{
+    std::uint32_t batchVertices = 1U << 20;            ///< a batch that has this many takes nothing more
+    std::size_t batchBytes = std::size_t{2} << 30;     ///< more for one group of a mesh, or for all that is sorted
+                                                       ///< together, raises RMBadAlloc
+    std::size_t roundBytes = std::size_t{32} << 20;    ///< of primitives that were set up: then their tiles are drawn
+    std::size_t textureBytes = std::size_t{256} << 20; ///< of mip levels that are kept between pictures
+};
+
 struct RgbOptions
 {
     int threads = 0;         ///< that draw, the calling one among them; 0: one for each core, shared by drivers
     bool monochrome = false; ///< light colors are replaced by their luminance
     SimdLevel simd = SimdLevel::Best; ///< where the machine or the build lacks the level, Best is taken
+    RgbLimits limits{};
 };
 
 /// A driver that draws what Driver.h says. Work is put off until Finish (or SetTarget); until then it keeps the meshes
 /// that were drawn alive. Helper threads start with the first large picture and end with the driver.
 ///
-/// Memory beyond the pixels' depth buffer (4.1 bytes a pixel): vertices of one batch (up to 64 bytes each; a batch ends
-/// once it has a million vertices, so the largest mesh decides where it has more), 32 MiB of triangles in bins and what
-/// one work unit of each thread may add, mip levels (up to 256 MiB, and those of the picture being drawn), and for what
-/// waits to be sorted 64 bytes a vertex and 72 bytes a triangle that may be seen.
+/// Memory beside the pixels: 4.1 bytes a pixel for depth, up to 64 a vertex of the largest mesh (or of a million, where
+/// all are smaller), 96 MiB of triangles in bins and for what waits to be sorted 168 a triangle; rgb/Memory.h has the
+/// whole formula, and Driver::Memory what it comes to. Errors while drawing: RMBadAlloc beyond `limits`.
 std::unique_ptr<Driver> MakeRgbDriver(const RgbOptions& options = {});
 
 /// The levels that this machine and this build have, Plain first, without Best.

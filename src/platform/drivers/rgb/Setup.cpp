@@ -56,34 +56,44 @@ bool IsTranslucent(const Batch& batch, const DrawState& state, const Part& part,
 class UnitSetup
 {
 public:
-    UnitSetup(const Batch& batch, Bins& bins) : batch_(batch), bins_(bins) {}
+    UnitSetup(const Batch& batch, std::size_t mostPairs, Bins& bins) : batch_(batch), mostPairs_(mostPairs), bins_(bins)
+    {
+    }
 
-    void Run(const Segment& segment)
+    bool IsFull() const { return bins_.pairs.Size() >= mostPairs_; }
+
+    /// Answers how many primitives were set up: all, or fewer once the bins are full.
+    std::uint32_t Run(const Segment& segment)
     {
         state_ = segment.state;
         part_ = segment.part;
         switch (State().primitive)
         {
         case Primitive::Clear:
-            return AddClear();
+            AddClear();
+            break;
         case Primitive::Triangles:
             return AddTriangles(segment);
         case Primitive::Lines:
             return AddLines(segment);
         case Primitive::Points:
-            return AddPoints(segment);
+            AddPoints(segment);
+            break;
         }
+        return segment.count;
     }
 
-    void RunSorted(const Segment& segment)
+    std::uint32_t RunSorted(const Segment& segment)
     {
-        for (const SortedPlace& place : batch_.order.Items().subspan(segment.first, segment.count))
+        std::uint32_t done = 0;
+        for (; done < segment.count && !(done != 0 && IsFull()); ++done)
         {
-            const SortedTriangle& sorted = batch_.sorted[place.number];
+            const SortedTriangle& sorted = batch_.sorted[batch_.order[segment.first + done].number];
             state_ = sorted.state;
             part_ = sorted.part;
             AddSurvivor(sorted.vertex, sorted.triangle, sorted.tiles);
         }
+        return done;
     }
 
 private:
@@ -101,7 +111,7 @@ private:
         bins_.coveredPixels += static_cast<std::uint64_t>(area.Width()) * static_cast<std::uint64_t>(area.Height()) / 8;
     }
 
-    void AddTriangles(const Segment& segment)
+    std::uint32_t AddTriangles(const Segment& segment)
     {
         const std::uint32_t* indices = Mesh().indices.data() + 3 * std::size_t{segment.first};
         for (std::uint32_t first = 0; first < segment.count; first += TriangleSurvivors::Capacity)
@@ -111,11 +121,17 @@ private:
                 batch_.kernels->cullTriangles(indices + 3 * std::size_t{first}, count, CurrentPart().vertexBase,
                                               batch_.vertices.positions.Data(), State(), survivors_);
             bins_.coveredPixels += 16 * std::uint64_t{kept} + survivors_.coveredPixels / 2;
-            AddSurvivors(kept, segment.first + first);
+            const std::uint32_t added = AddSurvivors(kept, segment.first + first);
+            if (added < kept) // the last one added was the last to have room
+                return first + static_cast<std::uint32_t>(survivors_.triangle[added - 1]) + 1;
+            if (IsFull())
+                return first + count;
         }
+        return segment.count;
     }
 
-    void AddSurvivors(std::uint32_t count, std::uint32_t firstTriangle)
+    /// Answers how many were added before the bins were full.
+    std::uint32_t AddSurvivors(std::uint32_t count, std::uint32_t firstTriangle)
     {
         constexpr std::size_t MostOfOne =
             std::tuple_size_v<decltype(ClipPolygon::corners)> - 2; // that clipping makes of a triangle
@@ -137,7 +153,10 @@ private:
             const std::uint32_t triangle = firstTriangle + static_cast<std::uint32_t>(survivors_.triangle[i]);
             if (!State().sortsTranslucent || !IsTranslucent(batch_, State(), CurrentPart(), triangle))
                 AddSurvivor(survivors_.Corners(i).data(), triangle, tiles);
+            if (IsFull())
+                return i + 1;
         }
+        return count;
     }
 
     void AddSurvivor(const std::uint32_t* vertex, std::uint32_t triangle, std::uint32_t tiles)
@@ -274,7 +293,7 @@ private:
             }
     }
 
-    void AddLines(const Segment& segment)
+    std::uint32_t AddLines(const Segment& segment)
     {
         const DrawMesh& mesh = Mesh();
         const Part& part = CurrentPart();
@@ -286,7 +305,10 @@ private:
                 (edge.triangleB == DrawMesh::NoFace || isCulled[edge.triangleB + part.facingBase] != 0))
                 continue;
             AddLine(edge.vertexA + part.vertexBase, edge.vertexB + part.vertexBase, FaceOf(edge.triangleA));
+            if (IsFull())
+                return i + 1 - segment.first;
         }
+        return segment.count;
     }
 
     void AddLine(std::uint32_t a, std::uint32_t b, std::uint32_t face)
@@ -378,6 +400,7 @@ private:
     }
 
     const Batch& batch_;
+    std::size_t mostPairs_;
     Bins& bins_;
     std::uint32_t state_ = 0;
     std::uint32_t part_ = 0;
@@ -439,16 +462,22 @@ void CollectSorted(const Batch& batch, const Segment& segment, Buffer<SortedTria
 
 } // namespace
 
-void SetUpUnit(const Batch& batch, const WorkUnit& unit, Bins& bins)
+UnitPlace SetUpUnit(const Batch& batch, const WorkUnit& unit, UnitPlace from, std::size_t mostPairs, Bins& bins)
 {
     bins.Clear();
-    UnitSetup setup{batch, bins};
-    for (const Segment& segment : batch.SegmentsOf(unit))
-        if (unit.isSorted)
-            setup.RunSorted(segment);
-        else
-            setup.Run(segment);
+    UnitSetup setup{batch, mostPairs, bins};
+    const std::span<const Segment> segments = batch.SegmentsOf(unit);
+    UnitPlace place = from;
+    while (place.segment < segments.size() && !setup.IsFull())
+    {
+        Segment rest = segments[place.segment];
+        rest.first += place.primitive;
+        rest.count -= place.primitive;
+        const std::uint32_t done = unit.isSorted ? setup.RunSorted(rest) : setup.Run(rest);
+        place = done < rest.count ? UnitPlace{place.segment, place.primitive + done} : UnitPlace{place.segment + 1, 0};
+    }
     bins.Close(batch.tileCount);
+    return place;
 }
 
 void CollectSorted(const Batch& batch, const WorkUnit& unit, Buffer<SortedTriangle>& sorted)

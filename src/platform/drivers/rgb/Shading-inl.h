@@ -8,7 +8,6 @@ enum class Interpolation
     Constant,    ///< nothing varies but depth
     Linear,      ///< linear on the screen
     Perspective, ///< linear in space
-    Mixed,       ///< some lanes linear, the others perspective
 };
 
 /// A value at corner 0, and how much more corners 1 and 2 have. A number is one for a whole primitive, or one for each
@@ -107,13 +106,7 @@ LANES_INLINE Weights InSpace(const Values& a, Floats second, Floats third)
     if constexpr (P == Interpolation::Constant || P == Interpolation::Linear)
         return {second, third, second};
     const Floats w = Splat(1.0F) / At<Interpolation::Linear>(a.inverseW, {second, third, second});
-    const Weights weights{second * Splat(a.secondW) * w, third * Splat(a.thirdW) * w, w};
-    if constexpr (P == Interpolation::Mixed)
-    {
-        const Mask isLinear = a.IsLinear();
-        return {Choose(isLinear, second, weights.second), Choose(isLinear, third, weights.third), w};
-    }
-    return weights;
+    return {second * Splat(a.secondW) * w, third * Splat(a.thirdW) * w, w};
 }
 
 struct Texel
@@ -138,12 +131,7 @@ struct LevelLanes
 template<bool HasAlpha>
 LANES_INLINE Texel Unpacked(Ints argb)
 {
-    const Ints byte = Splat(0xFF);
-    Texel texel{ToFloats(ShiftedRight<16>(argb) & byte), ToFloats(ShiftedRight<8>(argb) & byte), ToFloats(argb & byte),
-                Splat(255.0F)};
-    if constexpr (HasAlpha)
-        texel.alpha = ToFloats(ShiftedRight<24>(argb) & byte);
-    return texel;
+    return {ByteAt<2>(argb), ByteAt<1>(argb), ByteAt<0>(argb), HasAlpha ? ByteAt<3>(argb) : Splat(255.0F)};
 }
 
 template<bool HasAlpha>
@@ -320,66 +308,73 @@ LANES_INLINE Floats Limited(Floats channel)
     return Least(Greatest(channel, Splat(0.0F)), Splat(255.0F));
 }
 
+/// 0..255, but for alpha: 0..1; rounding may take them a little beyond.
+struct ColorLanes
+{
+    Floats red, green, blue, alpha;
+};
+
+LANES_INLINE Ints Packed(Floats red, Floats green, Floats blue)
+{
+    return ShiftedLeft<16>(Truncated(red)) | ShiftedLeft<8>(Truncated(green)) | Truncated(blue);
+}
+
 /// The lanes of `mask` that are drawn after all, and their pixels. `below` is what is there, `rank` the pixels' places
 /// in the stipple.
+template<Blending B>
+LANES_INLINE Mask Compose(const ColorLanes& color, Mask mask, Ints below, Floats rank, Ints& pixels)
+{
+    const Floats half = Splat(0.5F);
+    if constexpr (B == Blending::Opaque || B == Blending::Stippled)
+    {
+        pixels = Packed(color.red + half, color.green + half, color.blue + half);
+        return B == Blending::Stippled ? Both(mask, IsLess(rank, color.alpha * Splat(16.0F))) : mask;
+    }
+    pixels = Packed(Blend(ByteAt<2>(below), color.red, color.alpha) + half,
+                    Blend(ByteAt<1>(below), color.green, color.alpha) + half,
+                    Blend(ByteAt<0>(below), color.blue, color.alpha) + half);
+    return mask;
+}
+
+/// A primitive's own color, before it meets what is there.
 template<bool IsTextured, Blending B, bool Fog, Interpolation P, typename Values>
-LANES_INLINE Mask ShadePixels(const DrawState& state, const Values& a, Floats second, Floats third, Mask mask,
-                              Ints below, Floats rank, Ints& pixels)
+LANES_INLINE ColorLanes ShadedColor(const DrawState& state, const Values& a, Floats second, Floats third)
 {
     const Weights weights = InSpace<P>(a, second, third);
-    Floats red = At<P>(a.Color(0), weights);
-    Floats green = At<P>(a.Color(1), weights);
-    Floats blue = At<P>(a.Color(2), weights);
-    Floats alpha = Splat(1.0F);
+    ColorLanes c{At<P>(a.Color(0), weights), At<P>(a.Color(1), weights), At<P>(a.Color(2), weights), Splat(1.0F)};
     if constexpr (B != Blending::Opaque)
-        alpha = At<P>(a.Color(3), weights);
+        c.alpha = At<P>(a.Color(3), weights);
     if constexpr (IsTextured)
     {
         const Texel texel = TexelAt<B != Blending::Opaque>(state, a, weights);
-        red = texel.red * red;
-        green = texel.green * green;
-        blue = texel.blue * blue;
+        c.red = texel.red * c.red;
+        c.green = texel.green * c.green;
+        c.blue = texel.blue * c.blue;
         if (state.hasHighlight)
         {
-            red = red + At<P>(a.Highlight(0), weights);
-            green = green + At<P>(a.Highlight(1), weights);
-            blue = blue + At<P>(a.Highlight(2), weights);
+            c.red = c.red + At<P>(a.Highlight(0), weights);
+            c.green = c.green + At<P>(a.Highlight(1), weights);
+            c.blue = c.blue + At<P>(a.Highlight(2), weights);
         }
-        red = Limited(red);
-        green = Limited(green);
-        blue = Limited(blue);
+        c = {Limited(c.red), Limited(c.green), Limited(c.blue), c.alpha};
         if constexpr (B != Blending::Opaque)
-            alpha = alpha * texel.alpha * Splat(1.0F / 255.0F);
-    }
-    if constexpr (B == Blending::Stippled)
-    {
-        mask = Both(mask, IsLess(rank, alpha * Splat(16.0F)));
-        if (!IsAny(mask))
-            return mask;
+            c.alpha = c.alpha * texel.alpha * Splat(1.0F / 255.0F);
     }
     if constexpr (Fog)
     {
         Floats visible = second;
         FindVisiblePart(visible, state.fog, At<P>(a.eyeDepth, weights));
-        red = Blend(Splat(state.fog.color.x * 255.0F), red, visible);
-        green = Blend(Splat(state.fog.color.y * 255.0F), green, visible);
-        blue = Blend(Splat(state.fog.color.z * 255.0F), blue, visible);
+        c.red = Limited(Blend(Splat(state.fog.color.x * 255.0F), c.red, visible));
+        c.green = Limited(Blend(Splat(state.fog.color.y * 255.0F), c.green, visible));
+        c.blue = Limited(Blend(Splat(state.fog.color.z * 255.0F), c.blue, visible));
     }
-    if constexpr (B == Blending::Blended || B == Blending::Veiled)
-    {
-        const Floats opacity = Clamped01(alpha);
-        const Ints byte = Splat(0xFF);
-        red = Blend(ToFloats(ShiftedRight<16>(below) & byte), red, opacity);
-        green = Blend(ToFloats(ShiftedRight<8>(below) & byte), green, opacity);
-        blue = Blend(ToFloats(below & byte), blue, opacity);
-    }
-    if constexpr (Fog || B == Blending::Blended || B == Blending::Veiled)
-    {
-        red = Limited(red);
-        green = Limited(green);
-        blue = Limited(blue);
-    }
-    const Floats half = Splat(0.5F);
-    pixels = ShiftedLeft<16>(Truncated(red + half)) | ShiftedLeft<8>(Truncated(green + half)) | Truncated(blue + half);
-    return mask;
+    return c;
+}
+
+/// As Compose, of a primitive's color at the weights of its corners 1 and 2.
+template<bool IsTextured, Blending B, bool Fog, Interpolation P, typename Values>
+LANES_INLINE Mask ShadePixels(const DrawState& state, const Values& a, Floats second, Floats third, Mask mask,
+                              Ints below, Floats rank, Ints& pixels)
+{
+    return Compose<B>(ShadedColor<IsTextured, B, Fog, P>(state, a, second, third), mask, below, rank, pixels);
 }

@@ -22,7 +22,12 @@ std::uint32_t Average(std::uint32_t a, std::uint32_t b, std::uint32_t c, std::ui
 
 std::size_t BytesOf(const MipChain& chain)
 {
-    return sizeof(MipChain) + chain.texels.size() * sizeof(std::uint32_t);
+    return sizeof(MipChain) + chain.texels.capacity() * sizeof(std::uint32_t);
+}
+
+std::size_t TexelsOf(const MipChain& chain)
+{
+    return static_cast<std::size_t>(chain.width[0]) * static_cast<std::size_t>(chain.height[0]);
 }
 
 } // namespace
@@ -86,16 +91,18 @@ const MipChain* TextureCache::Find(const TextureImage& image)
     {
         entry.chain = std::make_unique<const MipChain>(image);
         bytes_ += BytesOf(*entry.chain);
+        texels_ += TexelsOf(*entry.chain);
     }
     return entry.chain.get();
 }
 
 void TextureCache::Trim()
 {
-    while (bytes_ > ByteLimit && !entries_.empty())
+    while (bytes_ > byteLimit_ && !entries_.empty())
     {
         const auto oldest = std::ranges::min_element(entries_, {}, [](const auto& e) { return e.second.lastUse; });
         bytes_ -= BytesOf(*oldest->second.chain);
+        texels_ -= TexelsOf(*oldest->second.chain);
         entries_.erase(oldest);
     }
 }

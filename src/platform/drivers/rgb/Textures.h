@@ -38,13 +38,17 @@ bool IsUsable(const TextureImage* image);
 class TextureCache
 {
 public:
-    static constexpr std::size_t ByteLimit = std::size_t{256} << 20;
+    explicit TextureCache(std::size_t byteLimit) : byteLimit_(byteLimit) {}
 
     /// Lives until Trim.
     const MipChain* Find(const TextureImage& image);
 
     /// Ends a frame: drops the longest unused ones above the limit.
     void Trim();
+
+    std::size_t Count() const { return entries_.size(); }
+    std::size_t HeldBytes() const { return bytes_; }
+    std::size_t TexelCount() const { return texels_; } ///< of the images themselves
 
 private:
     struct Entry
@@ -54,7 +58,9 @@ private:
     };
 
     std::unordered_map<std::uint64_t, Entry> entries_;
+    std::size_t byteLimit_;
     std::size_t bytes_ = 0;
+    std::size_t texels_ = 0;
     std::uint64_t clock_ = 0;
 };
 

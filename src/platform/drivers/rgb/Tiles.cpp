@@ -7,9 +7,9 @@ namespace lumora::rgb
 
 void DepthStore::Reset(std::uint32_t tileCount)
 {
-    depths_.Resize(std::size_t{tileCount} * TilePixels);
-    blocks_.Resize(std::size_t{tileCount} * BlocksPerTile);
-    isClear_.Resize(tileCount);
+    depths_.Renew(std::size_t{tileCount} * TilePixels);
+    blocks_.Renew(std::size_t{tileCount} * BlocksPerTile);
+    isClear_.Renew(tileCount);
     std::fill_n(isClear_.Data(), tileCount, std::uint8_t{1});
 }
 

@@ -22,6 +22,11 @@ public:
     /// Whether all of a tile is at the farthest depth, whatever its memory holds.
     std::uint8_t& IsClear(std::uint32_t tile) { return isClear_[tile]; }
 
+    std::size_t HeldBytes() const
+    {
+        return depths_.CapacityInBytes() + blocks_.CapacityInBytes() + isClear_.CapacityInBytes();
+    }
+
 private:
     Buffer<float> depths_;
     Buffer<float> blocks_;

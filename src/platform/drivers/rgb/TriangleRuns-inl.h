@@ -1,5 +1,5 @@
-// A tile's stretches of triangles, a vector at a time: small ones as fragments, others one by one. Included inside
-// a namespace, once.
+// A tile's stretches of triangles, a vector at a time: small ones in rows or as fragments, others one by one. Included
+// inside a namespace, once.
 
 template<bool IsTextured, Blending B, bool Fog>
 class TriangleRun
@@ -12,65 +12,78 @@ public:
 
     LANES_INLINE void Draw(const RecordLanes& records, const TriangleLanes& t)
     {
-        int rows = 0;
-        std::uint32_t listed = 0; // a bit for each triangle
-        for (int lane = 0; lane < records.count; ++lane)
-            if (IsListed(t, lane))
-            {
-                rows = std::max(rows, t.bottom[lane] - t.top[lane]);
-                listed |= 1U << lane;
-            }
+        const std::uint32_t drawn = ((1U << records.count) - 1) & ~t.empty;
+        const std::uint32_t small = drawn & t.small;
+        std::uint32_t planes = 0;
+        if constexpr (HasPlanes)
+            if (small != 0)
+                planes = small & planes_.Fill({&VertexBlocks::colors, FullRange, batch_, state_, records}, t);
+        const std::uint32_t rows = planes & t.wide;
+        const std::uint32_t listed = small & ~rows;
         if (listed != 0)
+            spans_.Find(t, MostRows(t, listed));
+        if ((small & ~planes) != 0)
+            FillTable<IsTextured, Fog>(table_, batch_, state_, records, t);
+        for (std::uint32_t left = drawn; left != 0; left &= left - 1)
         {
-            spans_.Find(t, rows);
-            isLinear_ = FillTable<IsTextured, Fog>(table_, batch_, state_, records, t);
-        }
-        for (int lane = 0; lane < records.count; ++lane)
-        {
-            if ((listed >> lane & 1) != 0)
+            const int lane = std::countr_zero(left);
+            const std::uint32_t bit = 1U << lane;
+            if ((listed & bit) != 0)
             {
-                fragments_.Add(t, spans_, lane);
-                if (fragments_.count >= Fragments::Enough)
-                    DrawListed();
+                List(t, lane, (planes & bit) != 0);
+                continue;
             }
-            else if (!t.IsEmpty(lane))
-            {
-                DrawListed();
-                DrawAlone<IsTextured, B, Fog>(tile_, batch_, bins_, state_, *records.record[lane], t, lane);
-            }
+            DrawListed(t);
+            if constexpr (HasPlanes)
+                if ((rows & bit) != 0)
+                {
+                    DrawRows<B>(tile_, t, planes_, lane);
+                    continue;
+                }
+            DrawAlone<IsTextured, B, Fog>(tile_, batch_, bins_, state_, records, t, lane);
         }
-        DrawListed();
+        DrawListed(t);
     }
 
 private:
-    /// From this many pixels in the box on, a whole row at once is cheaper where shading is cheap.
-    static constexpr int FewPixels = 40;
+    static constexpr bool HasPlanes = !IsTextured && !Fog; ///< where colors may be linear on the screen
 
-    LANES_INLINE static bool IsListed(const TriangleLanes& t, int lane)
+    LANES_INLINE static int MostRows(const TriangleLanes& t, std::uint32_t lanes)
     {
-        if (t.isSmall[lane] == 0 || t.IsEmpty(lane))
-            return false;
-        return IsTextured || (t.right[lane] - t.left[lane]) * (t.bottom[lane] - t.top[lane]) < FewPixels;
+        int rows = 0;
+        for (; lanes != 0; lanes &= lanes - 1)
+        {
+            const int lane = std::countr_zero(lanes);
+            rows = std::max(rows, t.bottom[lane] - t.top[lane]);
+        }
+        return rows;
     }
 
-    LANES_INLINE void DrawListed()
+    LANES_INLINE void List(const TriangleLanes& t, int lane, bool isPlane)
+    {
+        if (isPlane != arePlanes_ || fragments_.count >= Fragments::Enough)
+            DrawListed(t);
+        arePlanes_ = isPlane;
+        fragments_.Add(t, spans_, lane);
+    }
+
+    LANES_INLINE void DrawListed(const TriangleLanes& t)
     {
         if (fragments_.count == 0)
             return;
-        if constexpr (IsTextured)
-            DrawFragments<true, B, Fog, Interpolation::Perspective>(tile_, state_, table_, fragments_);
-        else if (isLinear_)
-            DrawFragments<false, B, Fog, Interpolation::Linear>(tile_, state_, table_, fragments_);
-        else
-            DrawFragments<false, B, Fog, Interpolation::Mixed>(tile_, state_, table_, fragments_);
+        if constexpr (HasPlanes)
+            if (arePlanes_)
+                return DrawFragments<B>(tile_, t, planes_, fragments_);
+        DrawFragments<IsTextured, B, Fog>(tile_, state_, t, table_, fragments_);
     }
 
     const TileView& tile_;
     const Batch& batch_;
     const Bins& bins_;
     const DrawState& state_;
-    bool isLinear_ = false;
+    bool arePlanes_ = false; ///< what is listed
     Spans spans_;
+    PlaneTable planes_;
     FragmentTable table_;
     Fragments fragments_;
 };
@@ -87,8 +100,10 @@ void DrawTriangles(const TileView& tile, const Batch& batch, const Bins& bins, c
     TriangleLanes t;
     for (std::size_t first = 0; first < count; first += LaneCount)
     {
-        const RecordLanes records = LoadRecords(batch, bins, references + first, count - first, t);
-        SetUpLanes(t, tile, limits);
+        const RecordLanes records = LoadRecords(batch, bins, references + first, count - first);
+        if (first + LaneCount < count)
+            PrefetchRecords(batch, bins, references + first + LaneCount, count - first - LaneCount);
+        SetUpLanes(t, records, tile, limits);
         run.Draw(records, t);
     }
 }

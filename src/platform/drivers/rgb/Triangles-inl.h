@@ -7,13 +7,13 @@
 //
 // Everything about small triangles is set up for a vector of them at once.
 //
-// Triangles in a box of up to 32 pixels are drawn by Fragments-inl.h, with weights from the exact edge functions:
-// however thin the triangle is, they are right. Larger ones are drawn by blocks of 8 by 8 pixels, with weights linear
-// in x and y: blocks outside are left out, those inside need no edge tests, and those behind everything drawn are
-// hidden.
+// Triangles in a box of up to 32 pixels are drawn by Planes-inl.h and Fragments-inl.h. Larger ones are drawn here by
+// blocks of 8 by 8 pixels, with weights linear in x and y: blocks outside are left out, those inside need no edge
+// tests, and those behind everything drawn are hidden.
 
 inline constexpr std::int32_t SmallBox = 32 * SubPixels;
-inline constexpr float FullRange = 255.0F; ///< of a color channel
+inline constexpr std::int32_t ManyPixels = 12; ///< in a box: from here on whole rows are cheaper than single pixels
+inline constexpr float FullRange = 255.0F;     ///< of a color channel
 
 /// An edge, opposite to the corner of its number; values are per tile.
 struct Edge
@@ -22,17 +22,17 @@ struct Edge
     std::int32_t start;      ///< at the tile's first pixel
 };
 
-/// A vector of triangles in a tile. Edges, step and rests are those of small triangles only.
+/// A vector of triangles in a tile. Edges, step and rests are those of small triangles only; start and rests belong to
+/// the first pixel to visit.
 struct TriangleLanes
 {
-    ScreenPosition corner[3][LaneCount];
+    float depth[3][LaneCount], inverseW[3][LaneCount];                                 ///< of the corners
     std::int32_t left[LaneCount], top[LaneCount], right[LaneCount], bottom[LaneCount]; ///< the pixels to visit
-    std::int32_t isSmall[LaneCount];
-    std::int32_t start[3][LaneCount], perX[3][LaneCount], perY[3][LaneCount]; ///< as in Edge
+    float firstX[LaneCount], firstY[LaneCount];                                        ///< left and top
+    std::uint32_t small, wide, empty; ///< a bit for each lane; wide: many pixels to visit
+    std::int32_t start[3][LaneCount], perX[3][LaneCount], perY[3][LaneCount];
     float step[LaneCount]; ///< of a corner's weight for one step of its edge
     float restSecond[LaneCount], restThird[LaneCount];
-
-    bool IsEmpty(int lane) const { return left[lane] >= right[lane] || top[lane] >= bottom[lane]; }
 };
 
 LANES_INLINE const VertexBlocks& BlocksOf(const Batch& batch, const Bins& bins, std::uint32_t vertex)
@@ -113,42 +113,6 @@ LANES_INLINE Mask LanesWithin(int x, int left, int right)
 {
     const Ints place = LaneNumbers() + Splat(x);
     return Except(IsLess(place, Splat(right)), IsLess(place, Splat(left)));
-}
-
-/// A small triangle in masked rows.
-template<Blending B, bool Fog, Interpolation P>
-void DrawRows(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane, const Attributes& a)
-{
-    const Floats step = Splat(t.step[lane]);
-    const Floats restSecond = Splat(t.restSecond[lane]);
-    const Floats restThird = Splat(t.restThird[lane]);
-    const int left = t.left[lane];
-    const int right = t.right[lane];
-    int drawn = 0;
-    for (int x = left; x < right; x += LaneCount)
-    {
-        x = std::min(x, TileSize - LaneCount); // no vector may reach beyond the tile
-        const Mask columns = LanesWithin(x, std::max(left, drawn), right);
-        drawn = x + LaneCount;
-        const Ints place = LaneNumbers() + Splat(x);
-        Ints value[3];
-        for (int i = 0; i < 3; ++i)
-            value[i] = place * Splat(t.perX[i][lane]) + Splat(t.start[i][lane] + t.perY[i][lane] * t.top[lane]);
-        for (int y = t.top[lane]; y < t.bottom[lane]; ++y)
-        {
-            const Mask mask = Except(columns, IsLess(value[0] | value[1] | value[2], Splat(0)));
-            if (IsAny(mask))
-            {
-                const Floats second = ToFloats(value[1]) * step + restSecond;
-                const Floats third = ToFloats(value[2]) * step + restThird;
-                const Floats depth =
-                    Least(At<Interpolation::Linear>(a.depth, {second, third, second}), Splat(FarthestDepth));
-                DrawPixels<false, B, Fog, P>(tile, state, a, x, y, mask, depth, second, third);
-            }
-            for (int i = 0; i < 3; ++i)
-                value[i] = value[i] + Splat(t.perY[i][lane]);
-        }
-    }
 }
 
 /// A value that is linear on the screen, from the tile's first pixel.
@@ -282,11 +246,12 @@ LANES_INLINE bool SetEdge(Edge& edge, double& atTile, const ScreenPosition& from
 }
 
 template<bool IsTextured, Blending B, bool Fog, Interpolation P>
-void SetUpAndDrawLarge(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane, Attributes& a)
+void SetUpAndDrawLarge(const TileView& tile, const DrawState& state, const PixelRect& box,
+                       const ScreenPosition* const (&corners)[3], Attributes& a)
 {
-    const ScreenPosition& c0 = t.corner[0][lane];
-    const ScreenPosition& c1 = t.corner[1][lane];
-    const ScreenPosition& c2 = t.corner[2][lane];
+    const ScreenPosition& c0 = *corners[0];
+    const ScreenPosition& c1 = *corners[1];
+    const ScreenPosition& c2 = *corners[2];
     LargeTriangle large;
     double atTile[3];
     if (!SetEdge(large.edges[0], atTile[0], c1, c2, tile) || !SetEdge(large.edges[1], atTile[1], c2, c0, tile) ||
@@ -309,7 +274,66 @@ void SetUpAndDrawLarge(const TileView& tile, const DrawState& state, const Trian
                          a.steps.secondPerY * a.depth.toSecond + a.steps.thirdPerY * a.depth.toThird};
     large.depth.nearest = std::min(c0.depth, std::min(c1.depth, c2.depth));
     large.depth.farthest = std::max(c0.depth, std::max(c1.depth, c2.depth));
-    DrawLarge<IsTextured, B, Fog, P>(tile, state, {t.left[lane], t.top[lane], t.right[lane], t.bottom[lane]}, a, large);
+    DrawLarge<IsTextured, B, Fog, P>(tile, state, box, a, large);
+}
+
+/// A vector of records, from the first on. Lanes beyond the last repeat it.
+struct RecordLanes
+{
+    const Record* record[LaneCount];
+    const VertexBlocks* blocks[LaneCount];
+    int count; ///< of lanes in use
+
+    std::uint32_t Vertex(int lane, int corner) const { return record[lane]->vertex[corner] & ~Record::Local; }
+    const ScreenPosition* Position(int lane, int corner) const
+    {
+        return blocks[lane]->positions.Data() + Vertex(lane, corner);
+    }
+};
+
+/// Blocks of four numbers as lanes.
+struct BlockLanes
+{
+    Floats value[4];
+
+    /// `at(lane)` is a block's place.
+    template<typename At>
+    LANES_INLINE explicit BlockLanes(At at)
+    {
+        LoadQuads([&](int lane) LANES_LAMBDA { return reinterpret_cast<const float*>(at(lane)); }, value[0], value[1],
+                  value[2], value[3]);
+    }
+};
+
+/// Asks for what LoadRecords will read a vector later: the vertices of a tile lie all over the batch.
+LANES_INLINE void PrefetchRecords(const Batch& batch, const Bins& bins, const std::uint16_t* references,
+                                  std::size_t count)
+{
+    const std::size_t most = std::min<std::size_t>(LaneCount, count);
+    for (std::size_t i = 0; i < most; ++i)
+    {
+        const Record& record = bins.records[references[i]];
+        const VertexBlocks& blocks = BlocksOf(batch, bins, record.vertex[0]);
+        for (const std::uint32_t vertex : record.vertex)
+        {
+            __builtin_prefetch(blocks.positions.Data() + (vertex & ~Record::Local));
+            __builtin_prefetch(blocks.colors.Data() + (vertex & ~Record::Local));
+        }
+    }
+}
+
+LANES_INLINE RecordLanes LoadRecords(const Batch& batch, const Bins& bins, const std::uint16_t* references,
+                                     std::size_t count)
+{
+    RecordLanes r;
+    r.count = static_cast<int>(std::min<std::size_t>(LaneCount, count));
+    for (int lane = 0; lane < LaneCount; ++lane)
+    {
+        const Record& record = bins.records[references[std::min(lane, r.count - 1)]];
+        r.record[lane] = &record;
+        r.blocks[lane] = &BlocksOf(batch, bins, record.vertex[0]);
+    }
+    return r;
 }
 
 struct CornerLanes
@@ -318,51 +342,60 @@ struct CornerLanes
     Floats depth, inverseW;
 };
 
-LANES_INLINE CornerLanes LoadCorners(const ScreenPosition* positions)
+/// `at(lane)` is a position's place.
+template<typename At>
+LANES_INLINE CornerLanes LoadCorners(At at)
 {
-    CornerLanes result;
-    Floats x, y;
-    LoadQuads(reinterpret_cast<const float*>(positions), x, y, result.depth, result.inverseW);
-    result.x = BitsOf(x);
-    result.y = BitsOf(y);
-    return result;
+    const BlockLanes blocks{at};
+    return {BitsOf(blocks.value[0]), BitsOf(blocks.value[1]), blocks.value[2], blocks.value[3]};
 }
 
 /// What follows from the corners. Where a triangle is not small the 32 bits of its edges overflow, and nobody uses
 /// them.
-void SetUpLanes(TriangleLanes& t, const TileView& tile, const PixelRect& limits)
+void SetUpLanes(TriangleLanes& t, const RecordLanes& records, const TileView& tile, const PixelRect& limits)
 {
     Ints x[3], y[3];
     for (int i = 0; i < 3; ++i)
     {
-        const CornerLanes corner = LoadCorners(t.corner[i]);
+        const CornerLanes corner = LoadCorners([&](int lane) LANES_LAMBDA { return records.Position(lane, i); });
         x[i] = corner.x;
         y[i] = corner.y;
+        Store(corner.depth, t.depth[i]);
+        Store(corner.inverseW, t.inverseW[i]);
     }
     const Ints left = Least3(x);
     const Ints right = Greatest3(x);
     const Ints top = Least3(y);
     const Ints bottom = Greatest3(y);
     const Ints almostOne = Splat(SubPixels - 1);
-    Store(Greatest(ShiftedRight<SubPixelShift>(left + almostOne) - Splat(tile.left), Splat(limits.left)), t.left);
-    Store(Greatest(ShiftedRight<SubPixelShift>(top + almostOne) - Splat(tile.top), Splat(limits.top)), t.top);
-    Store(Least(ShiftedRight<SubPixelShift>(right) + Splat(1 - tile.left), Splat(limits.right)), t.right);
-    Store(Least(ShiftedRight<SubPixelShift>(bottom) + Splat(1 - tile.top), Splat(limits.bottom)), t.bottom);
-    const Mask isLarge = Either(IsLess(Splat(SmallBox), right - left), IsLess(Splat(SmallBox), bottom - top));
-    Store(Choose(isLarge, Splat(0), Splat(1)), t.isSmall);
+    const Ints fromX = Greatest(ShiftedRight<SubPixelShift>(left + almostOne) - Splat(tile.left), Splat(limits.left));
+    const Ints fromY = Greatest(ShiftedRight<SubPixelShift>(top + almostOne) - Splat(tile.top), Splat(limits.top));
+    const Ints toX = Least(ShiftedRight<SubPixelShift>(right) + Splat(1 - tile.left), Splat(limits.right));
+    const Ints toY = Least(ShiftedRight<SubPixelShift>(bottom) + Splat(1 - tile.top), Splat(limits.bottom));
+    Store(fromX, t.left);
+    Store(fromY, t.top);
+    Store(ToFloats(fromX), t.firstX);
+    Store(ToFloats(fromY), t.firstY);
+    Store(toX, t.right);
+    Store(toY, t.bottom);
+    const Ints smallBox = Splat(SmallBox + 1);
+    t.small = LaneBits(Both(IsLess(right - left, smallBox), IsLess(bottom - top, smallBox)));
+    const Ints one = Splat(1);
+    t.empty = LaneBits(Either(IsLess(toX, fromX + one), IsLess(toY, fromY + one)));
+    t.wide = LaneBits(IsLess(Splat(ManyPixels - 1), (toX - fromX) * (toY - fromY)));
 
     const Ints area = (x[1] - x[0]) * (y[2] - y[0]) - (y[1] - y[0]) * (x[2] - x[0]);
     const Floats inverseArea = Splat(1.0F) / ToFloats(area);
     Store(inverseArea * Splat(static_cast<float>(SubPixels)), t.step);
-    const Ints tileX = Splat(tile.left * SubPixels);
-    const Ints tileY = Splat(tile.top * SubPixels);
+    const Ints firstX = ShiftedLeft<SubPixelShift>(fromX + Splat(tile.left));
+    const Ints firstY = ShiftedLeft<SubPixelShift>(fromY + Splat(tile.top));
     for (int i = 0; i < 3; ++i)
     {
         const int from = (i + 1) % 3;
         const int to = (i + 2) % 3;
         const Ints dx = x[to] - x[from];
         const Ints dy = y[to] - y[from];
-        const Ints value = dx * (tileY - y[from]) - dy * (tileX - x[from]);
+        const Ints value = dx * (firstY - y[from]) - dy * (firstX - x[from]);
         const Mask isTopOrLeft = Either(IsLess(dy, Splat(0)), Both(IsEqual(dy, Splat(0)), IsLess(Splat(0), dx)));
         const Ints start = ShiftedRight<SubPixelShift>(Choose(isTopOrLeft, value, value - Splat(1)));
         Store(start, t.start[i]);
@@ -374,75 +407,23 @@ void SetUpLanes(TriangleLanes& t, const TileView& tile, const PixelRect& limits)
     }
 }
 
-/// A vector of records, from the first on. Lanes beyond the last repeat it.
-struct RecordLanes
-{
-    const Record* record[LaneCount];
-    const VertexBlocks* blocks[LaneCount];
-    int count; ///< of lanes in use
-
-    std::uint32_t Vertex(int lane, int corner) const { return record[lane]->vertex[corner] & ~Record::Local; }
-};
-
-LANES_INLINE RecordLanes LoadRecords(const Batch& batch, const Bins& bins, const std::uint16_t* references,
-                                     std::size_t count, TriangleLanes& t)
-{
-    RecordLanes r;
-    r.count = static_cast<int>(std::min<std::size_t>(LaneCount, count));
-    for (int lane = 0; lane < LaneCount; ++lane)
-    {
-        const Record& record = bins.records[references[std::min(lane, r.count - 1)]];
-        const VertexBlocks& blocks = BlocksOf(batch, bins, record.vertex[0]);
-        r.record[lane] = &record;
-        r.blocks[lane] = &blocks;
-        for (int corner = 0; corner < 3; ++corner)
-        {
-            const std::uint32_t vertex = record.vertex[corner] & ~Record::Local;
-            t.corner[corner][lane] = blocks.positions[vertex];
-            __builtin_prefetch(blocks.colors.Data() + vertex); // needed once the vector is set up
-        }
-    }
-    return r;
-}
-
-template<bool IsTextured, Blending B, bool Fog, Interpolation P>
-LANES_INLINE void DrawOne(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane, Attributes& a)
-{
-    if constexpr (!IsTextured)
-        if (t.isSmall[lane] != 0)
-            return DrawRows<B, Fog, P>(tile, state, t, lane, a);
-    SetUpAndDrawLarge<IsTextured, B, Fog, P>(tile, state, t, lane, a);
-}
-
-/// Chooses the cheapest interpolation that is right.
-template<bool IsTextured, Blending B, bool Fog>
-LANES_INLINE void ShadeOne(const TileView& tile, const DrawState& state, const TriangleLanes& t, int lane,
-                           Attributes& a)
-{
-    if constexpr (IsTextured)
-        return DrawOne<IsTextured, B, Fog, Interpolation::Perspective>(tile, state, t, lane, a);
-    const float w0 = t.corner[0][lane].inverseW;
-    const float w1 = t.corner[1][lane].inverseW;
-    const float w2 = t.corner[2][lane].inverseW;
-    if (state.isFlat && !Fog)
-        DrawOne<IsTextured, B, Fog, Interpolation::Constant>(tile, state, t, lane, a);
-    else if (IsNearlyFlat(w0, w1, w2, FullRange))
-        DrawOne<IsTextured, B, Fog, Interpolation::Linear>(tile, state, t, lane, a);
-    else if (const float range = Fog ? FullRange : a.color.Range(); range == 0)
-        DrawOne<IsTextured, B, Fog, Interpolation::Constant>(tile, state, t, lane, a);
-    else if (IsNearlyFlat(w0, w1, w2, range))
-        DrawOne<IsTextured, B, Fog, Interpolation::Linear>(tile, state, t, lane, a);
-    else
-        DrawOne<IsTextured, B, Fog, Interpolation::Perspective>(tile, state, t, lane, a);
-}
-
-/// A triangle of a vector that is not listed.
+/// A triangle that is not small. Chooses the cheapest interpolation that is right.
 template<bool IsTextured, Blending B, bool Fog>
 LANES_INLINE void DrawAlone(const TileView& tile, const Batch& batch, const Bins& bins, const DrawState& state,
-                            const Record& record, const TriangleLanes& t, int lane)
+                            const RecordLanes& records, const TriangleLanes& t, int lane)
 {
     Attributes a;
-    SetAttributes<IsTextured, B, Fog>(a, batch, bins, state, record, t.corner[0][lane], t.corner[1][lane],
-                                      t.corner[2][lane]);
-    ShadeOne<IsTextured, B, Fog>(tile, state, t, lane, a);
+    const PixelRect box{t.left[lane], t.top[lane], t.right[lane], t.bottom[lane]};
+    const ScreenPosition* const corners[3] = {records.Position(lane, 0), records.Position(lane, 1),
+                                              records.Position(lane, 2)};
+    SetAttributes<IsTextured, B, Fog>(a, batch, bins, state, *records.record[lane], *corners[0], *corners[1],
+                                      *corners[2]);
+    if constexpr (IsTextured)
+        SetUpAndDrawLarge<IsTextured, B, Fog, Interpolation::Perspective>(tile, state, box, corners, a);
+    else if (const float range = Fog ? FullRange : a.color.Range(); range == 0)
+        SetUpAndDrawLarge<IsTextured, B, Fog, Interpolation::Constant>(tile, state, box, corners, a);
+    else if (IsNearlyFlat(corners[0]->inverseW, corners[1]->inverseW, corners[2]->inverseW, range))
+        SetUpAndDrawLarge<IsTextured, B, Fog, Interpolation::Linear>(tile, state, box, corners, a);
+    else
+        SetUpAndDrawLarge<IsTextured, B, Fog, Interpolation::Perspective>(tile, state, box, corners, a);
 }

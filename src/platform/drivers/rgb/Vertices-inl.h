@@ -186,20 +186,12 @@ struct LightingJob
     }
 };
 
-LANES_INLINE Floats Channel(Ints color, int which)
-{
-    const Ints byte = which == 0   ? ShiftedRight<16>(color)
-                      : which == 1 ? ShiftedRight<8>(color)
-                      : which == 2 ? color
-                                   : ShiftedRight<24>(color);
-    return ToFloats(byte & Splat(0xFF)) / Splat(255.0F);
-}
-
 /// Lights up to LaneCount points and stores their blocks.
 LANES_INLINE void LightPoints(const LightingJob& job, const Triple& meshPosition, const Triple& meshNormal, Ints argb,
                               VertexBlocks& blocks, std::uint32_t to, std::uint32_t count)
 {
-    const Triple color{Channel(argb, 0), Channel(argb, 1), Channel(argb, 2)};
+    const Floats full = Splat(255.0F);
+    const Triple color{ByteAt<2>(argb) / full, ByteAt<1>(argb) / full, ByteAt<0>(argb) / full};
     const Floats zero = Splat(0.0F);
     Triple diffuse = color;
     Triple highlight{zero, zero, zero};
@@ -227,7 +219,7 @@ LANES_INLINE void LightPoints(const LightingJob& job, const Triple& meshPosition
     else
         diffuse = {Clamped01(diffuse.x + highlight.x), Clamped01(diffuse.y + highlight.y),
                    Clamped01(diffuse.z + highlight.z)};
-    StoreBlocks(diffuse.x, diffuse.y, diffuse.z, Channel(argb, 3), blocks.colors.Data() + to, count);
+    StoreBlocks(diffuse.x, diffuse.y, diffuse.z, ByteAt<3>(argb) / full, blocks.colors.Data() + to, count);
 }
 
 void LightVertices(const Part& part, std::uint32_t first, std::uint32_t count, std::uint32_t to, VertexBlocks& blocks)

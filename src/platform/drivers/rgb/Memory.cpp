@@ -1,0 +1,90 @@
+#include "platform/drivers/rgb/Memory.h"
+
+#include "platform/drivers/rgb/Clipping.h"
+#include "platform/drivers/rgb/Planner.h"
+#include "platform/drivers/rgb/Setup.h"
+
+#include <tuple>
+
+namespace lumora::rgb
+{
+
+namespace
+{
+
+constexpr std::size_t BytesPerVertex = sizeof(ScreenPosition) + sizeof(CoordinateBlock) + 2 * sizeof(ColorBlock);
+constexpr std::size_t BytesPerFace = 2 * sizeof(ColorBlock);
+constexpr std::size_t BytesPerPair = sizeof(std::uint32_t) + sizeof(std::uint16_t);
+constexpr std::size_t BytesPerTile = TilePixels * sizeof(float) + BlocksPerTile * sizeof(float) + 1;
+constexpr std::size_t BytesPerSorted = sizeof(SortedTriangle) + 2 * sizeof(SortedPlace);
+constexpr std::size_t Fixed = std::size_t{1} << 20;
+
+// Buffers grow by half.
+constexpr std::size_t Grown(std::size_t bytes)
+{
+    return bytes + bytes / 2;
+}
+
+static_assert(BytesPerVertex == 64 && BytesPerTile == 16641 && BytesPerSorted == 48);
+
+} // namespace
+
+void WorkCounts::Include(const WorkCounts& other)
+{
+    const auto take = [](std::size_t& own, std::size_t others) { own = std::max(own, others); };
+    take(threads, other.threads);
+    take(tiles, other.tiles);
+    take(vertices, other.vertices);
+    take(faces, other.faces);
+    take(facings, other.facings);
+    take(points, other.points);
+    take(meshVertices, other.meshVertices);
+    take(waiting, other.waiting);
+    take(states, other.states);
+    take(units, other.units);
+    take(recorded, other.recorded);
+    take(passes, other.passes);
+    take(lights, other.lights);
+    take(meshes, other.meshes);
+    take(meshFaces, other.meshFaces);
+    take(textures, other.textures);
+    take(texels, other.texels);
+}
+
+std::size_t BatchBytes(const WorkCounts& counts)
+{
+    return BytesPerVertex * counts.vertices + BytesPerFace * counts.faces + counts.facings +
+           (2 * BytesPerSorted) * counts.waiting;
+}
+
+std::size_t MostPairs(const RgbLimits& limits)
+{
+    return std::max<std::size_t>(1, limits.roundBytes / 16 / BytesPerPair);
+}
+
+std::size_t UnitBytes(const WorkCounts& counts, const RgbLimits& limits)
+{
+    // One primitive may come on top; clipping makes up to ten triangles of it, and each is in all tiles at most.
+    constexpr std::size_t MostCorners = std::tuple_size_v<decltype(ClipPolygon::corners)>;
+    const std::size_t pairs = MostPairs(limits) + TriangleSurvivors::Capacity + (MostCorners - 2) * counts.tiles;
+    const std::size_t records = (MostCorners - 2) * (MostPrimitives + TriangleSurvivors::Capacity);
+    const std::size_t offsets = counts.tiles + 1;
+    return Grown(pairs * BytesPerPair + records * sizeof(Record) + MostPrimitives * MostCorners * BytesPerVertex +
+                 offsets * sizeof(std::uint32_t));
+}
+
+std::size_t MostBytes(const WorkCounts& counts, const RgbLimits& limits)
+{
+    // Collected by units, which share the triangles out differently each time; put together; ordered, to and fro.
+    constexpr std::size_t PerWaiting = 3 * Grown(sizeof(SortedTriangle)) + 2 * Grown(sizeof(SortedPlace));
+    const std::size_t perThread = TilePixels * sizeof(std::uint32_t) + UnitBytes(counts, limits);
+    const std::size_t batch = BytesPerVertex * counts.vertices + BytesPerFace * counts.faces + counts.facings +
+                              7 * counts.points + 2 * counts.meshVertices + PerWaiting * counts.waiting;
+    const std::size_t lists =
+        1280 * counts.states + 160 * counts.units + 1024 * counts.recorded + 1536 * counts.passes + 160 * counts.lights;
+    const std::size_t others = 256 * counts.meshes + 56 * counts.meshFaces + 8 * counts.texels + 2048 * counts.textures;
+    return Fixed + BytesPerTile * counts.tiles + perThread * counts.threads + 3 * limits.roundBytes + batch + lists +
+           others;
+}
+
+} // namespace lumora::rgb
