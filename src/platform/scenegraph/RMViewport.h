@@ -112,8 +112,7 @@ private:
     Double3 CameraPoint(double screenX, double screenY, double depth) const;
     Matrix4 CameraToWorld() const;
     PassState MakePass(const Matrix4& worldToCamera) const;
-    DrawItem ItemFor(class MeshBuilder& mesh, const Matrix4& world) const;
-    std::vector<DrawItem> VisibleItems(Frame& top, const Matrix4& worldToClip) const;
+    void TakeQuality(DrawItem& item, std::uint32_t own) const;
 
     std::shared_ptr<Device> device_;
     std::shared_ptr<Frame> camera_;
