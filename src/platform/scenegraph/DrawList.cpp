@@ -552,6 +552,7 @@ void DrawList::CompileSeen()
             continue;
         mesh.compiled.reset(); // the builder's own goes first where it has changed
         mesh.compiled = mesh.builder->Compiled();
+        mesh.triangleCount = mesh.compiled->TriangleCount();
         mesh.isCompiled = true;
     }
 }

@@ -46,6 +46,7 @@ public:
         const Matrix4& world;
         const std::shared_ptr<const DrawMesh>& mesh;
         std::uint32_t quality; ///< the mesh's own
+        std::uint32_t triangleCount;
     };
 
     /// Takes up all changes and finds what may be seen of `top` and below it: the places of those visuals whose box
@@ -56,7 +57,7 @@ public:
     {
         const Entry& entry = entries_[place];
         const Mesh& mesh = meshes_[entry.mesh];
-        return {entry.world, mesh.compiled, mesh.quality};
+        return {entry.world, mesh.compiled, mesh.quality, mesh.triangleCount};
     }
 
 private:
@@ -75,6 +76,7 @@ private:
         MeshBuilder* builder = nullptr; ///< nothing where the place is free
         std::uint32_t uses = 0;
         std::uint32_t quality = 0;
+        std::uint32_t triangleCount = 0;
         bool isReshaped = false;
         bool isCompiled = false; ///< since the last change of any mesh
         Box box;

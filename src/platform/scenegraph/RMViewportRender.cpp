@@ -195,7 +195,7 @@ void RMViewport::Render(const std::shared_ptr<Frame>& frame)
         item.world = visual.world;
         TakeQuality(item, visual.quality);
         drawing.Draw(item);
-        triangles += item.mesh->TriangleCount();
+        triangles += visual.triangleCount;
     }
     drawing.End();
     device_->CountTriangles(triangles);

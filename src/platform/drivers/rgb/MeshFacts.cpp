@@ -119,47 +119,65 @@ MeshFacts::MeshFacts(const DrawMesh& mesh)
     }
 }
 
+MeshFactsCache::Entry& MeshFactsCache::EntryOf(const DrawMesh* mesh)
+{
+    for (std::size_t i = last_; i < std::min(last_ + 2, entries_.size()); ++i)
+        if (entries_[i].address == mesh)
+            return entries_[last_ = i];
+    const auto [number, isNew] = numbers_.try_emplace(mesh, static_cast<std::uint32_t>(entries_.size()));
+    if (isNew)
+    {
+        try
+        {
+            entries_.emplace_back().address = mesh;
+        }
+        catch (...)
+        {
+            numbers_.erase(number);
+            throw;
+        }
+    }
+    return entries_[last_ = number->second];
+}
+
+std::size_t MeshFactsCache::FacesOf(const Entry& entry)
+{
+    return entry.facts != nullptr ? entry.facts->faceVertices.size() + entry.facts->groups.size() : 0;
+}
+
 const MeshFacts* MeshFactsCache::Find(const std::shared_ptr<const DrawMesh>& mesh)
 {
-    if (mesh.get() == last_)
-        return factsOfLast_;
-    Entry& entry = entries_[mesh.get()];
+    Entry& entry = EntryOf(mesh.get());
+    if (entry.lastHold == hold_)
+        return entry.facts.get();
     const bool isSame = !entry.mesh.owner_before(mesh) && !mesh.owner_before(entry.mesh);
     if (!isSame || entry.facts == nullptr)
-        entry = {mesh, IsConsistent(*mesh) ? std::make_unique<const MeshFacts>(*mesh) : nullptr};
-    if (entry.lastHold != hold_)
-        held_.push_back(mesh);
+    {
+        auto facts = IsConsistent(*mesh) ? std::make_unique<const MeshFacts>(*mesh) : nullptr;
+        faceCount_ -= FacesOf(entry);
+        entry.mesh = mesh;
+        entry.facts = std::move(facts);
+        faceCount_ += FacesOf(entry);
+    }
+    held_.push_back(mesh);
     entry.lastHold = hold_;
-    last_ = mesh.get();
-    factsOfLast_ = entry.facts.get();
-    return factsOfLast_;
+    return entry.facts.get();
 }
 
 void MeshFactsCache::Release()
 {
     held_.clear();
     ++hold_;
-    last_ = nullptr;
-}
-
-std::size_t MeshFactsCache::FaceCount() const
-{
-    std::size_t count = 0;
-    for (const auto& [mesh, entry] : entries_)
-        count += entry.facts != nullptr ? entry.facts->faceVertices.size() + entry.facts->groups.size() : 0;
-    return count;
 }
 
 std::size_t MeshFactsCache::HeldBytes() const
 {
-    std::size_t bytes = entries_.bucket_count() * sizeof(void*) + held_.capacity() * sizeof(held_.front());
-    for (const auto& [mesh, entry] : entries_)
-    {
-        bytes += sizeof(void*) + sizeof(mesh) + sizeof(entry);
+    std::size_t bytes = numbers_.bucket_count() * sizeof(void*) + numbers_.size() * 3 * sizeof(void*) +
+                        held_.capacity() * sizeof(held_.front()) + entries_.capacity() * sizeof(Entry);
+    for (const Entry& entry : entries_)
         if (entry.facts != nullptr)
             bytes += sizeof(MeshFacts) + entry.facts->faceVertices.capacity() * sizeof(std::uint32_t) +
                      entry.facts->groups.capacity() * sizeof(MeshFacts::GroupFacts);
-    }
     return bytes;
 }
 
@@ -167,7 +185,15 @@ void MeshFactsCache::Sweep()
 {
     if (entries_.size() <= 2 * sizeAfterSweep_ + 16)
         return;
-    std::erase_if(entries_, [](const auto& entry) { return entry.second.mesh.expired(); });
+    numbers_.clear();
+    std::erase_if(entries_, [](const Entry& entry) { return entry.mesh.expired(); });
+    faceCount_ = 0;
+    for (std::uint32_t i = 0; i < entries_.size(); ++i)
+    {
+        numbers_.emplace(entries_[i].address, i);
+        faceCount_ += FacesOf(entries_[i]);
+    }
+    last_ = 0;
     sizeAfterSweep_ = entries_.size();
 }
 

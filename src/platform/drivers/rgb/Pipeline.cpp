@@ -293,8 +293,27 @@ void Pipeline::RunTask(const VertexTask& task)
         return FindFacing(part, range);
     case VertexTask::Kind::WholeParts:
         for (std::uint32_t i = task.part; i < task.part + range.count; ++i)
+        {
+            AnnounceMesh(i + 2, task.part + range.count);
             RunWhole(i);
+        }
     }
+}
+
+/// Has the memory fetch a small part's mesh, unless it is another one's, too.
+void Pipeline::AnnounceMesh(std::uint32_t number, std::uint32_t end) const
+{
+    if (number + 2 < end)
+        __builtin_prefetch(batch_.parts[number + 2].mesh);
+    if (number >= end || batch_.parts[number].mesh == batch_.parts[number - 1].mesh)
+        return;
+    const DrawMesh& mesh = *batch_.parts[number].mesh;
+    constexpr std::size_t LineFloats = 16;
+    for (const std::vector<float>* list : {&mesh.x, &mesh.y, &mesh.z, &mesh.normalX, &mesh.normalY, &mesh.normalZ})
+        for (std::size_t i = 0; i < std::min(list->size(), 4 * LineFloats); i += LineFloats)
+            __builtin_prefetch(list->data() + i);
+    __builtin_prefetch(mesh.color.data());
+    __builtin_prefetch(mesh.color.data() + LineFloats);
 }
 
 void Pipeline::RunWhole(std::uint32_t number)

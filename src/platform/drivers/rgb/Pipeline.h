@@ -74,6 +74,7 @@ private:
     void PlaceAndLight(bool alone);
     void RunTask(const VertexTask& task);
     void RunWhole(std::uint32_t part);
+    void AnnounceMesh(std::uint32_t part, std::uint32_t end) const;
     void FindFacing(const Part& part, const Range& range);
     void CollectWaiting(bool alone);
     void SortWaiting();
