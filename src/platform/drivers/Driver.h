@@ -176,6 +176,7 @@ struct DrawItem
     FillStyle fill = FillStyle::Solid;
     bool gouraud = true; ///< else flat
     bool lit = true;
+    bool isInView = false; ///< whoever draws has looked: no need to compare the mesh's box with the view
 };
 
 /// Parts of a target that Clear fills.

@@ -3,6 +3,7 @@
 
 #include "platform/automation/Faults.h"
 #include "platform/scenegraph/Checks.h"
+#include "platform/scenegraph/DrawList.h"
 #include "platform/scenegraph/rays/SceneIndex.h"
 
 #include <algorithm>
@@ -52,6 +53,7 @@ std::shared_ptr<Frame> Frame::Make(const std::shared_ptr<Frame>& parent)
 Frame::~Frame()
 {
     ownIndex_.reset();
+    ownDrawList_.reset();
     std::vector<std::shared_ptr<Frame>> leaving = std::move(children_);
     for (const auto& child : leaving)
         child->parent_ = nullptr;
@@ -102,8 +104,11 @@ void Frame::Attach(const std::shared_ptr<Frame>& child)
     BeforeChange();
     kept->BeforeChange();
     kept->ownIndex_.reset(); // a root's; it is none any more
+    kept->ownDrawList_.reset();
     if (kept->index_ != nullptr)
         kept->index_->LosesFrames(*kept);
+    if (kept->drawList_ != nullptr)
+        kept->drawList_->LosesFrames(*kept);
     children_.push_back(kept);
     if (Frame* old = kept->parent_; old != nullptr)
     {
@@ -116,6 +121,8 @@ void Frame::Attach(const std::shared_ptr<Frame>& child)
     kept->InvalidateWorld();
     if (index_ != nullptr)
         index_->HasGained(*kept);
+    if (drawList_ != nullptr)
+        drawList_->HasGained(*kept);
 }
 
 void Frame::DeleteChild(const std::shared_ptr<Frame>& child)
@@ -126,6 +133,8 @@ void Frame::DeleteChild(const std::shared_ptr<Frame>& child)
     Remove(children_, kept, "The child");
     if (index_ != nullptr)
         index_->LosesFrames(*kept);
+    if (drawList_ != nullptr)
+        drawList_->LosesFrames(*kept);
     kept->parent_ = nullptr;
     kept->InvalidateWorld();
 }
@@ -134,8 +143,12 @@ void Frame::AddVisual(const std::shared_ptr<Visual>& visual)
 {
     faults::Point("Frame.AddVisual");
     BeforeChange();
-    if (AddOnce(visuals_, visual, "The visual") && index_ != nullptr)
+    if (!AddOnce(visuals_, visual, "The visual"))
+        return;
+    if (index_ != nullptr)
         index_->HasGained(*this, visual);
+    if (drawList_ != nullptr)
+        drawList_->HasGained(*this, visual);
 }
 
 void Frame::DeleteVisual(const std::shared_ptr<Visual>& visual)
@@ -146,18 +159,24 @@ void Frame::DeleteVisual(const std::shared_ptr<Visual>& visual)
     Remove(visuals_, kept, "The visual");
     if (index_ != nullptr)
         index_->Loses(*this, kept);
+    if (drawList_ != nullptr)
+        drawList_->Loses(*this, kept);
 }
 
 void Frame::AddLight(const std::shared_ptr<Light>& light)
 {
     faults::Point("Frame.AddLight");
     AddOnce(lights_, light, "The light");
+    if (drawList_ != nullptr)
+        drawList_->LightsChange();
 }
 
 void Frame::DeleteLight(const std::shared_ptr<Light>& light)
 {
     faults::Point("Frame.DeleteLight");
     Remove(lights_, light, "The light");
+    if (drawList_ != nullptr)
+        drawList_->LightsChange();
 }
 
 // Before the scene changes in any way that picks would notice.
@@ -167,14 +186,21 @@ void Frame::BeforeChange()
         index_->BeforeChange();
 }
 
-// Frames whose world transform is known to be out of date are so in the index, too.
+// Frames whose world transform is known to be out of date are so in the index and in the list, too.
+void Frame::HasMoved()
+{
+    worldIsCurrent_ = false;
+    if (index_ != nullptr)
+        index_->HasMoved(*this);
+    if (drawList_ != nullptr)
+        drawList_->HasMoved(*this);
+}
+
 void Frame::InvalidateWorld()
 {
     if (!worldIsCurrent_)
         return;
-    worldIsCurrent_ = false;
-    if (index_ != nullptr)
-        index_->HasMoved(*this);
+    HasMoved();
     if (children_.empty())
         return;
     std::vector<Frame*> waiting{this};
@@ -186,12 +212,18 @@ void Frame::InvalidateWorld()
         {
             if (!child->worldIsCurrent_)
                 continue;
-            child->worldIsCurrent_ = false;
-            if (child->index_ != nullptr)
-                child->index_->HasMoved(*child);
+            child->HasMoved();
             waiting.push_back(child.get());
         }
     }
+}
+
+DrawList& Frame::Drawn()
+{
+    Frame& root = RootFrame();
+    if (!root.ownDrawList_)
+        root.ownDrawList_ = std::make_unique<DrawList>(root);
+    return *root.ownDrawList_;
 }
 
 const Matrix4& Frame::WorldTransform()

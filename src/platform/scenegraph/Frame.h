@@ -13,6 +13,8 @@
 namespace lumora
 {
 
+class DrawList;
+
 namespace rays
 {
 class SceneIndex;
@@ -160,8 +162,12 @@ public:
     /// What picks search, of this frame's root; made at need. For use within this library.
     rays::SceneIndex& Index();
 
+    /// What pictures show, of this frame's root; made at need. For use within this library.
+    DrawList& Drawn();
+
 private:
     friend class rays::SceneIndex;
+    friend class DrawList;
     Frame();
     Frame& RootFrame();
     SceneSettings& RootSettings();
@@ -171,6 +177,7 @@ private:
     void SetAxes(Frame* space, Double3 direction, Double3 up);
     void Combine(CombineType combine, const Matrix4& matrix);
     void InvalidateWorld();
+    void HasMoved();
 
     // A space is a frame, or no frame for the world in which the roots stand.
     Frame* SpaceOf(const std::shared_ptr<Frame>& reference);
@@ -189,6 +196,11 @@ private:
     std::unique_ptr<rays::SceneIndex> ownIndex_; // of a root that was picked in
     rays::SceneIndex* index_ = nullptr;          // the one this frame is in
     std::uint32_t firstEntry_ = 0xFFFFFFFF;      // of this frame in the index
+
+    // Drawing.
+    std::unique_ptr<DrawList> ownDrawList_; // of a root that was drawn
+    DrawList* drawList_ = nullptr;          // the one this frame is in
+    std::uint32_t firstDrawn_ = 0xFFFFFFFF; // of this frame in the list
 };
 
 } // namespace lumora

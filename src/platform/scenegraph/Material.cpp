@@ -23,6 +23,7 @@ void Material::SetPower(float power)
     RequireFiniteNotNegative(Source, {power});
     surface_.power = power;
     ++revision_;
+    ++lastMeshChange;
 }
 
 void Material::SetSpecular(float red, float green, float blue)
@@ -31,6 +32,7 @@ void Material::SetSpecular(float red, float green, float blue)
     RequireFiniteNotNegative(Source, {red, green, blue});
     surface_.specular = {red, green, blue};
     ++revision_;
+    ++lastMeshChange;
 }
 
 void Material::SetEmissive(float red, float green, float blue)
@@ -39,6 +41,7 @@ void Material::SetEmissive(float red, float green, float blue)
     RequireFiniteNotNegative(Source, {red, green, blue});
     surface_.emissive = {red, green, blue};
     ++revision_;
+    ++lastMeshChange;
 }
 
 } // namespace lumora

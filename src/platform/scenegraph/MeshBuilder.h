@@ -175,6 +175,7 @@ public:
 private:
     friend class Face;
     friend class rays::SceneIndex;
+    friend class DrawList;
     struct GroupMaterial
     {
         std::shared_ptr<Material> material;
@@ -212,6 +213,7 @@ private:
     std::vector<GroupMaterial> groupMaterials_; // of compiled_
     rays::MeshRays rays_;
     std::vector<Watcher> watchers_;
+    std::uint32_t drawPlace_ = 0; // a DrawList's note
 };
 
 } // namespace lumora

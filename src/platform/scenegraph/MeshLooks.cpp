@@ -211,6 +211,7 @@ void MeshBuilder::SetQuality(std::uint32_t quality)
     if ((quality & quality::FillMask) > quality::FillSolid)
         RaiseBadValue(Source, "There is no such fill mode");
     quality_ = quality;
+    ++lastMeshChange;
 }
 
 // Picking.
@@ -251,6 +252,7 @@ void MeshBuilder::EndWatch(const rays::SceneIndex& index)
 
 void MeshBuilder::Changed()
 {
+    ++lastMeshChange;
     compiled_.reset();
     rays_ = rays::MeshRays{};
 }

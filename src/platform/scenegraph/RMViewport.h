@@ -112,15 +112,7 @@ private:
     Double3 CameraPoint(double screenX, double screenY, double depth) const;
     Matrix4 CameraToWorld() const;
     PassState MakePass(const Matrix4& worldToCamera) const;
-    DrawItem ItemFor(class MeshBuilder& mesh, const Matrix4& world) const;
-    void CollectVisible(Frame& top, const Matrix4& worldToClip, std::vector<DrawItem>& items) const;
-
-    // What a rendering hands over: the memory stays for the next one.
-    struct Lists
-    {
-        std::vector<LightState> lights;
-        std::vector<DrawItem> items;
-    };
+    void TakeQuality(DrawItem& item, std::uint32_t own) const;
 
     std::shared_ptr<Device> device_;
     std::shared_ptr<Frame> camera_;
@@ -129,7 +121,7 @@ private:
     float front_ = 1.0F;
     float back_ = 100.0F;
     float field_ = 0.5F;
-    Lists lists_;
+    std::vector<LightState> lights_; ///< room for those of a rendering
 };
 
 } // namespace lumora

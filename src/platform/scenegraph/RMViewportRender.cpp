@@ -1,7 +1,7 @@
 // Viewports: clearing and drawing.
 #include "platform/automation/Faults.h"
 #include "platform/scenegraph/Checks.h"
-#include "platform/scenegraph/FrameTraversal.h"
+#include "platform/scenegraph/DrawList.h"
 #include "platform/scenegraph/MeshBuilder.h"
 #include "platform/scenegraph/RMViewport.h"
 #include "platform/scenegraph/Rotation.h"
@@ -20,16 +20,12 @@ constexpr const char* Source = "RMViewport";
 constexpr float SoftAmbient = 0.25F;
 constexpr float CameraLight = 0.75F;
 
-void CollectLights(Frame& root, Double3 viewDirection, std::vector<LightState>& lights)
+void CollectLights(DrawList& scene, Double3 viewDirection, std::vector<LightState>& lights)
 {
-    const auto collect = [&](Frame& frame)
-    {
-        if (frame.Lights().empty() || !lumora::IsFinite(frame.WorldTransform()))
-            return;
-        for (const auto& light : frame.Lights())
-            lights.push_back(light->In(frame.WorldTransform()));
-    };
-    VisitFrames(root, collect);
+    for (Frame* frame : scene.FramesWithLights())
+        if (lumora::IsFinite(frame->WorldTransform()))
+            for (const auto& light : frame->Lights())
+                lights.push_back(light->In(frame->WorldTransform()));
     if (!lights.empty())
         return;
     LightState ambient;
@@ -63,28 +59,14 @@ Transparency TransparencyOf(std::uint32_t renderMode)
     return (renderMode & rendermode::SortedTransparency) != 0 ? Transparency::Sorted : Transparency::Blended;
 }
 
-// Whether all corners of the box lie beyond one and the same plane of the view.
-bool IsOutside(const Box& box, const Matrix4& toClip)
-{
-    unsigned outsideAll = 0x3F;
-    for (int corner = 0; corner < 8 && outsideAll != 0; ++corner)
-    {
-        const Double3 p{box.Corner(corner)};
-        const Double4 clip = Transform({p.x, p.y, p.z, 1}, toClip);
-        outsideAll &= (clip.x < -clip.w ? 1U : 0U) | (clip.x > clip.w ? 2U : 0U) | (clip.y < -clip.w ? 4U : 0U) |
-                      (clip.y > clip.w ? 8U : 0U) | (clip.z < 0 ? 16U : 0U) | (clip.z > clip.w ? 32U : 0U);
-    }
-    return outsideAll != 0;
-}
-
 std::uint32_t Lower(std::uint32_t a, std::uint32_t b, std::uint32_t mask)
 {
     return std::min(a & mask, b & mask);
 }
 
-// Moves clip space so that its sides meet the outer edges of the viewport's pixels: coordinates count pixel centres, and the
-// view's left edge runs through the centres of the first column, half of which it would cut off where pixels are sampled
-// more than once. Every point keeps its device coordinates.
+// Moves clip space so that its sides meet the outer edges of the viewport's pixels: coordinates count pixel centres,
+// and the view's left edge runs through the centres of the first column, half of which it would cut off where pixels
+// are sampled more than once. Every point keeps its device coordinates.
 void FitClipSpaceToPixels(PassState& pass, const PixelRect& rect)
 {
     const double centreX = rect.left + rect.Width() / 2.0 - 0.5;
@@ -114,11 +96,7 @@ public:
             EndQuietly();
     }
 
-    void Draw(const std::vector<DrawItem>& items)
-    {
-        for (const DrawItem& item : items)
-            driver_.Draw(item);
-    }
+    void Draw(const DrawItem& item) { driver_.Draw(item); }
 
     void End()
     {
@@ -177,40 +155,16 @@ PassState RMViewport::MakePass(const Matrix4& worldToCamera) const
     return pass;
 }
 
-DrawItem RMViewport::ItemFor(MeshBuilder& mesh, const Matrix4& world) const
+// Fill and light, which the device and the mesh bound together.
+void RMViewport::TakeQuality(DrawItem& item, std::uint32_t own) const
 {
     const std::uint32_t most = device_->GetQuality();
-    const std::uint32_t own = mesh.Quality();
     const std::uint32_t fill = Lower(most, own, quality::FillMask);
-    DrawItem item;
-    item.mesh = mesh.Compiled();
-    item.world = world;
     item.fill = fill >= quality::FillSolid       ? FillStyle::Solid
                 : fill >= quality::FillWireframe ? FillStyle::Wireframe
                                                  : FillStyle::Points;
     item.gouraud = Lower(most, own, quality::ShadeMask) > 0;
     item.lit = Lower(most, own, quality::LightMask) >= quality::LightOn;
-    return item;
-}
-
-void RMViewport::CollectVisible(Frame& top, const Matrix4& worldToClip, std::vector<DrawItem>& items) const
-{
-    const auto collect = [&](Frame& frame)
-    {
-        if (frame.Visuals().empty())
-            return;
-        const Matrix4& world = frame.WorldTransform();
-        if (!lumora::IsFinite(world))
-            return;
-        const Matrix4 toClip = world * worldToClip;
-        for (const auto& visual : frame.Visuals())
-        {
-            auto* mesh = dynamic_cast<MeshBuilder*>(visual.get());
-            if (mesh != nullptr && !mesh->Bounds().IsEmpty() && !IsOutside(mesh->Bounds(), toClip))
-                items.push_back(ItemFor(*mesh, world));
-        }
-    };
-    VisitFrames(top, collect);
 }
 
 void RMViewport::Render(const std::shared_ptr<Frame>& frame)
@@ -223,21 +177,32 @@ void RMViewport::Render(const std::shared_ptr<Frame>& frame)
 
     PassState pass = MakePass(*worldToCamera);
     const auto root = frame->Root();
-    Lists lists; // taken away while they are in use: what is called on the way might draw, too
-    std::swap(lists, lists_);
-    CollectLights(*root, pass.viewDirection, lists.lights);
-    pass.lights = lists.lights;
+    DrawList& scene = root->Drawn();
+    std::vector<LightState> lights; // taken away while in use: what is called on the way might draw, too
+    std::swap(lights, lights_);
+    CollectLights(scene, pass.viewDirection, lights);
+    pass.lights = lights;
     pass.fog = FogOf(root->Scene());
-    CollectVisible(*frame, *worldToCamera * pass.cameraToClip, lists.items);
+    const std::vector<std::uint32_t>& seen = scene.FindSeen(*frame, *worldToCamera * pass.cameraToClip);
 
     Pass drawing{device_->TheDriver(), pass};
-    drawing.Draw(lists.items);
+    std::uint64_t triangles = 0;
+    DrawItem item;
+    item.isInView = true;
+    for (const std::uint32_t place : seen)
+    {
+        const DrawList::Seen visual = scene[place];
+        if (item.mesh != visual.mesh) // counting references costs
+            item.mesh = visual.mesh;
+        item.world = visual.world;
+        TakeQuality(item, visual.quality);
+        drawing.Draw(item);
+        triangles += visual.triangleCount;
+    }
     drawing.End();
-    for (const DrawItem& item : lists.items)
-        device_->CountTriangles(item.mesh->TriangleCount());
-    lists.lights.clear();
-    lists.items.clear();
-    std::swap(lists, lists_);
+    device_->CountTriangles(triangles);
+    lights.clear();
+    std::swap(lights, lights_);
 }
 
 } // namespace lumora

@@ -62,9 +62,17 @@ std::uint32_t CullTriangles(const std::uint32_t* indices, std::uint32_t count, s
     {
         Ints v[3];
         Mask valid = AllLanes();
+        std::uint32_t start = i;
         if (count - i >= static_cast<std::uint32_t>(LaneCount))
         {
             LoadTriples(indices + 3 * std::size_t{i}, v[0], v[1], v[2]);
+        }
+        else if (i != 0) // the last whole vector: its first lanes are done
+        {
+            const std::uint32_t done = LaneCount - (count - i);
+            start = i - done;
+            LoadTriples(indices + 3 * std::size_t{start}, v[0], v[1], v[2]);
+            valid = IsLess(Splat(static_cast<std::int32_t>(done) - 1), LaneNumbers());
         }
         else
         {
@@ -119,7 +127,7 @@ std::uint32_t CullTriangles(const std::uint32_t* indices, std::uint32_t count, s
         StoreChosen(v[0], chosen, survivors.a + kept);
         StoreChosen(Choose(turn, v[2], v[1]), chosen, survivors.b + kept);
         StoreChosen(Choose(turn, v[1], v[2]), chosen, survivors.c + kept);
-        StoreChosen(LaneNumbers() + Splat(static_cast<std::int32_t>(i)), chosen, survivors.triangle + kept);
+        StoreChosen(LaneNumbers() + Splat(static_cast<std::int32_t>(start)), chosen, survivors.triangle + kept);
         StoreChosen(Choose(unfinished, Splat(TriangleSurvivors::Unfinished), tiles), chosen, survivors.tiles + kept);
         const Ints pixels = (lastX - firstX + Splat(1)) * (lastY - firstY + Splat(1));
         covered = covered + Choose(Except(keep, unfinished), pixels, Splat(0));

@@ -6,7 +6,7 @@
 /// A plane's value goes through at most six roundings of a relative 2^-24 for each term.
 void FindFacing(const Part& part, std::uint32_t first, std::uint32_t count, std::uint8_t* isCulled)
 {
-    const DrawMesh& mesh = *part.item->mesh;
+    const DrawMesh& mesh = *part.mesh;
     const bool cullsClockwise = part.pass->state.cull == CullMode::Clockwise;
     const WindingRule rule{part.toClip};
     const auto findOne = [&](std::uint32_t i) { isCulled[i] = rule.IsCulled(mesh, first + i, cullsClockwise) ? 1 : 0; };

@@ -9,7 +9,6 @@
 
 #include "platform/drivers/Driver.h"
 #include "platform/drivers/rgb/Buffer.h"
-#include "platform/drivers/rgb/MeshFacts.h"
 #include "platform/drivers/rgb/Textures.h"
 
 #include <array>
@@ -174,23 +173,19 @@ struct DrawState;
 using DrawRun = void (*)(const TileView& tile, const Batch& batch, const Bins& bins, const DrawState& state,
                          const std::uint16_t* references, std::size_t count);
 
-/// Everything that is the same for the primitives of a group, or a clear.
+/// A clear, or everything that is the same for primitives of many items: a tile draws those in one run.
 struct DrawState
 {
     Primitive primitive = Primitive::Triangles;
     Surface surface = Surface::Plain;
     Blending blending = Blending::Opaque;
     bool isFlat = false;
-    bool hasFog = false;
-    bool needsCoordinates = false;
     bool sortsTranslucent = false; ///< translucent triangles wait
     bool waits = false;            ///< only its translucent triangles are drawn, sorted with those of others
     bool isAllTranslucent = false; ///< no need to look
     bool isTextureTranslucent = false;
     bool hasHighlight = false; ///< where it stays apart from the diffuse color
     PixelRect area;            ///< only these pixels
-    std::uint32_t part = 0;
-    std::uint32_t group = 0;
     CullMode cull = CullMode::None;
     FogState fog;
     const MipChain* texture = nullptr;
@@ -199,16 +194,25 @@ struct DrawState
     std::uint32_t clearColor = 0;
 };
 
+/// A stretch of numbers.
+struct Range
+{
+    std::uint32_t first = 0;
+    std::uint32_t count = 0;
+};
+
+struct TrianglePlanes;
+
 /// Vertices and faces of a mesh that are placed and lit together: those of a group, or of all groups where these
 /// differ in nothing that lighting needs.
 struct Part
 {
-    const DrawItem* item = nullptr;
+    const DrawMesh* mesh = nullptr;
+    const Matrix4* world = nullptr;
     const Pass* pass = nullptr;
-    Matrix4 toClip;
-    Matrix4 toCamera;
-    Matrix4 normals;
-    SurfaceMaterial material;
+    const SurfaceMaterial* material = nullptr;
+    bool isLit = false;
+    bool lightsFaces = false; ///< flat: faces are lit instead of vertices
     bool needsCoordinates = false;
     bool splitsHighlight = false;                ///< textured: the highlight stays apart from the diffuse color
     std::uint32_t vertexBase = 0;                ///< index of the mesh's vertex 0 among the batch's, modulo 2^32
@@ -216,12 +220,25 @@ struct Part
     std::uint32_t facingBase = 0;                ///< and for triangle 0, where that is needed
     const TrianglePlanes* planes = nullptr;      ///< of the mesh, or nothing
     const std::uint32_t* faceVertices = nullptr; ///< the first vertex of each face's first triangle
+    Range vertices;
+    Range faces;     ///< that are lit
+    Range triangles; ///< whose facing is found
+
+    // What Prepare computes.
+    Matrix4 toClip;
+    double toDepth[4]; ///< the column of the way to the camera's axes that gives z
+
+    void Prepare();
 };
 
-/// One stretch of primitives of one state.
+/// The matrix for normals, scaled so that squares of its products stay within single precision.
+Matrix4 NormalsOf(const Matrix4& world);
+
+/// One stretch of primitives of one state and part.
 struct Segment
 {
     std::uint32_t state = 0;
+    std::uint32_t part = 0;  ///< of clears and sorted triangles: none
     std::uint32_t first = 0; ///< triangle, edge or, of points, index; of sorted triangles, place in the order
     std::uint32_t count = 0;
 };
@@ -241,7 +258,7 @@ struct UnitPlace
     std::uint32_t primitive = 0;
 };
 
-/// A stretch of a part's vertices, faces or triangles.
+/// A stretch of a part's vertices, faces or triangles, or many small parts.
 struct VertexTask
 {
     enum class Kind : std::uint8_t
@@ -250,11 +267,11 @@ struct VertexTask
         PlaceAndLight, ///< vertices
         LightFaces,
         FindFacing, ///< triangles
+        WholeParts, ///< all of that, and Prepare before
     };
     Kind kind = Kind::Place;
-    std::uint32_t part = 0;
-    std::uint32_t first = 0; ///< in the mesh
-    std::uint32_t count = 0;
+    std::uint32_t part = 0; ///< of WholeParts the first
+    Range range;            ///< in the mesh; of WholeParts the count says how many
 };
 
 /// A translucent triangle that waits for its turn: it faces the right way and may cover a pixel.
@@ -262,6 +279,7 @@ struct SortedTriangle
 {
     std::uint32_t vertex[3];
     std::uint32_t state;
+    std::uint32_t part;
     std::uint32_t triangle;
     std::uint32_t tiles; ///< as in TriangleSurvivors
     std::uint32_t key;   ///< smaller is farther

@@ -1,5 +1,6 @@
 // The kernels without vector instructions: for builds without Highway, and to test the others against.
 #include "platform/drivers/rgb/KernelSets.h"
+#include "platform/drivers/rgb/MeshFacts.h"
 #include "platform/drivers/rgb/LineSteps.h"
 #include "platform/drivers/rgb/Winding.h"
 

@@ -1,5 +1,6 @@
 #include "platform/drivers/rgb/MeshFacts.h"
 
+#include "platform/drivers/rgb/Textures.h"
 #include "platform/math/Matrix.h"
 
 #include <algorithm>
@@ -53,10 +54,7 @@ public:
         least_ = std::min(least_, number);
         greatest_ = std::max(greatest_, number);
     }
-    MeshFacts::Range Found() const
-    {
-        return least_ > greatest_ ? MeshFacts::Range{} : MeshFacts::Range{least_, greatest_ - least_ + 1};
-    }
+    Range Found() const { return least_ > greatest_ ? Range{} : Range{least_, greatest_ - least_ + 1}; }
 
 private:
     std::uint32_t least_ = DrawMesh::NoFace;
@@ -84,7 +82,15 @@ MeshFacts::GroupFacts FactsOf(const DrawMesh& mesh, const DrawMesh::Group& group
         vertices.Include(mesh.edges[i].vertexB);
         faces.Include(mesh.triangleFace[mesh.edges[i].triangleA]);
     }
-    return {vertices.Found(), faces.Found(), isAllTranslucent};
+    const TextureImage* texture = IsUsable(group.texture.get()) ? group.texture.get() : nullptr;
+    return {{group.firstTriangle, group.triangleCount},
+            {group.firstEdge, group.edgeCount},
+            vertices.Found(),
+            faces.Found(),
+            &group.material,
+            texture,
+            group.translucent,
+            isAllTranslucent};
 }
 
 } // namespace
@@ -97,7 +103,9 @@ bool IsConsistent(const DrawMesh& mesh)
            std::ranges::all_of(mesh.triangleFace, [&](std::uint32_t f) { return f < faces; });
 }
 
-MeshFacts::MeshFacts(const DrawMesh& mesh) : faceVertices(mesh.faceNormalX.size())
+MeshFacts::MeshFacts(const DrawMesh& mesh)
+    : faceVertices(mesh.faceNormalX.size()), vertexCount(mesh.VertexCount()),
+      faceCount(static_cast<std::uint32_t>(mesh.faceNormalX.size())), triangleCount(mesh.TriangleCount())
 {
     for (std::uint32_t triangle = mesh.TriangleCount(); triangle-- > 0;)
         faceVertices[mesh.triangleFace[triangle]] = mesh.indices[3 * std::size_t{triangle}];
@@ -105,7 +113,11 @@ MeshFacts::MeshFacts(const DrawMesh& mesh) : faceVertices(mesh.faceNormalX.size(
     for (const DrawMesh::Group& group : mesh.groups)
     {
         groups.push_back(FactsOf(mesh, group));
+        const GroupFacts& facts = groups.back();
         hasOneMaterial = hasOneMaterial && group.material == mesh.groups.front().material;
+        areAllTextured = areAllTextured && (facts.texture == nullptr) == (groups.front().texture == nullptr);
+        hasTranslucency =
+            hasTranslucency || facts.isTranslucent || (facts.texture != nullptr && facts.texture->hasTranslucency);
     }
 }
 
@@ -153,49 +165,69 @@ std::size_t MeshFacts::HeldBytes() const
     return bytes;
 }
 
+MeshFactsCache::Entry& MeshFactsCache::EntryOf(const DrawMesh* mesh)
+{
+    for (std::size_t i = last_; i < std::min(last_ + 2, entries_.size()); ++i)
+        if (entries_[i].address == mesh)
+            return entries_[last_ = i];
+    const auto [number, isNew] = numbers_.try_emplace(mesh, static_cast<std::uint32_t>(entries_.size()));
+    if (isNew)
+    {
+        try
+        {
+            entries_.emplace_back().address = mesh;
+        }
+        catch (...)
+        {
+            numbers_.erase(number);
+            throw;
+        }
+    }
+    return entries_[last_ = number->second];
+}
+
+void MeshFactsCache::Count(const Entry& entry, bool isNew)
+{
+    if (entry.facts == nullptr)
+        return;
+    const auto change = [&](std::size_t& sum, std::size_t count) { sum = isNew ? sum + count : sum - count; };
+    change(faceCount_, entry.facts->faceVertices.size());
+    change(groupCount_, entry.facts->groups.size());
+    change(triangleCount_, entry.facts->triangleCount);
+}
+
 const MeshFacts* MeshFactsCache::Find(const std::shared_ptr<const DrawMesh>& mesh)
 {
-    Entry& entry = entries_[mesh.get()];
+    Entry& entry = EntryOf(mesh.get());
+    if (entry.lastHold == hold_)
+        return entry.facts.get();
     const bool isSame = !entry.mesh.owner_before(mesh) && !mesh.owner_before(entry.mesh);
     if (!isSame || entry.facts == nullptr)
-        entry = {mesh, IsConsistent(*mesh) ? std::make_unique<const MeshFacts>(*mesh) : nullptr};
+    {
+        auto facts = IsConsistent(*mesh) ? std::make_unique<const MeshFacts>(*mesh) : nullptr;
+        Count(entry, false);
+        entry.mesh = mesh;
+        entry.facts = std::move(facts);
+        Count(entry, true);
+    }
+    held_.push_back(mesh);
+    entry.lastHold = hold_;
     return entry.facts.get();
 }
 
-std::size_t MeshFactsCache::FaceCount() const
+void MeshFactsCache::Release()
 {
-    std::size_t count = 0;
-    for (const auto& [mesh, entry] : entries_)
-        count += entry.facts != nullptr ? entry.facts->faceVertices.size() : 0;
-    return count;
-}
-
-std::size_t MeshFactsCache::GroupCount() const
-{
-    std::size_t count = 0;
-    for (const auto& [mesh, entry] : entries_)
-        count += entry.facts != nullptr ? entry.facts->groups.size() : 0;
-    return count;
-}
-
-std::size_t MeshFactsCache::TriangleCount() const
-{
-    std::size_t count = 0;
-    for (const auto& [mesh, entry] : entries_)
-        if (const std::shared_ptr<const DrawMesh> alive = entry.mesh.lock())
-            count += alive->TriangleCount();
-    return count;
+    held_.clear();
+    ++hold_;
 }
 
 std::size_t MeshFactsCache::HeldBytes() const
 {
-    std::size_t bytes = entries_.bucket_count() * sizeof(void*);
-    for (const auto& [mesh, entry] : entries_)
-    {
-        bytes += sizeof(void*) + sizeof(mesh) + sizeof(entry);
+    std::size_t bytes = numbers_.bucket_count() * sizeof(void*) + numbers_.size() * 3 * sizeof(void*) +
+                        held_.capacity() * sizeof(held_.front()) + entries_.capacity() * sizeof(Entry);
+    for (const Entry& entry : entries_)
         if (entry.facts != nullptr)
             bytes += entry.facts->HeldBytes();
-    }
     return bytes;
 }
 
@@ -203,7 +235,15 @@ void MeshFactsCache::Sweep()
 {
     if (entries_.size() <= 2 * sizeAfterSweep_ + 16)
         return;
-    std::erase_if(entries_, [](const auto& entry) { return entry.second.mesh.expired(); });
+    numbers_.clear();
+    std::erase_if(entries_, [](const Entry& entry) { return entry.mesh.expired(); });
+    faceCount_ = groupCount_ = triangleCount_ = 0;
+    for (std::uint32_t i = 0; i < entries_.size(); ++i)
+    {
+        numbers_.emplace(entries_[i].address, i);
+        Count(entries_[i], true);
+    }
+    last_ = 0;
     sizeAfterSweep_ = entries_.size();
 }
 

@@ -1,7 +1,8 @@
-// What drawing needs to know of a mesh beyond its arrays, found once and kept while the mesh lives.
+// What planning needs to know of a mesh, found once and kept, close together, while the mesh lives.
 #pragma once
 
 #include "platform/drivers/DrawMesh.h"
+#include "platform/drivers/rgb/Frame.h"
 
 #include <cstdint>
 #include <memory>
@@ -23,24 +24,28 @@ struct TrianglePlanes
 
 struct MeshFacts
 {
-    /// A stretch of numbers.
-    struct Range
-    {
-        std::uint32_t first = 0;
-        std::uint32_t count = 0;
-    };
     struct GroupFacts
     {
+        Range triangles;
+        Range edges;
         Range vertices; ///< all that the group uses lie in here
         Range faces;
-        bool isAllTranslucent = false; ///< every vertex that its triangles use has an alpha below 255
+        const SurfaceMaterial* material = nullptr;
+        const TextureImage* texture = nullptr; ///< nothing where it cannot be used
+        bool isTranslucent = false;            ///< by its colors, or as the mesh says
+        bool isAllTranslucent = false;         ///< every vertex that its triangles use has an alpha below 255
     };
 
     explicit MeshFacts(const DrawMesh& mesh);
 
     std::vector<GroupFacts> groups;
     std::vector<std::uint32_t> faceVertices; ///< the first vertex of each face's first triangle
+    std::uint32_t vertexCount = 0;
+    std::uint32_t faceCount = 0;
+    std::uint32_t triangleCount = 0;
     bool hasOneMaterial = true;
+    bool areAllTextured = true;   ///< or none of them is
+    bool hasTranslucency = false; ///< in a color or a texture
 
     /// For lines and points. Nothing at the first call: a mesh that changes with every picture does not pay for them.
     const TrianglePlanes* PlanesOf(const DrawMesh& mesh) const;
@@ -55,31 +60,48 @@ private:
 /// Whether every number in the mesh names something that is there.
 bool IsConsistent(const DrawMesh& mesh);
 
-/// Facts by mesh: 4 bytes a face and 16 a group for each mesh that is alive, and 16 a triangle of those drawn as lines
-/// or points more than once.
+/// Facts by mesh: 4 bytes a face and about 60 a group for each mesh that is alive, and 16 a triangle of those drawn as
+/// lines or points more than once. Pictures mostly show the same meshes in the same order, so that the one after the
+/// last one found is tried before all are searched.
 class MeshFactsCache
 {
 public:
-    /// Nothing when the mesh is not consistent. The answer lives as long as the mesh, or until Sweep.
+    /// Nothing when the mesh is not consistent. The answer and the mesh live until Release.
     const MeshFacts* Find(const std::shared_ptr<const DrawMesh>& mesh);
+
+    /// Lets go of the meshes that were found.
+    void Release();
 
     /// Forgets meshes that are gone.
     void Sweep();
 
-    std::size_t Count() const { return entries_.size(); }
-    std::size_t FaceCount() const; ///< of the meshes it knows
-    std::size_t GroupCount() const;
-    std::size_t TriangleCount() const;
+    std::size_t Count() const { return numbers_.size(); }
+    std::size_t FaceCount() const { return faceCount_; } ///< of the meshes it knows
+    std::size_t GroupCount() const { return groupCount_; }
+    std::size_t TriangleCount() const { return triangleCount_; }
     std::size_t HeldBytes() const;
 
 private:
     struct Entry
     {
+        const DrawMesh* address = nullptr;
         std::weak_ptr<const DrawMesh> mesh;
         std::unique_ptr<const MeshFacts> facts;
+        std::uint64_t lastHold = 0;
     };
 
-    std::unordered_map<const DrawMesh*, Entry> entries_;
+    Entry& EntryOf(const DrawMesh* mesh);
+    /// Adds to what is counted, or takes away.
+    void Count(const Entry& entry, bool isNew);
+
+    std::vector<Entry> entries_; ///< in the order in which they were first found
+    std::unordered_map<const DrawMesh*, std::uint32_t> numbers_;
+    std::vector<std::shared_ptr<const DrawMesh>> held_; ///< each once since Release
+    std::uint64_t hold_ = 1;                            ///< number of this hold
+    std::size_t last_ = 0;                              ///< the entry found last
+    std::size_t faceCount_ = 0;
+    std::size_t groupCount_ = 0;
+    std::size_t triangleCount_ = 0;
     std::size_t sizeAfterSweep_ = 0;
 };
 

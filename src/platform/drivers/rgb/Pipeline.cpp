@@ -64,12 +64,16 @@ bool Pipeline::RecordItem(const DrawItem& item)
         return false;
     DrawPutOff();
     const auto pass = static_cast<std::uint32_t>(passCount_ - 1);
-    if (!MayBeSeen(item, passes_[pass]))
+    if (!item.isInView && !MayBeSeen(item.world, item.mesh->bounds, passes_[pass]))
         return true;
-    items_.push_back({item, pass, facts});
-    commands_.push_back({Command::Kind::Item, static_cast<std::uint32_t>(items_.size() - 1), 1, {}, {}, 0});
-    if (HasWaiting(item, passes_[pass]))
-        waiting_.push_back({item, pass, facts});
+    const auto number = static_cast<std::uint32_t>(items_.size());
+    items_.push_back({item.world, item.mesh.get(), facts, pass, item.fill, item.gouraud, item.lit});
+    if (!commands_.empty() && commands_.back().kind == Command::Kind::Items)
+        ++commands_.back().count;
+    else
+        commands_.push_back({Command::Kind::Items, number, 1, {}, {}, 0});
+    if (HasWaiting(items_.back(), passes_[pass]))
+        waiting_.push_back(items_.back());
     return true;
 }
 
@@ -118,7 +122,7 @@ void Pipeline::DrawPutOff()
 void Pipeline::CountRecorded()
 {
     WorkCounts counts;
-    counts.recorded = std::max(commands_.size(), waiting_.size());
+    counts.recorded = std::max(commands_.size() + items_.size(), waiting_.size());
     counts.passes = passCount_;
     for (std::size_t i = 0; i < passCount_; ++i)
         counts.lights += passes_[i].lights.size();
@@ -158,7 +162,10 @@ void Pipeline::DropRecorded()
     firstWaiting_ = 0;
     isPutOff_ = false;
     if (waiting_.empty())
+    {
+        facts_.Release();
         ForgetPasses();
+    }
 }
 
 /// All but the pass that is open, if any, which goes on.
@@ -183,6 +190,7 @@ void Pipeline::Forget()
     items_.clear();
     waiting_.clear();
     firstWaiting_ = 0;
+    facts_.Release();
     passCount_ = 0;
     isPutOff_ = false;
     averages_ = {};
@@ -209,13 +217,15 @@ void Pipeline::RunCommand(const Command& command, bool isLast)
             planner_.AddItem(waiting_[i], passes_[waiting_[i].pass], Share::Waiting);
         return RunBatch(isLast);
     }
-    const RecordedItem& recorded = items_[command.first];
-    const auto groups = static_cast<std::uint32_t>(recorded.item.mesh->groups.size());
-    std::uint32_t group = 0;
-    while ((group = planner_.AddItem(recorded, passes_[recorded.pass], Share::AtOnce, group)) < groups)
-        RunBatch(false);
-    if (planner_.IsFull() && !isLast)
-        RunBatch(false);
+    for (std::uint32_t i = command.first; i < command.first + command.count; ++i)
+    {
+        const auto groups = static_cast<std::uint32_t>(items_[i].facts->groups.size());
+        std::uint32_t group = 0;
+        while ((group = planner_.AddItem(items_[i], passes_[items_[i].pass], Share::AtOnce, group)) < groups)
+            RunBatch(false);
+        if (planner_.IsFull() && !(isLast && i + 1 == command.first + command.count))
+            RunBatch(false);
+    }
 }
 
 /// What is drawn at once, and then, sorted, what waits.
@@ -308,25 +318,60 @@ void Pipeline::Share(std::size_t count, bool alone, Work work)
 void Pipeline::PlaceAndLight(bool alone)
 {
     planner_.ReserveVertices();
-    Share(batch_.vertexTasks.size(), alone,
-          [&](std::size_t number, int)
-          {
-              const VertexTask& task = batch_.vertexTasks[number];
-              const Part& part = batch_.parts[task.part];
-              switch (task.kind)
-              {
-              case VertexTask::Kind::PlaceAndLight:
-                  kernels_.light(part, task.first, task.count, task.first + part.vertexBase, batch_.vertices);
-                  [[fallthrough]];
-              case VertexTask::Kind::Place:
-                  return kernels_.place(part, task.first, task.count, task.first + part.vertexBase, batch_.vertices);
-              case VertexTask::Kind::LightFaces:
-                  return kernels_.lightFaces(part, task.first, task.count, task.first + part.faceBase, batch_.faces);
-              case VertexTask::Kind::FindFacing:
-                  return kernels_.findFacing(part, task.first, task.count,
-                                             batch_.isCulled.Data() + task.first + part.facingBase);
-              }
-          });
+    Share(batch_.vertexTasks.size(), alone, [&](std::size_t number, int) { RunTask(batch_.vertexTasks[number]); });
+}
+
+void Pipeline::RunTask(const VertexTask& task)
+{
+    const Range& range = task.range;
+    const Part& part = batch_.parts[task.part];
+    switch (task.kind)
+    {
+    case VertexTask::Kind::PlaceAndLight:
+        kernels_.light(part, range.first, range.count, range.first + part.vertexBase, batch_.vertices);
+        [[fallthrough]];
+    case VertexTask::Kind::Place:
+        return kernels_.place(part, range.first, range.count, range.first + part.vertexBase, batch_.vertices);
+    case VertexTask::Kind::LightFaces:
+        return kernels_.lightFaces(part, range.first, range.count, range.first + part.faceBase, batch_.faces);
+    case VertexTask::Kind::FindFacing:
+        return kernels_.findFacing(part, range.first, range.count,
+                                   batch_.isCulled.Data() + range.first + part.facingBase);
+    case VertexTask::Kind::WholeParts:
+        for (std::uint32_t i = task.part; i < task.part + range.count; ++i)
+        {
+            AnnounceMesh(i + 2, task.part + range.count);
+            RunWhole(i);
+        }
+    }
+}
+
+/// Has the memory fetch a small part's mesh, unless it is another one's, too.
+void Pipeline::AnnounceMesh(std::uint32_t number, std::uint32_t end) const
+{
+    if (number + 2 < end)
+        __builtin_prefetch(batch_.parts[number + 2].mesh);
+    if (number >= end || batch_.parts[number].mesh == batch_.parts[number - 1].mesh)
+        return;
+    const DrawMesh& mesh = *batch_.parts[number].mesh;
+    constexpr std::size_t LineFloats = 16;
+    for (const std::vector<float>* list : {&mesh.x, &mesh.y, &mesh.z, &mesh.normalX, &mesh.normalY, &mesh.normalZ})
+        for (std::size_t i = 0; i < std::min(list->size(), 4 * LineFloats); i += LineFloats)
+            __builtin_prefetch(list->data() + i);
+    __builtin_prefetch(mesh.color.data());
+    __builtin_prefetch(mesh.color.data() + LineFloats);
+}
+
+void Pipeline::RunWhole(std::uint32_t number)
+{
+    using enum VertexTask::Kind;
+    Part& part = batch_.parts[number];
+    part.Prepare();
+    RunTask({part.lightsFaces ? Place : PlaceAndLight, number, part.vertices});
+    if (part.faces.count != 0)
+        RunTask({LightFaces, number, part.faces});
+    if (part.triangles.count != 0)
+        RunTask({FindFacing, number, part.triangles});
 }
 
 void Pipeline::DrawUnits(bool alone, bool isLast)

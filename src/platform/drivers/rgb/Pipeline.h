@@ -35,7 +35,7 @@ public:
     void DrawWaiting();
 
     /// What drawing would relieve; items that wait to be sorted do not count.
-    std::size_t RecordedCount() const { return commands_.size() + (waiting_.empty() ? passCount_ : 0); }
+    std::size_t RecordedCount() const { return commands_.size() + items_.size() + (waiting_.empty() ? passCount_ : 0); }
 
     /// Draws everything recorded but what waits to be sorted.
     void DrawRecorded();
@@ -55,11 +55,11 @@ private:
     {
         enum class Kind : std::uint8_t
         {
-            Item,
+            Items,
             Clear,
-            Waiting, ///< waiting items from `first` on
+            Waiting, ///< of the waiting items
         };
-        Kind kind = Kind::Item;
+        Kind kind = Kind::Items;
         std::uint32_t first = 0;
         std::uint32_t count = 0;
         ClearParts parts;
@@ -99,6 +99,9 @@ private:
     void RunBatch(bool isLast);
     void RequireRoom() const;
     void PlaceAndLight(bool alone);
+    void RunTask(const VertexTask& task);
+    void RunWhole(std::uint32_t part);
+    void AnnounceMesh(std::uint32_t part, std::uint32_t end) const;
     void SortWaiting(bool alone);
     void DrawUnits(bool alone, bool isLast);
     std::size_t SetUpRound(std::size_t first, std::size_t count, bool alone);

@@ -16,19 +16,33 @@ namespace
 constexpr std::uint32_t VerticesPerTask = 2048;
 constexpr std::uint32_t FewestPrimitives = 256; ///< in a work unit
 
-bool IsTextured(const DrawItem& item, const DrawMesh::Group& group)
+bool IsTextured(const RecordedItem& item, const MeshFacts::GroupFacts& group)
 {
-    return item.fill == FillStyle::Solid && IsUsable(group.texture.get());
+    return item.fill == FillStyle::Solid && group.texture != nullptr;
 }
 
-bool IsTranslucent(const DrawItem& item, const DrawMesh::Group& group)
+bool IsTextureTranslucent(const RecordedItem& item, const MeshFacts::GroupFacts& group)
 {
-    return group.translucent || (IsTextured(item, group) && group.texture->hasTranslucency);
+    return IsTextured(item, group) && group.texture->hasTranslucency;
 }
 
-bool LightsFaces(const DrawItem& item)
+bool IsTranslucent(const RecordedItem& item, const MeshFacts::GroupFacts& group)
 {
-    return !item.gouraud && item.fill != FillStyle::Points;
+    return group.isTranslucent || IsTextureTranslucent(item, group);
+}
+
+bool LightsFaces(const RecordedItem& item)
+{
+    return !item.isGouraud && item.fill != FillStyle::Points;
+}
+
+/// Whether there is something to draw of a group: what waits is not drawn at once.
+bool IsDrawn(const RecordedItem& item, const MeshFacts::GroupFacts& group, const Pass& pass, Share share)
+{
+    if (share == Share::Waiting)
+        return IsTranslucent(item, group);
+    const bool waits = pass.state.transparency == Transparency::Sorted && item.fill == FillStyle::Solid;
+    return !(waits && (IsTextureTranslucent(item, group) || group.isAllTranslucent));
 }
 
 Surface SurfaceOf(TextureFilter filter)
@@ -66,45 +80,78 @@ Matrix4 UnitSized(Matrix4 matrix)
     return matrix;
 }
 
-Blending BlendingOf(const DrawItem& item, const DrawMesh::Group& group, Transparency transparency, Share share)
+Blending BlendingOf(const StateKey& key)
 {
-    if (!IsTranslucent(item, group))
+    const Transparency transparency = key.pass->state.transparency;
+    if (!key.isTranslucent)
         return Blending::Opaque;
     if (transparency == Transparency::Stippled)
         return Blending::Stippled;
-    if (share == Share::Waiting)
+    if (key.waits)
         return Blending::Veiled;
     // In sorted mode what is drawn at once is opaque, but for lines and points, which do not wait.
-    const bool isSorted = transparency == Transparency::Sorted && item.fill == FillStyle::Solid;
+    const bool isSorted = transparency == Transparency::Sorted && key.fill == FillStyle::Solid;
     return isSorted ? Blending::Opaque : Blending::Blended;
 }
 
 } // namespace
 
-bool MayBeSeen(const DrawItem& item, const Pass& pass)
+Matrix4 NormalsOf(const Matrix4& world)
 {
-    const Box& bounds = item.mesh->bounds;
-    if (bounds.IsEmpty())
-        return true;
-    const Matrix4 toClip = item.world * pass.worldToClip;
-    int outside[6] = {};
-    for (int corner = 0; corner < 8; ++corner)
-    {
-        const Vector v = bounds.Corner(corner);
-        const Double4 p = Transform(Double4{v.x, v.y, v.z, 1}, toClip);
-        const double slack = 1e-6 * (std::abs(p.x) + std::abs(p.y) + std::abs(p.z) + std::abs(p.w));
-        const double distance[6] = {p.w + p.x, p.w - p.x, p.w + p.y, p.w - p.y, p.z, p.w - p.z};
-        for (int plane = 0; plane < 6; ++plane)
-            outside[plane] += distance[plane] < -slack ? 1 : 0;
-    }
-    return std::ranges::none_of(outside, [](int corners) { return corners == 8; });
+    return UnitSized(NormalMatrix(world));
 }
 
-bool HasWaiting(const DrawItem& item, const Pass& pass)
+void Part::Prepare()
+{
+    toClip = *world * pass->worldToClip;
+    const Matrix4& toCamera = pass->state.worldToCamera;
+    for (int row = 0; row < 4; ++row)
+        toDepth[row] = world->m[row][0] * toCamera.m[0][2] + world->m[row][1] * toCamera.m[1][2] +
+                       world->m[row][2] * toCamera.m[2][2] + world->m[row][3] * toCamera.m[3][2];
+}
+
+bool MayBeSeen(const Matrix4& world, const Box& bounds, const Pass& pass)
+{
+    if (bounds.IsEmpty())
+        return true;
+    const Matrix4 toClip = world * pass.worldToClip;
+    const Double3 low{bounds.minimum};
+    const Double3 high{bounds.maximum};
+    const Double3 half = (high - low) * 0.5;
+    const Double3 middle = (high + low) * 0.5;
+    const double halves[3] = {half.x, half.y, half.z};
+    const Double4 centre = Transform(Double4{middle.x, middle.y, middle.z, 1}, toClip);
+    const double at[4] = {centre.x, centre.y, centre.z, centre.w};
+    // How far the box reaches from its centre: along x, y and z, and against the planes w + x, w - x, w + y, w - y, w -
+    // z.
+    double reach[4] = {};
+    double plus[3] = {};
+    double minus[3] = {};
+    for (int axis = 0; axis < 3; ++axis)
+    {
+        const auto& row = toClip.m[axis];
+        for (int i = 0; i < 4; ++i)
+            reach[i] += halves[axis] * std::abs(row[i]);
+        for (int i = 0; i < 3; ++i)
+        {
+            plus[i] += halves[axis] * std::abs(row[3] + row[i]);
+            minus[i] += halves[axis] * std::abs(row[3] - row[i]);
+        }
+    }
+    double size = 0;
+    for (int i = 0; i < 4; ++i)
+        size += std::abs(at[i]) + reach[i];
+    const double slack = -1e-6 * size;
+    bool isOutside = at[2] + reach[2] < slack || at[3] - at[2] + minus[2] < slack;
+    for (int i = 0; i < 2; ++i)
+        isOutside = isOutside || at[3] + at[i] + plus[i] < slack || at[3] - at[i] + minus[i] < slack;
+    return !isOutside;
+}
+
+bool HasWaiting(const RecordedItem& item, const Pass& pass)
 {
     return pass.state.transparency == Transparency::Sorted && item.fill == FillStyle::Solid &&
-           std::ranges::any_of(item.mesh->groups,
-                               [&](const DrawMesh::Group& group) { return IsTranslucent(item, group); });
+           item.facts->hasTranslucency;
 }
 
 void Planner::Start(const PixelRect& target, const Kernels& kernels)
@@ -123,7 +170,12 @@ void Planner::Start(const PixelRect& target, const Kernels& kernels)
     batch_.tileCount = static_cast<std::uint32_t>(batch_.tilesPerRow) *
                        static_cast<std::uint32_t>((target.Height() + TileSize - 1) >> TileShift);
     batch_.kernels = &kernels;
-    whole_.clear();
+    keys_.clear();
+    recentStates_.fill(0);
+    lastImage_ = nullptr;
+    atOnce_.clear();
+    waiting_.clear();
+    roomForParts_ = 0;
     vertexCount_ = faceCount_ = facingCount_ = waitingCount_ = 0;
     largestPointMesh_ = 0;
     needsCoordinates_ = needsHighlights_ = false;
@@ -138,130 +190,186 @@ void Planner::AddClear(ClearParts parts, const PixelRect& area, std::uint32_t co
     state.clear = parts;
     state.clearColor = color;
     batch_.states.push_back(state);
+    keys_.emplace_back();
+    if (area.IsEmpty())
+        return;
+    atOnce_.push_back({static_cast<std::uint32_t>(batch_.states.size() - 1), 0, 0, 1});
+    ++primitiveCount_;
 }
 
-std::uint32_t Planner::AddItem(const RecordedItem& recorded, const Pass& pass, Share share, std::uint32_t firstGroup)
+std::uint32_t Planner::AddItem(const RecordedItem& item, const Pass& pass, Share share, std::uint32_t firstGroup)
 {
-    const DrawItem& item = recorded.item;
-    const std::vector<DrawMesh::Group>& groups = item.mesh->groups;
-    const auto isDrawn = [&](const DrawMesh::Group& group)
-    {
-        const bool waits = pass.state.transparency == Transparency::Sorted && item.fill == FillStyle::Solid;
-        const bool isTextureTranslucent = IsTextured(item, group) && group.texture->hasTranslucency;
-        if (share == Share::Waiting)
-            return IsTranslucent(item, group);
-        const std::size_t number = static_cast<std::size_t>(&group - groups.data());
-        return !(waits && (isTextureTranslucent || recorded.facts->groups[number].isAllTranslucent));
-    };
-    const bool isWhole = recorded.facts->hasOneMaterial &&
-                         std::ranges::all_of(groups, [&](const DrawMesh::Group& group)
-                                             { return IsTextured(item, group) == IsTextured(item, groups.front()); });
+    const MeshFacts& facts = *item.facts;
+    const bool isWhole = facts.hasOneMaterial && (facts.areAllTextured || item.fill != FillStyle::Solid);
     std::uint32_t part = 0;
     bool hasPart = false;
-    const auto count = static_cast<std::uint32_t>(groups.size());
+    const auto count = static_cast<std::uint32_t>(facts.groups.size());
     for (std::uint32_t i = firstGroup; i < count; ++i)
     {
-        if (!isDrawn(groups[i]))
+        const MeshFacts::GroupFacts& group = facts.groups[i];
+        if (!IsDrawn(item, group, pass, share))
             continue;
         const bool needsPart = !hasPart || !isWhole;
         if (needsPart && share == Share::AtOnce && IsFull())
             return i;
         if (needsPart)
-            part = AddPart(recorded, pass, i, isWhole);
+            part = AddPart(item, pass, group, isWhole);
         hasPart = true;
-        AddState(recorded, pass, i, part, IsTextured(item, groups[i]) ? textures_.Find(*groups[i].texture) : nullptr,
-                 share);
+        AddSegment(item, pass, group, part, share);
     }
     return count;
 }
 
-std::uint32_t Planner::AddPart(const RecordedItem& recorded, const Pass& pass, std::uint32_t group, bool isWhole)
+std::uint32_t Planner::AddPart(const RecordedItem& item, const Pass& pass, const MeshFacts::GroupFacts& group,
+                               bool isWhole)
 {
-    const DrawItem& item = recorded.item;
-    const DrawMesh& mesh = *item.mesh;
-    const MeshFacts::Range vertices =
-        isWhole ? MeshFacts::Range{0, mesh.VertexCount()} : recorded.facts->groups[group].vertices;
-    const MeshFacts::Range faces = isWhole ? MeshFacts::Range{0, static_cast<std::uint32_t>(mesh.faceNormalX.size())}
-                                           : recorded.facts->groups[group].faces;
-    Part part;
-    part.item = &item;
-    part.pass = &pass;
-    part.toClip = item.world * pass.worldToClip;
-    part.toCamera = item.world * pass.state.worldToCamera;
-    part.normals = UnitSized(NormalMatrix(item.world));
-    part.material = mesh.groups[group].material;
-    part.splitsHighlight = IsTextured(item, mesh.groups[group]);
-    part.needsCoordinates = part.splitsHighlight || pass.state.fog.mode != FogMode::None;
-    part.vertexBase = static_cast<std::uint32_t>(vertexCount_) - vertices.first;
-    part.faceVertices = recorded.facts->faceVertices.data();
+    const MeshFacts& facts = *item.facts;
     const auto number = static_cast<std::uint32_t>(batch_.parts.size());
-    AddTasks(LightsFaces(item) ? VertexTask::Kind::Place : VertexTask::Kind::PlaceAndLight, number, vertices.first,
-             vertices.count);
-    vertexCount_ += vertices.count;
-    if (LightsFaces(item))
+    Part& part = batch_.parts.emplace_back();
+    part.mesh = item.mesh;
+    part.world = &item.world;
+    part.pass = &pass;
+    part.material = group.material;
+    part.isLit = item.isLit;
+    part.lightsFaces = LightsFaces(item);
+    part.splitsHighlight = IsTextured(item, group);
+    part.needsCoordinates = part.splitsHighlight || pass.state.fog.mode != FogMode::None;
+    part.faceVertices = facts.faceVertices.data();
+    part.vertices = isWhole ? Range{0, facts.vertexCount} : group.vertices;
+    part.vertexBase = static_cast<std::uint32_t>(vertexCount_) - part.vertices.first;
+    vertexCount_ += part.vertices.count;
+    if (part.lightsFaces)
     {
-        part.faceBase = static_cast<std::uint32_t>(faceCount_) - faces.first;
-        AddTasks(VertexTask::Kind::LightFaces, number, faces.first, faces.count);
-        faceCount_ += faces.count;
+        part.faces = isWhole ? Range{0, facts.faceCount} : group.faces;
+        part.faceBase = static_cast<std::uint32_t>(faceCount_) - part.faces.first;
+        faceCount_ += part.faces.count;
     }
     if (item.fill != FillStyle::Solid && pass.state.cull != CullMode::None)
     {
-        const bool isFound = !batch_.parts.empty() && batch_.parts.back().item == &item; // for the item's other parts
-        part.facingBase = isFound ? batch_.parts.back().facingBase : static_cast<std::uint32_t>(facingCount_);
+        const bool isFound = number != 0 && batch_.parts[number - 1].world == part.world; // for the item's other parts
+        part.facingBase = isFound ? batch_.parts[number - 1].facingBase : static_cast<std::uint32_t>(facingCount_);
         if (!isFound)
         {
-            part.planes = recorded.facts->PlanesOf(mesh);
-            AddTasks(VertexTask::Kind::FindFacing, number, 0, mesh.TriangleCount());
-            facingCount_ += mesh.TriangleCount();
+            part.planes = facts.PlanesOf(*item.mesh);
+            part.triangles = {0, facts.triangleCount};
+            facingCount_ += facts.triangleCount;
         }
     }
     needsCoordinates_ = needsCoordinates_ || part.needsCoordinates;
     needsHighlights_ = needsHighlights_ || part.splitsHighlight;
-    batch_.parts.push_back(part);
+    AddTasks(part, number);
     return number;
 }
 
-void Planner::AddTasks(VertexTask::Kind kind, std::uint32_t part, std::uint32_t first, std::uint32_t count)
+/// Many small parts make one task, a large one several.
+void Planner::AddTasks(Part& part, std::uint32_t number)
 {
-    for (std::uint32_t done = 0; done < count; done += VerticesPerTask)
-        batch_.vertexTasks.push_back({kind, part, first + done, std::min(VerticesPerTask, count - done)});
+    constexpr std::uint32_t MostOfOne = 0x10000000; // keeps the sum within 32 bits
+    const std::uint32_t size = 16 + std::min(part.vertices.count, MostOfOne) + std::min(part.faces.count, MostOfOne) +
+                               std::min(part.triangles.count, MostOfOne);
+    if (size > VerticesPerTask)
+    {
+        part.Prepare();
+        using enum VertexTask::Kind;
+        AddTasks(part.lightsFaces ? Place : PlaceAndLight, number, part.vertices);
+        AddTasks(LightFaces, number, part.faces);
+        AddTasks(FindFacing, number, part.triangles);
+        roomForParts_ = 0;
+        return;
+    }
+    if (size > roomForParts_)
+    {
+        batch_.vertexTasks.push_back({VertexTask::Kind::WholeParts, number, {0, 0}});
+        roomForParts_ = VerticesPerTask;
+    }
+    ++batch_.vertexTasks.back().range.count;
+    roomForParts_ -= size;
 }
 
-void Planner::AddState(const RecordedItem& recorded, const Pass& pass, std::uint32_t group, std::uint32_t part,
-                       const MipChain* texture, Share share)
+void Planner::AddTasks(VertexTask::Kind kind, std::uint32_t part, const Range& range)
 {
-    const DrawItem& item = recorded.item;
-    const DrawMesh::Group& of = item.mesh->groups[group];
+    for (std::uint32_t done = 0; done < range.count; done += VerticesPerTask)
+        batch_.vertexTasks.push_back({kind, part, {range.first + done, std::min(VerticesPerTask, range.count - done)}});
+}
+
+void Planner::AddSegment(const RecordedItem& item, const Pass& pass, const MeshFacts::GroupFacts& group,
+                         std::uint32_t part, Share share)
+{
+    StateKey key;
+    key.pass = &pass;
+    key.texture = IsTextured(item, group) ? ChainOf(*group.texture) : nullptr;
+    key.fill = item.fill;
+    key.isFlat = LightsFaces(item);
+    key.isTranslucent = IsTranslucent(item, group);
+    key.isTextureTranslucent = IsTextureTranslucent(item, group);
+    key.isAllTranslucent = group.isAllTranslucent;
+    key.waits = share == Share::Waiting;
+    key.hasHighlight = key.texture != nullptr && group.material->power > 0 && item.isLit;
+    const std::uint32_t state = StateOf(key);
+    const Range& range = item.fill == FillStyle::Wireframe ? group.edges : group.triangles;
+    if (range.count == 0 || batch_.states[state].area.IsEmpty())
+        return;
+    (key.waits ? waiting_ : atOnce_).push_back({state, part, range.first, range.count});
+    primitiveCount_ += range.count;
+    waitingCount_ += key.waits ? range.count : 0;
+    if (item.fill == FillStyle::Points)
+        largestPointMesh_ = std::max(largestPointMesh_, item.facts->vertexCount);
+}
+
+const MipChain* Planner::ChainOf(const TextureImage& image)
+{
+    if (&image != lastImage_)
+        lastChain_ = textures_.Find(image);
+    lastImage_ = &image;
+    return lastChain_;
+}
+
+/// The state of this key: one there is, if it is among those met lately, or a new one.
+std::uint32_t Planner::StateOf(const StateKey& key)
+{
+    const std::uint64_t flags = static_cast<std::uint64_t>(key.fill) | std::uint64_t{key.isFlat} << 2 |
+                                std::uint64_t{key.isTranslucent} << 3 | std::uint64_t{key.isTextureTranslucent} << 4 |
+                                std::uint64_t{key.isAllTranslucent} << 5 | std::uint64_t{key.waits} << 6 |
+                                std::uint64_t{key.hasHighlight} << 7;
+    const std::uint64_t mixed =
+        (reinterpret_cast<std::uintptr_t>(key.texture) ^ reinterpret_cast<std::uintptr_t>(key.pass) ^ flags << 48) *
+        0x9E3779B97F4A7C15U;
+    std::uint32_t& recent = recentStates_[mixed >> (64 - RecentBits)];
+    if (recent >= keys_.size() || keys_[recent] != key)
+    {
+        recent = static_cast<std::uint32_t>(batch_.states.size());
+        AddState(key);
+    }
+    return recent;
+}
+
+void Planner::AddState(const StateKey& key)
+{
+    const PassState& pass = key.pass->state;
     DrawState state;
-    state.primitive = item.fill == FillStyle::Solid       ? Primitive::Triangles
-                      : item.fill == FillStyle::Wireframe ? Primitive::Lines
-                                                          : Primitive::Points;
-    state.surface = texture != nullptr ? SurfaceOf(pass.state.filter) : Surface::Plain;
-    state.blending = BlendingOf(item, of, pass.state.transparency, share);
-    state.isFlat = LightsFaces(item);
-    state.fog = pass.state.fog;
-    state.isTextureTranslucent = texture != nullptr && of.texture->hasTranslucency;
-    state.sortsTranslucent = share == Share::AtOnce && state.primitive == Primitive::Triangles &&
-                             pass.state.transparency == Transparency::Sorted && IsTranslucent(item, of);
-    state.waits = share == Share::Waiting;
-    state.isAllTranslucent = recorded.facts->groups[group].isAllTranslucent;
-    state.area = state.primitive == Primitive::Triangles ? pass.area : Intersection(pass.state.scissor, batch_.target);
-    state.part = part;
-    state.group = group;
-    state.cull = pass.state.cull;
-    state.texture = texture;
-    state.hasHighlight = texture != nullptr && of.material.power > 0 && item.lit;
+    state.primitive = key.fill == FillStyle::Solid       ? Primitive::Triangles
+                      : key.fill == FillStyle::Wireframe ? Primitive::Lines
+                                                         : Primitive::Points;
+    state.surface = key.texture != nullptr ? SurfaceOf(pass.filter) : Surface::Plain;
+    state.blending = BlendingOf(key);
+    state.isFlat = key.isFlat;
+    state.fog = pass.fog;
+    state.isTextureTranslucent = key.isTextureTranslucent;
+    state.sortsTranslucent = !key.waits && state.primitive == Primitive::Triangles &&
+                             pass.transparency == Transparency::Sorted && key.isTranslucent;
+    state.waits = key.waits;
+    state.isAllTranslucent = key.isAllTranslucent;
+    state.area = state.primitive == Primitive::Triangles ? key.pass->area : Intersection(pass.scissor, batch_.target);
+    state.cull = pass.cull;
+    state.texture = key.texture;
+    state.hasHighlight = key.hasHighlight;
     const int fog = state.fog.mode == FogMode::None ? 0 : 1;
     const int blending = static_cast<int>(state.blending);
     state.drawRun = state.primitive == Primitive::Triangles
                         ? batch_.kernels->drawTriangles[static_cast<int>(state.surface)][blending][fog]
                         : batch_.kernels->drawLines[blending][fog];
     batch_.states.push_back(state);
-    const std::uint32_t primitives = WholeSegment(static_cast<std::uint32_t>(batch_.states.size() - 1)).count;
-    primitiveCount_ += primitives;
-    waitingCount_ += state.waits ? primitives : 0;
-    if (state.primitive == Primitive::Points)
-        largestPointMesh_ = std::max(largestPointMesh_, item.mesh->VertexCount());
+    keys_.push_back(key);
 }
 
 WorkCounts Planner::Counts() const
@@ -273,7 +381,7 @@ WorkCounts Planner::Counts() const
     counts.points = batch_.pointVertices.Size();
     counts.meshVertices = largestPointMesh_;
     counts.waiting = waitingCount_;
-    counts.states = batch_.states.size();
+    counts.states = batch_.states.size() + batch_.parts.size();
     counts.units = batch_.units.size() + batch_.waitingUnits.size() + batch_.vertexTasks.size();
     return counts;
 }
@@ -283,7 +391,7 @@ std::size_t Planner::HeldBytes() const
     const auto heldBy = [](const auto&... lists)
     { return (... + (lists.capacity() * sizeof(typename std::decay_t<decltype(lists)>::value_type))); };
     return heldBy(batch_.parts, batch_.states, batch_.segments, batch_.units, batch_.vertexTasks, batch_.waitingUnits,
-                  whole_) +
+                  keys_, atOnce_, waiting_) +
            batch_.vertices.HeldBytes() + batch_.faces.HeldBytes() + batch_.isCulled.CapacityInBytes() +
            batch_.pointVertices.CapacityInBytes() + batch_.sorted.CapacityInBytes() + batch_.order.CapacityInBytes() +
            isTaken_.CapacityInBytes();
@@ -300,23 +408,10 @@ void Planner::ReserveVertices()
     batch_.isCulled.Renew(facingCount_);
 }
 
-Segment Planner::WholeSegment(std::uint32_t number) const
-{
-    const DrawState& state = batch_.states[number];
-    if (state.primitive == Primitive::Clear)
-        return {number, 0, state.area.IsEmpty() ? 0U : 1U};
-    if (state.area.IsEmpty())
-        return {number, 0, 0};
-    const DrawMesh::Group& group = batch_.parts[state.part].item->mesh->groups[state.group];
-    if (state.primitive == Primitive::Lines)
-        return {number, group.firstEdge, group.edgeCount};
-    return {number, group.firstTriangle, group.triangleCount};
-}
-
 void Planner::CollectPoints(const DrawState& state, Segment& segment)
 {
-    const Part& part = batch_.parts[state.part];
-    const DrawMesh& mesh = *part.item->mesh;
+    const Part& part = batch_.parts[segment.part];
+    const DrawMesh& mesh = *part.mesh;
     isTaken_.Renew(mesh.VertexCount());
     std::fill_n(isTaken_.Data(), isTaken_.Size(), std::uint8_t{0});
     const std::uint32_t end = segment.first + segment.count;
@@ -339,42 +434,32 @@ void Planner::CollectPoints(const DrawState& state, Segment& segment)
 
 void Planner::PlanUnits(std::uint32_t threads)
 {
-    for (const bool waits : {false, true})
-    {
-        whole_.clear();
-        for (std::uint32_t i = 0; i < batch_.states.size(); ++i)
-        {
-            if (batch_.states[i].waits != waits)
-                continue;
-            Segment segment = WholeSegment(i);
-            if (batch_.states[i].primitive == Primitive::Points)
-                CollectPoints(batch_.states[i], segment);
-            if (segment.count != 0)
-                whole_.push_back(segment);
-        }
-        CutUnits(threads, false, waits ? batch_.waitingUnits : batch_.units);
-    }
+    for (Segment& segment : atOnce_)
+        if (batch_.states[segment.state].primitive == Primitive::Points)
+            CollectPoints(batch_.states[segment.state], segment);
+    CutUnits(atOnce_, threads, false, batch_.units);
+    CutUnits(waiting_, threads, false, batch_.waitingUnits);
 }
 
 void Planner::PlanSortedUnits(std::uint32_t threads)
 {
-    whole_.clear();
-    whole_.push_back({0, 0, static_cast<std::uint32_t>(batch_.order.Size())});
-    CutUnits(threads, true, batch_.units);
+    const Segment all{0, 0, 0, static_cast<std::uint32_t>(batch_.order.Size())};
+    CutUnits({&all, 1}, threads, true, batch_.units);
 }
 
-/// Cuts `whole_` into work units.
-void Planner::CutUnits(std::uint32_t threads, bool isSorted, std::vector<WorkUnit>& units)
+/// Cuts segments into work units.
+void Planner::CutUnits(std::span<const Segment> whole, std::uint32_t threads, bool isSorted,
+                       std::vector<WorkUnit>& units)
 {
     constexpr std::uint64_t UnitsPerThread = 4;
     std::uint64_t total = 0;
-    for (const Segment& segment : whole_)
+    for (const Segment& segment : whole)
         total += segment.count;
     const std::uint64_t fair = total / (UnitsPerThread * threads) + 1;
     const auto size = static_cast<std::uint32_t>(
         std::clamp<std::uint64_t>(threads == 1 ? MostPrimitives : fair, FewestPrimitives, MostPrimitives));
     std::uint32_t room = 0;
-    for (const Segment& segment : whole_)
+    for (const Segment& segment : whole)
         for (std::uint32_t done = 0; done < segment.count;)
         {
             if (room == 0)
@@ -383,7 +468,7 @@ void Planner::CutUnits(std::uint32_t threads, bool isSorted, std::vector<WorkUni
                 room = size;
             }
             const std::uint32_t count = std::min(room, segment.count - done);
-            batch_.segments.push_back({segment.state, segment.first + done, count});
+            batch_.segments.push_back({segment.state, segment.part, segment.first + done, count});
             ++units.back().segmentCount;
             done += count;
             room -= count;

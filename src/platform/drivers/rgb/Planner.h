@@ -9,12 +9,16 @@
 namespace lumora::rgb
 {
 
-/// An item as the driver keeps it.
+/// An item as the driver keeps it; the facts keep the mesh.
 struct RecordedItem
 {
-    DrawItem item;
-    std::uint32_t pass = 0;
+    Matrix4 world;
+    const DrawMesh* mesh = nullptr;
     const MeshFacts* facts = nullptr;
+    std::uint32_t pass = 0;
+    FillStyle fill = FillStyle::Solid;
+    bool isGouraud = true;
+    bool isLit = true;
 };
 
 /// Which of an item's triangles a batch draws.
@@ -24,16 +28,32 @@ enum class Share
     Waiting, ///< only those that are sorted
 };
 
-/// False when nothing of the item can be in sight.
-bool MayBeSeen(const DrawItem& item, const Pass& pass);
+/// What a DrawState follows from.
+struct StateKey
+{
+    const Pass* pass = nullptr;
+    const MipChain* texture = nullptr;
+    FillStyle fill = FillStyle::Solid;
+    bool isFlat = false;
+    bool isTranslucent = false;
+    bool isTextureTranslucent = false;
+    bool isAllTranslucent = false;
+    bool waits = false;
+    bool hasHighlight = false;
+
+    friend bool operator==(const StateKey&, const StateKey&) = default;
+};
+
+/// False when nothing in the box can be in sight.
+bool MayBeSeen(const Matrix4& world, const Box& bounds, const Pass& pass);
 
 /// Whether some triangles of the item have to be sorted.
-bool HasWaiting(const DrawItem& item, const Pass& pass);
+bool HasWaiting(const RecordedItem& item, const Pass& pass);
 
 class Planner
 {
 public:
-    /// A batch with so many groups and clears takes no further items.
+    /// A batch with so many parts and states takes no further items.
     static constexpr std::size_t EnoughStates = std::size_t{1} << 15;
 
     /// A batch that has `enoughVertices` takes no further items.
@@ -46,14 +66,15 @@ public:
     void Start(const PixelRect& target, const Kernels& kernels);
 
     /// Adds the item's groups from `firstGroup` on. Answers the group before which the batch was full, or how many the
-    /// item has: what waits to be sorted goes together, however full the batch is.
-    std::uint32_t AddItem(const RecordedItem& recorded, const Pass& pass, Share share, std::uint32_t firstGroup = 0);
+    /// item has: what waits to be sorted goes together, however full the batch is. The item must stay where it is until
+    /// the batch was drawn.
+    std::uint32_t AddItem(const RecordedItem& item, const Pass& pass, Share share, std::uint32_t firstGroup = 0);
     void AddClear(ClearParts parts, const PixelRect& area, std::uint32_t color);
 
     bool IsFull() const
     {
         return vertexCount_ >= enoughVertices_ || facingCount_ / 16 >= enoughVertices_ ||
-               batch_.states.size() >= EnoughStates;
+               batch_.states.size() + batch_.parts.size() >= EnoughStates;
     }
     bool IsEmpty() const { return batch_.states.empty(); }
 
@@ -76,13 +97,18 @@ public:
     std::uint64_t PrimitiveCount() const { return primitiveCount_; }
 
 private:
-    std::uint32_t AddPart(const RecordedItem& recorded, const Pass& pass, std::uint32_t group, bool isWhole);
-    void AddState(const RecordedItem& recorded, const Pass& pass, std::uint32_t group, std::uint32_t part,
-                  const MipChain* texture, Share share);
-    void AddTasks(VertexTask::Kind kind, std::uint32_t part, std::uint32_t first, std::uint32_t count);
+    static constexpr int RecentBits = 8;
+
+    std::uint32_t AddPart(const RecordedItem& item, const Pass& pass, const MeshFacts::GroupFacts& group, bool isWhole);
+    void AddTasks(Part& part, std::uint32_t number);
+    void AddTasks(VertexTask::Kind kind, std::uint32_t part, const Range& range);
+    void AddSegment(const RecordedItem& item, const Pass& pass, const MeshFacts::GroupFacts& group, std::uint32_t part,
+                    Share share);
+    const MipChain* ChainOf(const TextureImage& image);
+    std::uint32_t StateOf(const StateKey& key);
+    void AddState(const StateKey& key);
     void CollectPoints(const DrawState& state, Segment& segment);
-    void CutUnits(std::uint32_t threads, bool isSorted, std::vector<WorkUnit>& units);
-    Segment WholeSegment(std::uint32_t state) const;
+    void CutUnits(std::span<const Segment> whole, std::uint32_t threads, bool isSorted, std::vector<WorkUnit>& units);
 
     Batch& batch_;
     TextureCache& textures_;
@@ -96,7 +122,13 @@ private:
     bool needsCoordinates_ = false;
     bool needsHighlights_ = false;
     std::uint64_t primitiveCount_ = 0;
-    std::vector<Segment> whole_; ///< before they are cut
+    std::vector<StateKey> keys_;                                 ///< of the batch's states
+    std::array<std::uint32_t, 1U << RecentBits> recentStates_{}; ///< by a key's hash
+    const TextureImage* lastImage_ = nullptr;
+    const MipChain* lastChain_ = nullptr;
+    std::uint32_t roomForParts_ = 0; ///< in the last task
+    std::vector<Segment> atOnce_;    ///< before they are cut
+    std::vector<Segment> waiting_;
     Buffer<std::uint8_t> isTaken_;
 };
 

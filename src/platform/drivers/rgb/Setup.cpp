@@ -42,12 +42,11 @@ std::int64_t Cross(const ScreenPosition& a, const ScreenPosition& b, std::int64_
     return (std::int64_t{b.x} - a.x) * (y - a.y) - (std::int64_t{b.y} - a.y) * (x - a.x);
 }
 
-bool IsTranslucent(const Batch& batch, const DrawState& state, std::uint32_t triangle)
+bool IsTranslucent(const Batch& batch, const DrawState& state, const Part& part, std::uint32_t triangle)
 {
     if (state.isTextureTranslucent || state.isAllTranslucent)
         return true;
-    const Part& part = batch.parts[state.part];
-    const DrawMesh& mesh = *part.item->mesh;
+    const DrawMesh& mesh = *part.mesh;
     if (state.isFlat)
         return batch.faces.colors[mesh.triangleFace[triangle] + part.faceBase].alpha < 1;
     const std::uint32_t* indices = mesh.indices.data() + 3 * std::size_t{triangle};
@@ -68,6 +67,7 @@ public:
     std::uint32_t Run(const Segment& segment)
     {
         state_ = segment.state;
+        part_ = segment.part;
         switch (State().primitive)
         {
         case Primitive::Clear:
@@ -91,6 +91,7 @@ public:
         {
             const SortedTriangle& sorted = batch_.sorted[batch_.order[segment.first + done].number];
             state_ = sorted.state;
+            part_ = sorted.part;
             AddSurvivor(sorted.vertex, sorted.triangle, sorted.tiles);
         }
         return done;
@@ -100,8 +101,8 @@ private:
     static constexpr auto Unfinished = static_cast<std::uint32_t>(TriangleSurvivors::Unfinished);
 
     const DrawState& State() const { return batch_.states[state_]; }
-    const Part& CurrentPart() const { return batch_.parts[State().part]; }
-    const DrawMesh& Mesh() const { return *CurrentPart().item->mesh; }
+    const Part& CurrentPart() const { return batch_.parts[part_]; }
+    const DrawMesh& Mesh() const { return *CurrentPart().mesh; }
 
     void AddClear()
     {
@@ -151,7 +152,7 @@ private:
                 continue;
             }
             const std::uint32_t triangle = firstTriangle + static_cast<std::uint32_t>(survivors_.triangle[i]);
-            if (!State().sortsTranslucent || !IsTranslucent(batch_, State(), triangle))
+            if (!State().sortsTranslucent || !IsTranslucent(batch_, State(), CurrentPart(), triangle))
                 AddSurvivor(survivors_.Corners(i).data(), triangle, tiles);
             if (IsFull())
                 return i + 1;
@@ -446,6 +447,7 @@ private:
     std::size_t mostPairs_;
     Bins& bins_;
     std::uint32_t state_ = 0;
+    std::uint32_t part_ = 0;
     TriangleSurvivors survivors_;
     LineSurvivors lines_;
 };
@@ -460,7 +462,7 @@ std::uint32_t DescendingKey(float value)
 /// A triangle's mean camera-space z, times three.
 double DepthSum(const Part& part, const std::uint32_t* indices)
 {
-    const DrawMesh& mesh = *part.item->mesh;
+    const DrawMesh& mesh = *part.mesh;
     double x = 0;
     double y = 0;
     double z = 0;
@@ -470,15 +472,14 @@ double DepthSum(const Part& part, const std::uint32_t* indices)
         y += mesh.y[indices[corner]];
         z += mesh.z[indices[corner]];
     }
-    const Matrix4& m = part.toCamera;
-    return x * m.m[0][2] + y * m.m[1][2] + z * m.m[2][2] + 3 * m.m[3][2];
+    return x * part.toDepth[0] + y * part.toDepth[1] + z * part.toDepth[2] + 3 * part.toDepth[3];
 }
 
 void CollectSorted(const Batch& batch, const Segment& segment, CollectedTriangles& collected)
 {
     const DrawState& state = batch.states[segment.state];
-    const Part& part = batch.parts[state.part];
-    const std::uint32_t* indices = part.item->mesh->indices.data();
+    const Part& part = batch.parts[segment.part];
+    const std::uint32_t* indices = part.mesh->indices.data();
     TriangleSurvivors survivors;
     for (std::uint32_t done = 0; done < segment.count; done += TriangleSurvivors::Capacity)
     {
@@ -491,7 +492,7 @@ void CollectSorted(const Batch& batch, const Segment& segment, CollectedTriangle
         {
             const std::uint32_t triangle = first + static_cast<std::uint32_t>(survivors.triangle[i]);
             const auto depth = static_cast<float>(DepthSum(part, indices + 3 * std::size_t{triangle}) / 3);
-            if (!std::isfinite(depth) || !IsTranslucent(batch, state, triangle))
+            if (!std::isfinite(depth) || !IsTranslucent(batch, state, part, triangle))
                 continue;
             const std::array<std::uint32_t, 3> corners = survivors.Corners(i);
             const std::uint32_t key = DescendingKey(depth);
@@ -499,6 +500,7 @@ void CollectSorted(const Batch& batch, const Segment& segment, CollectedTriangle
             collected.greatestKey = std::max(collected.greatestKey, key);
             collected.triangles.AppendReserved({{corners[0], corners[1], corners[2]},
                                                 segment.state,
+                                                segment.part,
                                                 triangle,
                                                 static_cast<std::uint32_t>(survivors.tiles[i]),
                                                 key});

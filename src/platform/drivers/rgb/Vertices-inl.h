@@ -19,6 +19,14 @@ LANES_INLINE Ints LoadSome(const std::uint32_t* from, std::uint32_t count)
     return Load(padded);
 }
 
+/// Where the vector begins that does number `i` of `count` and those after it: the last one is a whole one, too, and
+/// does some a second time, where there are enough.
+LANES_INLINE std::uint32_t VectorStart(std::uint32_t i, std::uint32_t count)
+{
+    constexpr auto Lanes = static_cast<std::uint32_t>(LaneCount);
+    return count - i >= Lanes || count < Lanes ? i : count - Lanes;
+}
+
 /// Interleaves up to LaneCount blocks of four.
 template<typename Block>
 LANES_INLINE void StoreBlocks(Floats a, Floats b, Floats c, Floats d, Block* to, std::uint32_t count)
@@ -59,10 +67,14 @@ LANES_INLINE Floats DirectionColumn(const MatrixLanes& matrix, int column, const
 
 void PlaceVertices(const Part& part, std::uint32_t first, std::uint32_t count, std::uint32_t to, VertexBlocks& blocks)
 {
-    const DrawMesh& mesh = *part.item->mesh;
+    const DrawMesh& mesh = *part.mesh;
     const PassState& pass = part.pass->state;
     const MatrixLanes toClip{part.toClip};
-    const MatrixLanes toCamera{part.toCamera};
+    const auto depthOf = [&](const Triple& p)
+    {
+        const auto factor = [&](int row) { return Splat(static_cast<float>(part.toDepth[row])); };
+        return p.x * factor(0) + p.y * factor(1) + p.z * factor(2) + factor(3);
+    };
     const Floats scaleX = Splat(static_cast<float>(pass.halfWidth * SubPixels));
     const Floats scaleY = Splat(static_cast<float>(-pass.halfHeight * SubPixels));
     const Floats centreX = Splat(static_cast<float>(pass.centreX * SubPixels + 0.5));
@@ -74,8 +86,9 @@ void PlaceVertices(const Part& part, std::uint32_t first, std::uint32_t count, s
         part.needsCoordinates && mesh.u.size() >= mesh.x.size() && !mesh.u.empty() && mesh.v.size() >= mesh.x.size();
     for (std::uint32_t i = 0; i < count; i += LaneCount)
     {
-        const std::uint32_t v = first + i;
-        const std::uint32_t left = count - i;
+        const std::uint32_t at = VectorStart(i, count);
+        const std::uint32_t v = first + at;
+        const std::uint32_t left = count - at;
         const Triple p{LoadSome(&mesh.x[v], left), LoadSome(&mesh.y[v], left), LoadSome(&mesh.z[v], left)};
         const Floats w = PointColumn(toClip, 3, p);
         const Floats clipZ = PointColumn(toClip, 2, p);
@@ -89,12 +102,12 @@ void PlaceVertices(const Part& part, std::uint32_t first, std::uint32_t count, s
         const Ints snappedX = Choose(placed, Truncated(RoundedDown(Choose(placed, x, zero))), Splat(NotPlaced));
         const Ints snappedY = Truncated(RoundedDown(Choose(placed, y, zero)));
         StoreBlocks(FloatsOfBits(snappedX), FloatsOfBits(snappedY), Clamped01(clipZ * inverseW), inverseW,
-                    blocks.positions.Data() + to + i, left);
+                    blocks.positions.Data() + to + at, left);
         if (!part.needsCoordinates)
             continue;
         StoreBlocks(hasCoordinates ? LoadSome(&mesh.u[v], left) : zero,
-                    hasCoordinates ? LoadSome(&mesh.v[v], left) : zero, PointColumn(toCamera, 2, p), zero,
-                    blocks.coordinates.Data() + to + i, left);
+                    hasCoordinates ? LoadSome(&mesh.v[v], left) : zero, depthOf(p), zero,
+                    blocks.coordinates.Data() + to + at, left);
     }
 }
 
@@ -163,7 +176,7 @@ struct LightingJob
     bool eyeIsNear;
 
     explicit LightingJob(const Part& lit)
-        : part(lit), toWorld(lit.item->world), normals(lit.normals),
+        : part(lit), toWorld(*lit.world), normals(lit.isLit ? NormalsOf(*lit.world) : Matrix4{}),
           eyeIsNear(lit.pass->state.viewDependentSpecular && !lit.pass->state.orthographic)
     {
         const Vector from = lit.pass->state.eye.ToVector();
@@ -182,7 +195,7 @@ LANES_INLINE void LightPoints(const LightingJob& job, const Triple& meshPosition
     const Floats zero = Splat(0.0F);
     Triple diffuse = color;
     Triple highlight{zero, zero, zero};
-    if (job.part.item->lit)
+    if (job.part.isLit)
     {
         const Triple position{PointColumn(job.toWorld, 0, meshPosition), PointColumn(job.toWorld, 1, meshPosition),
                               PointColumn(job.toWorld, 2, meshPosition)};
@@ -192,8 +205,8 @@ LANES_INLINE void LightPoints(const LightingJob& job, const Triple& meshPosition
         const Triple toEye = job.eyeIsNear ? Normalized(SplatTriple(job.eye) - position) : SplatTriple(job.againstView);
         Received received{{zero, zero, zero}, {zero, zero, zero}};
         for (const LightValues& light : job.part.pass->lights)
-            ReceiveLight(light, position, normal, toEye, job.part.material.power, received);
-        const SurfaceMaterial& m = job.part.material;
+            ReceiveLight(light, position, normal, toEye, job.part.material->power, received);
+        const SurfaceMaterial& m = *job.part.material;
         diffuse = {Clamped01(Splat(m.emissive.x) + color.x * received.diffuse.x),
                    Clamped01(Splat(m.emissive.y) + color.y * received.diffuse.y),
                    Clamped01(Splat(m.emissive.z) + color.z * received.diffuse.z)};
@@ -211,32 +224,34 @@ LANES_INLINE void LightPoints(const LightingJob& job, const Triple& meshPosition
 
 void LightVertices(const Part& part, std::uint32_t first, std::uint32_t count, std::uint32_t to, VertexBlocks& blocks)
 {
-    const DrawMesh& mesh = *part.item->mesh;
+    const DrawMesh& mesh = *part.mesh;
     const LightingJob job{part};
     for (std::uint32_t i = 0; i < count; i += LaneCount)
     {
-        const std::uint32_t v = first + i;
-        const std::uint32_t left = count - i;
+        const std::uint32_t at = VectorStart(i, count);
+        const std::uint32_t v = first + at;
+        const std::uint32_t left = count - at;
         LightPoints(
             job, {LoadSome(&mesh.x[v], left), LoadSome(&mesh.y[v], left), LoadSome(&mesh.z[v], left)},
             {LoadSome(&mesh.normalX[v], left), LoadSome(&mesh.normalY[v], left), LoadSome(&mesh.normalZ[v], left)},
-            LoadSome(&mesh.color[v], left), blocks, to + i, left);
+            LoadSome(&mesh.color[v], left), blocks, to + at, left);
     }
 }
 
 /// Faces at their first vertex with their own normal.
 void LightFaces(const Part& part, std::uint32_t first, std::uint32_t count, std::uint32_t to, VertexBlocks& blocks)
 {
-    const DrawMesh& mesh = *part.item->mesh;
+    const DrawMesh& mesh = *part.mesh;
     const LightingJob job{part};
     for (std::uint32_t i = 0; i < count; i += LaneCount)
     {
-        const std::uint32_t face = first + i;
-        const std::uint32_t left = count - i;
+        const std::uint32_t at = VectorStart(i, count);
+        const std::uint32_t face = first + at;
+        const std::uint32_t left = count - at;
         const Ints vertex = LoadSome(part.faceVertices + face, left); // a lane without a face reads vertex 0
         LightPoints(job, {Gather(mesh.x.data(), vertex), Gather(mesh.y.data(), vertex), Gather(mesh.z.data(), vertex)},
                     {LoadSome(&mesh.faceNormalX[face], left), LoadSome(&mesh.faceNormalY[face], left),
                      LoadSome(&mesh.faceNormalZ[face], left)},
-                    Gather(mesh.color.data(), vertex), blocks, to + i, left);
+                    Gather(mesh.color.data(), vertex), blocks, to + at, left);
     }
 }
