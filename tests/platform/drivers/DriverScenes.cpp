@@ -370,6 +370,51 @@ std::vector<ScenePass> DenseScan()
     return With(pass, {Item(Sphere(1.5F, 250, 350, 0xFF90C0A0, Shiny(12)))});
 }
 
+/// Two triangles, one of which is translucent.
+Mesh Pied()
+{
+    MeshMaker maker;
+    maker.Group({});
+    for (const auto& [left, color] : {std::pair{-0.9F, 0xFFFF8030U}, std::pair{-0.3F, 0x6030FF80U}})
+        maker.Face({{{left, -0.9F, 0.0F}, 0, 0, {}, color},
+                    {{left, 0.9F, 0.3F}, 0, 0, {}, color},
+                    {{left + 1.2F, 0.0F, 0.0F}, 0, 0, {}, color}});
+    return maker.Make();
+}
+
+/// Small items close together: each differs from those before and after it in one thing, and looks come again.
+Passes AssortedItems(Transparency transparency)
+{
+    const auto checks = Checkerboard(8, 2, 0xFFFF4020, 0xFFFFFFFF);
+    const DrawItem pied = Item(Pied());
+    const DrawItem glass = Item(Cube(0.2F, 0x80));
+    const DrawItem cube = Item(Cube(0.2F));
+    const DrawItem matte = Item(Sphere(0.25F, 8, 8, 0xFFFFFFFF, {}, checks));
+    const DrawItem shiny = Item(Sphere(0.25F, 8, 8, 0xFFFFFFFF, Shiny(8), checks));
+    const DrawItem veil = Item(Cube(0.2F, 0xFF, Ramp(16, 16, 0x40)));
+    const DrawItem looks[] = {pied,         glass,
+                              cube,         pied,
+                              cube,         Filled(cube, FillStyle::Wireframe),
+                              cube,         Flat(cube),
+                              cube,         matte,
+                              shiny,        matte,
+                              Unlit(shiny), shiny,
+                              Flat(shiny),  Filled(shiny, FillStyle::Points),
+                              veil,         matte,
+                              glass};
+    ScenePass pass = Perspective();
+    pass.state.transparency = transparency;
+    pass.state.cull = CullMode::None;
+    constexpr int Columns = 15;
+    for (int i = 0; i < 10 * Columns + 1; ++i)
+    {
+        pass.items.push_back(looks[i % (10 * Columns) % std::size(looks)]); // the last one as the first
+        pass.items.back().world =
+            Turned(0.3 * i, 0.2 * i, {i % Columns * 0.3 - 2, i / Columns * 0.3 - 1.3, 0.1 * (i % 5) - 0.04 * i});
+    }
+    return {pass};
+}
+
 /// Texels and mip levels are chosen by rounding: a hair's difference can pick another one along a whole row, and at the
 /// horizon one texel stands for thousands.
 constexpr Tolerance TexelTolerance{2, 0.005, 24, 0.001};
@@ -423,6 +468,8 @@ const std::vector<DriverScene>& DriverScenes()
         {"wires_translucent_blended", [] { return TranslucentWires(Transparency::Blended); }, {}},
         {"wires_translucent_stippled", [] { return TranslucentWires(Transparency::Stippled); }, {}},
         {"points", BallOfPoints, {}},
+        {"assorted_sorted", [] { return AssortedItems(Transparency::Sorted); }, TexelTolerance},
+        {"assorted_blended", [] { return AssortedItems(Transparency::Blended); }, TexelTolerance},
     };
     return scenes;
 }

@@ -172,7 +172,6 @@ void Planner::Start(const PixelRect& target, const Kernels& kernels)
     batch_.kernels = &kernels;
     keys_.clear();
     recentStates_.fill(0);
-    lastImage_ = nullptr;
     atOnce_.clear();
     waiting_.clear();
     roomForParts_ = 0;
@@ -297,11 +296,10 @@ void Planner::AddSegment(const RecordedItem& item, const Pass& pass, const MeshF
 {
     StateKey key;
     key.pass = &pass;
-    key.texture = IsTextured(item, group) ? ChainOf(*group.texture) : nullptr;
+    key.texture = IsTextured(item, group) ? group.texture : nullptr;
     key.fill = item.fill;
     key.isFlat = LightsFaces(item);
     key.isTranslucent = IsTranslucent(item, group);
-    key.isTextureTranslucent = IsTextureTranslucent(item, group);
     key.isAllTranslucent = group.isAllTranslucent;
     key.waits = share == Share::Waiting;
     key.hasHighlight = key.texture != nullptr && group.material->power > 0 && item.isLit;
@@ -316,21 +314,12 @@ void Planner::AddSegment(const RecordedItem& item, const Pass& pass, const MeshF
         largestPointMesh_ = std::max(largestPointMesh_, item.facts->vertexCount);
 }
 
-const MipChain* Planner::ChainOf(const TextureImage& image)
-{
-    if (&image != lastImage_)
-        lastChain_ = textures_.Find(image);
-    lastImage_ = &image;
-    return lastChain_;
-}
-
 /// The state of this key: one there is, if it is among those met lately, or a new one.
 std::uint32_t Planner::StateOf(const StateKey& key)
 {
     const std::uint64_t flags = static_cast<std::uint64_t>(key.fill) | std::uint64_t{key.isFlat} << 2 |
-                                std::uint64_t{key.isTranslucent} << 3 | std::uint64_t{key.isTextureTranslucent} << 4 |
-                                std::uint64_t{key.isAllTranslucent} << 5 | std::uint64_t{key.waits} << 6 |
-                                std::uint64_t{key.hasHighlight} << 7;
+                                std::uint64_t{key.isTranslucent} << 3 | std::uint64_t{key.isAllTranslucent} << 4 |
+                                std::uint64_t{key.waits} << 5 | std::uint64_t{key.hasHighlight} << 6;
     const std::uint64_t mixed =
         (reinterpret_cast<std::uintptr_t>(key.texture) ^ reinterpret_cast<std::uintptr_t>(key.pass) ^ flags << 48) *
         0x9E3779B97F4A7C15U;
@@ -354,14 +343,14 @@ void Planner::AddState(const StateKey& key)
     state.blending = BlendingOf(key);
     state.isFlat = key.isFlat;
     state.fog = pass.fog;
-    state.isTextureTranslucent = key.isTextureTranslucent;
+    state.isTextureTranslucent = key.texture != nullptr && key.texture->hasTranslucency;
     state.sortsTranslucent = !key.waits && state.primitive == Primitive::Triangles &&
                              pass.transparency == Transparency::Sorted && key.isTranslucent;
     state.waits = key.waits;
     state.isAllTranslucent = key.isAllTranslucent;
     state.area = state.primitive == Primitive::Triangles ? key.pass->area : Intersection(pass.scissor, batch_.target);
     state.cull = pass.cull;
-    state.texture = key.texture;
+    state.texture = key.texture != nullptr ? textures_.Find(*key.texture) : nullptr;
     state.hasHighlight = key.hasHighlight;
     const int fog = state.fog.mode == FogMode::None ? 0 : 1;
     const int blending = static_cast<int>(state.blending);

@@ -32,11 +32,10 @@ enum class Share
 struct StateKey
 {
     const Pass* pass = nullptr;
-    const MipChain* texture = nullptr;
+    const TextureImage* texture = nullptr;
     FillStyle fill = FillStyle::Solid;
     bool isFlat = false;
     bool isTranslucent = false;
-    bool isTextureTranslucent = false;
     bool isAllTranslucent = false;
     bool waits = false;
     bool hasHighlight = false;
@@ -104,7 +103,6 @@ private:
     void AddTasks(VertexTask::Kind kind, std::uint32_t part, const Range& range);
     void AddSegment(const RecordedItem& item, const Pass& pass, const MeshFacts::GroupFacts& group, std::uint32_t part,
                     Share share);
-    const MipChain* ChainOf(const TextureImage& image);
     std::uint32_t StateOf(const StateKey& key);
     void AddState(const StateKey& key);
     void CollectPoints(const DrawState& state, Segment& segment);
@@ -124,10 +122,8 @@ private:
     std::uint64_t primitiveCount_ = 0;
     std::vector<StateKey> keys_;                                 ///< of the batch's states
     std::array<std::uint32_t, 1U << RecentBits> recentStates_{}; ///< by a key's hash
-    const TextureImage* lastImage_ = nullptr;
-    const MipChain* lastChain_ = nullptr;
-    std::uint32_t roomForParts_ = 0; ///< in the last task
-    std::vector<Segment> atOnce_;    ///< before they are cut
+    std::uint32_t roomForParts_ = 0;                             ///< in the last task
+    std::vector<Segment> atOnce_;                                ///< before they are cut
     std::vector<Segment> waiting_;
     Buffer<std::uint8_t> isTaken_;
 };
