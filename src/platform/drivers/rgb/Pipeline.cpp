@@ -59,10 +59,10 @@ Pass& Pipeline::NewPass()
 
 bool Pipeline::RecordItem(const DrawItem& item)
 {
+    DrawPutOff(); // lets go of the meshes that were found before
     const MeshFacts* facts = facts_.Find(item.mesh);
     if (facts == nullptr)
         return false;
-    DrawPutOff();
     const auto pass = static_cast<std::uint32_t>(passCount_ - 1);
     if (!item.isInView && !MayBeSeen(item.world, item.mesh->bounds, passes_[pass]))
         return true;

@@ -102,7 +102,7 @@ void DrawTriangles(const TileView& tile, const Batch& batch, const Bins& bins, c
     {
         const RecordLanes records = LoadRecords(batch, bins, references + first, count - first);
         if (first + LaneCount < count)
-            PrefetchRecords(batch, bins, references + first + LaneCount, count - first - LaneCount);
+            PrefetchRecords<IsTextured || Fog>(batch, bins, references + first + LaneCount, count - first - LaneCount);
         SetUpLanes(t, records, tile, limits);
         run.Draw(records, t);
     }

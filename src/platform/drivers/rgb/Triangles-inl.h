@@ -306,6 +306,7 @@ struct BlockLanes
 };
 
 /// Asks for what LoadRecords will read a vector later: the vertices of a tile lie all over the batch.
+template<bool HasCoordinates>
 LANES_INLINE void PrefetchRecords(const Batch& batch, const Bins& bins, const std::uint16_t* references,
                                   std::size_t count)
 {
@@ -316,8 +317,11 @@ LANES_INLINE void PrefetchRecords(const Batch& batch, const Bins& bins, const st
         const VertexBlocks& blocks = BlocksOf(batch, bins, record.vertex[0]);
         for (const std::uint32_t vertex : record.vertex)
         {
-            __builtin_prefetch(blocks.positions.Data() + (vertex & ~Record::Local));
-            __builtin_prefetch(blocks.colors.Data() + (vertex & ~Record::Local));
+            const std::uint32_t number = vertex & ~Record::Local;
+            __builtin_prefetch(blocks.positions.Data() + number);
+            __builtin_prefetch(blocks.colors.Data() + number);
+            if constexpr (HasCoordinates)
+                __builtin_prefetch(blocks.coordinates.Data() + number);
         }
     }
 }
