@@ -8,6 +8,31 @@
 namespace lumora::rgb
 {
 
+namespace
+{
+
+/// They come in order of submission.
+void SortStretch(std::span<SortedPlace> places)
+{
+    constexpr std::size_t Few = 32;
+    if (places.size() > Few)
+    {
+        std::ranges::sort(places, [](const SortedPlace& a, const SortedPlace& b)
+                          { return std::tie(a.key, a.number) < std::tie(b.key, b.number); });
+        return;
+    }
+    for (std::size_t i = 1; i < places.size(); ++i)
+    {
+        const SortedPlace place = places[i];
+        std::size_t to = i;
+        for (; to > 0 && places[to - 1].key > place.key; --to)
+            places[to] = places[to - 1];
+        places[to] = place;
+    }
+}
+
+} // namespace
+
 void DepthSort::Start(std::size_t lists)
 {
     lists_.assign(lists, {});
@@ -55,11 +80,10 @@ void DepthSort::Distribute(std::size_t list, std::span<const SortedTriangle> tri
         order[from.places[BucketOf(triangles[i].key)]++] = {triangles[i].key, from.first + i};
 }
 
-void DepthSort::SortBucket(std::uint32_t bucket, SortedPlace* order) const
+void DepthSort::SortBuckets(std::uint32_t first, SortedPlace* order) const
 {
-    std::sort(order + (bucket == 0 ? 0 : ends_[bucket - 1]), order + ends_[bucket],
-              [](const SortedPlace& a, const SortedPlace& b)
-              { return std::tie(a.key, a.number) < std::tie(b.key, b.number); });
+    for (std::uint32_t bucket = first; bucket < first + BucketsPerTask; ++bucket)
+        SortStretch({order + (bucket == 0 ? 0 : ends_[bucket - 1]), order + ends_[bucket]});
 }
 
 } // namespace lumora::rgb

@@ -13,7 +13,8 @@ namespace lumora::rgb
 class DepthSort
 {
 public:
-    static constexpr std::uint32_t Buckets = 256;
+    static constexpr std::uint32_t Buckets = 1024;
+    static constexpr std::uint32_t BucketsPerTask = 16;
 
     /// Nothing is counted; there will be lists 0 to `lists` - 1.
     void Start(std::size_t lists);
@@ -31,8 +32,8 @@ public:
     void Distribute(std::size_t list, std::span<const SortedTriangle> triangles, SortedTriangle* sorted,
                     SortedPlace* order);
 
-    /// After all are distributed.
-    void SortBucket(std::uint32_t bucket, SortedPlace* order) const;
+    /// After all are distributed: sorts BucketsPerTask buckets, from `first` on.
+    void SortBuckets(std::uint32_t first, SortedPlace* order) const;
 
     std::size_t HeldBytes() const { return lists_.capacity() * sizeof(List); }
 

@@ -1,6 +1,7 @@
 #include "platform/drivers/rgb/Memory.h"
 
 #include "platform/drivers/rgb/Clipping.h"
+#include "platform/drivers/rgb/DepthSort.h"
 #include "platform/drivers/rgb/Planner.h"
 #include "platform/drivers/rgb/Setup.h"
 #include "platform/drivers/rgb/Tiles.h"
@@ -85,8 +86,9 @@ std::size_t MostBytes(const WorkCounts& counts, const RgbLimits& limits)
                               7 * counts.points + 2 * counts.meshVertices + PerWaiting * counts.waiting;
     // Lists double as they grow.
     const std::size_t lists = 2 * (sizeof(Part) + sizeof(DrawState) + 4 * sizeof(Segment)) * counts.states +
-                              1280 * counts.units + 3 * (2 * sizeof(RecordedItem) + 64) * counts.recorded +
-                              3 * sizeof(Pass) * counts.passes + 3 * sizeof(LightValues) * counts.lights;
+                              (160 + sizeof(std::uint32_t) * (DepthSort::Buckets + 2)) * counts.units +
+                              3 * (2 * sizeof(RecordedItem) + 64) * counts.recorded + 3 * sizeof(Pass) * counts.passes +
+                              3 * sizeof(LightValues) * counts.lights;
     const std::size_t others = 256 * counts.meshes + sizeof(std::uint32_t) * counts.meshFaces +
                                sizeof(MeshFacts::GroupFacts) * counts.meshGroups +
                                4 * sizeof(float) * counts.meshTriangles + 8 * counts.texels + 2048 * counts.textures;

@@ -46,7 +46,7 @@ std::size_t BatchBytes(const WorkCounts& counts);
 ///   threads  33,088 a thread (the colors and depth of a tile), and what one work unit may overshoot: see UnitBytes
 ///   batch    64 a vertex, 32 a face, 1 a facing, 7 a point, 2 a vertex of a mesh of points, 156 a waiting triangle
 ///   bins     three times RgbLimits::roundBytes: what is kept, and what a round fills with room to grow
-///   lists    about 1,200 a state, 1,280 a unit, 1,200 a recorded item, 1,900 a pass, 200 a light
+///   lists    about 1,200 a state, 4,264 a unit, 1,200 a recorded item, 1,900 a pass, 200 a light
 ///   meshes   256 a mesh, 4 a face, about 60 a group, 16 a triangle (of meshes drawn as lines or points)
 ///   texels   8 a texel and 2,048 a texture (mip levels and the repeated column)
 ///   fixed    1 MiB

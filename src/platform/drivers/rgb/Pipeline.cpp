@@ -290,9 +290,12 @@ void Pipeline::SortWaiting(bool alone)
               depthSort_.Distribute(unit, collected_[unit].triangles.Items(), batch_.sorted.Data(),
                                     batch_.order.Data());
           });
-    Share(DepthSort::Buckets, alone,
-          [&](std::size_t bucket, int)
-          { depthSort_.SortBucket(static_cast<std::uint32_t>(bucket), batch_.order.Data()); });
+    Share(DepthSort::Buckets / DepthSort::BucketsPerTask, alone,
+          [&](std::size_t task, int)
+          {
+              const auto first = static_cast<std::uint32_t>(task) * DepthSort::BucketsPerTask;
+              depthSort_.SortBuckets(first, batch_.order.Data());
+          });
 }
 
 template<typename Work>
