@@ -5,7 +5,9 @@
 #include "platform/drivers/rgb/RgbDriver.h"
 
 #include <gtest/gtest.h>
+#include <memory>
 #include <random>
+#include <utility>
 
 namespace lumora::test
 {
@@ -182,6 +184,31 @@ TEST(AveragedFrames, leave_the_target_alone_until_it_is_asked_for)
     pair.ExpectSameAverages();
     EXPECT_FALSE(pair.IsTargetUntouched());
     pair.ExpectSameTarget();
+}
+
+TEST(AveragedFrames, let_go_of_their_own_meshes_only_when_something_is_drawn_over_them)
+{
+    Canvas canvas{128, 128};
+    Canvas averages{32, 32};
+    const std::unique_ptr<Driver> driver = MakeRgbDriver();
+    const PassState pass = PerspectivePass(128, 128, {.eye = {0, 0.5, -4}, .field = 0.7});
+    const auto draw = [&](DrawItem item)
+    {
+        driver->Begin(pass);
+        driver->Draw(item);
+        driver->End();
+        return std::weak_ptr{std::exchange(item.mesh, nullptr)};
+    };
+    driver->SetTarget(canvas.View());
+    driver->Clear({true, true}, canvas.View().Bounds(), 0);
+    const auto below = draw(Solid(Cube(1)));
+    ASSERT_TRUE(driver->FinishAveraged(averages.View(), 4));
+    EXPECT_FALSE(below.expired());
+    const auto above = draw(Solid(Cube(0.5F)));
+    EXPECT_TRUE(below.expired());
+    EXPECT_FALSE(above.expired());
+    driver->Finish();
+    EXPECT_TRUE(above.expired());
 }
 
 TEST(AveragedFrames, may_be_too_large_to_be_drawn_at_once)
