@@ -133,7 +133,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!scene.isSane)
         return 0;
     // Which pixels anything is drawn on; rounding moves an edge by a pixel now and then.
-    ReferenceOptions reference;
     Require(CountCovered(Drawn(MakeReferenceDriver(), scene), picture) <= 6 + picture.size() / 50);
     return 0;
 }

@@ -37,7 +37,7 @@ void ViewportPlugin::initialize(QDesignerFormEditorInterface* designer)
     designer_ = designer;
     // A form has its file only after it was added.
     connect(designer->formWindowManager(), &QDesignerFormWindowManagerInterface::formWindowAdded, this,
-            [this](QDesignerFormWindowInterface* form)
+            [](QDesignerFormWindowInterface* form)
             { QTimer::singleShot(0, form, [form] { TellMistakes(form->fileName()); }); });
 }
 
