@@ -1,36 +1,28 @@
 // Triangles anywhere, with numbers that are none or enormous, in every mode: the RGB driver stays within its picture,
 // ends in time, draws the same bytes in one round and in many, and what the reference draws where numbers are sane.
+#include "fuzz/Fuzzing.h"
 #include "platform/drivers/TestCanvas.h"
 #include "platform/drivers/TestMeshes.h"
 #include "platform/drivers/reference/ReferenceDriver.h"
 #include "platform/drivers/rgb/RgbDriver.h"
 
 #include <cmath>
-#include <cstdlib>
 
 namespace
 {
 
 using namespace lumora;
+using fuzz::Require;
 using namespace lumora::test;
 
 constexpr std::uint32_t Background = 0x102030;
 
-void Require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
-
-class Bytes
+class Numbers : public fuzz::Bytes
 {
 public:
-    Bytes(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}
+    using Bytes::Bytes;
 
-    bool AreLeft() const { return at_ < size_; }
-    unsigned Next() { return AreLeft() ? data_[at_++] : 0U; }
-    unsigned Below(unsigned count) { return Next() % count; }
-    bool IsSane() const { return isSane_; }
+    bool AreSane() const { return areSane_; }
 
     float Coordinate()
     {
@@ -38,15 +30,12 @@ public:
         const unsigned byte = Next();
         if (byte < 240)
             return static_cast<float>(byte) / 30 - 4;
-        isSane_ = false;
+        areSane_ = false;
         return Wild[byte % 8];
     }
 
 private:
-    const std::uint8_t* data_;
-    std::size_t size_;
-    std::size_t at_ = 0;
-    bool isSane_ = true;
+    bool areSane_ = true;
 };
 
 struct Scene
@@ -58,7 +47,7 @@ struct Scene
     bool isSane = true; ///< so that drivers must agree
 };
 
-Scene SceneFrom(Bytes bytes)
+Scene SceneFrom(Numbers bytes)
 {
     Scene scene;
     scene.width = 1 + static_cast<int>(bytes.Below(90));
@@ -91,7 +80,7 @@ Scene SceneFrom(Bytes bytes)
         scene.items.push_back(item);
     }
     // Where translucent faces or ones at the same depth meet, what is in front is anybody's guess.
-    scene.isSane = bytes.IsSane();
+    scene.isSane = bytes.AreSane();
     return scene;
 }
 

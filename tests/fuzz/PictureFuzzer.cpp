@@ -1,4 +1,5 @@
 // Random bytes as a picture file, or as damage to a sound one: refused with a reason, or a picture that can be shown.
+#include "fuzz/Fuzzing.h"
 #include "platform/automation/RuntimeError.h"
 #include "platform/container/Picture.h"
 #include "platform/container/PictureCodec.h"
@@ -6,16 +7,10 @@
 #include "platform/directdraw/DeviceContext.h"
 #include "platform/hosts/PictureSamples.h"
 
-#include <cstdlib>
-
 namespace
 {
 
-void Require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
+using lumora::fuzz::Require;
 
 // Decoders take time with every pixel that a header promises; what they do is the same for fewer.
 constexpr std::int64_t MostPixels = 1 << 20;

@@ -1,20 +1,16 @@
 // Random bytes as a settings file: read or refused, and what was read is read again as the same.
+#include "fuzz/Fuzzing.h"
 #include "platform/automation/RuntimeError.h"
 #include "properties/JsonPropertyBag.h"
 #include "properties/PropertyTable.h"
 
 #include <cstdint>
-#include <cstdlib>
 #include <optional>
 
 namespace
 {
 
-void Require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
+using lumora::fuzz::Require;
 
 std::optional<lumora::JsonPropertyBag> BagOf(std::string_view text)
 {

@@ -1,4 +1,5 @@
 // Sweeps of small whole numbers, where points coincide and lines cross all the time: a finite mesh or a RuntimeError.
+#include "fuzz/Fuzzing.h"
 #include "geometry/modOptimize.h"
 #include "geometry/modSweep.h"
 #include "platform/automation/RuntimeError.h"
@@ -6,26 +7,17 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <cstdlib>
 
 namespace
 {
 
 using namespace lumora;
+using fuzz::Require;
 
-void Require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
-
-class Bytes
+class Numbers : public fuzz::Bytes
 {
 public:
-    Bytes(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}
-
-    std::uint8_t Next() { return at_ < size_ ? data_[at_++] : 0; }
-    bool Flag() { return Next() % 2 == 1; }
+    using Bytes::Bytes;
 
     /// -8..7, now and then something that is no coordinate.
     float Coordinate()
@@ -45,14 +37,9 @@ public:
             point = {Coordinate(), Coordinate(), Flag() ? Coordinate() : 0};
         return points;
     }
-
-private:
-    const std::uint8_t* data_;
-    std::size_t size_;
-    std::size_t at_ = 0;
 };
 
-Sweep SweepFrom(Bytes bytes)
+Sweep SweepFrom(Numbers bytes)
 {
     Sweep sweep;
     sweep.profile = bytes.Points(40);

@@ -338,10 +338,7 @@ template<Blending B, bool Fog>
 void DrawLines(const TileView& tile, const Batch& batch, const Bins& bins, const DrawState& state,
                const std::uint16_t* references, std::size_t count)
 {
-    const PixelRect& area = state.area;
-    const PixelRect limits =
-        Intersection({area.left - tile.left, area.top - tile.top, area.right - tile.left, area.bottom - tile.top},
-                     {0, 0, TileSize, TileSize});
+    const PixelRect limits = LimitsIn(tile, state);
     LineList list;
     std::fill_n(list.rows[0], LineList::RowCount * LaneCount, 0.0F);
     std::fill_n(list.ends[0], 2 * LaneCount, ScreenPosition{});

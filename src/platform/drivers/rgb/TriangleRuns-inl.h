@@ -92,10 +92,7 @@ template<bool IsTextured, Blending B, bool Fog>
 void DrawTriangles(const TileView& tile, const Batch& batch, const Bins& bins, const DrawState& state,
                    const std::uint16_t* references, std::size_t count)
 {
-    const PixelRect& area = state.area;
-    const PixelRect limits =
-        Intersection({area.left - tile.left, area.top - tile.top, area.right - tile.left, area.bottom - tile.top},
-                     {0, 0, TileSize, TileSize});
+    const PixelRect limits = LimitsIn(tile, state);
     TriangleRun<IsTextured, B, Fog> run{tile, batch, bins, state};
     TriangleLanes t;
     for (std::size_t first = 0; first < count; first += LaneCount)
