@@ -142,6 +142,27 @@ struct PlaneRow
     }
 };
 
+/// Tests and stores a vector of pixels of one row.
+template<Blending B>
+LANES_INLINE void DrawRow(const TileView& tile, const PlaneRow& row, int x, int y, Mask mask)
+{
+    const int pixel = y * TileSize + x;
+    const Floats depth = row.Depth();
+    const Floats depthThere = Load(tile.depths + pixel);
+    mask = Both(mask, IsLessOrEqual(depth, depthThere));
+    if (!IsAny(mask))
+        return;
+    const Ints below = Load(tile.colors + pixel);
+    Floats rank = depth;
+    if constexpr (B == Blending::Stippled)
+        rank = Load(StippleRows[y & 3] + (x & 3));
+    Ints pixels = below;
+    mask = Compose<B>(row.Color(), mask, below, rank, pixels);
+    if constexpr (B != Blending::Veiled)
+        Store(Choose(mask, depth, depthThere), tile.depths + pixel);
+    Store(Choose(mask, pixels, below), tile.colors + pixel);
+}
+
 /// A small triangle in masked rows.
 template<Blending B>
 void DrawRows(const TileView& tile, const TriangleLanes& t, const PlaneTable& planes, int lane)
@@ -167,9 +188,7 @@ void DrawRows(const TileView& tile, const TriangleLanes& t, const PlaneTable& pl
         for (int y = top; y < bottom; ++y)
         {
             const Mask mask = Except(columns, IsLess(value[0] | value[1] | value[2], Splat(0)));
-            DrawPixels<B>(tile, x, y, mask, row.Depth(),
-                          [&](Mask drawn, Ints below, Floats rank, Ints& pixels) LANES_LAMBDA
-                          { return Compose<B>(row.Color(), drawn, below, rank, pixels); });
+            DrawRow<B>(tile, row, x, y, mask);
             row.Step<Count>();
             for (int i = 0; i < 3; ++i)
                 value[i] = value[i] + perY[i];

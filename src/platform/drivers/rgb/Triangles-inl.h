@@ -88,9 +88,10 @@ LANES_INLINE bool IsNearlyFlat(float a, float b, float c, float range)
     return (greatest - least) * range <= least;
 }
 
-/// Tests, shades and stores a vector of pixels of a row. `shade(mask, below, rank, pixels)` as Compose.
-template<Blending B, typename Shade>
-LANES_INLINE void DrawPixels(const TileView& tile, int x, int y, Mask mask, Floats depth, Shade shade)
+/// Tests, shades and stores a vector of pixels.
+template<bool IsTextured, Blending B, bool Fog, Interpolation P>
+LANES_INLINE void DrawPixels(const TileView& tile, const DrawState& state, const Attributes& a, int x, int y, Mask mask,
+                             Floats depth, Floats second, Floats third)
 {
     const int pixel = y * TileSize + x;
     const Floats depthThere = Load(tile.depths + pixel);
@@ -102,7 +103,7 @@ LANES_INLINE void DrawPixels(const TileView& tile, int x, int y, Mask mask, Floa
     if constexpr (B == Blending::Stippled)
         rank = Load(StippleRows[y & 3] + (x & 3));
     Ints pixels = below;
-    mask = shade(mask, below, rank, pixels);
+    mask = ShadePixels<IsTextured, B, Fog, P>(state, a, second, third, mask, below, rank, pixels);
     if constexpr (B != Blending::Veiled)
         Store(Choose(mask, depth, depthThere), tile.depths + pixel);
     Store(Choose(mask, pixels, below), tile.colors + pixel);
@@ -195,10 +196,7 @@ void DrawBlock(const TileView& tile, const DrawState& state, const PixelRect& bo
                 second = Least(Greatest(second, zero), one);
                 third = Least(Greatest(third, zero), one - second);
             }
-            DrawPixels<B>(
-                tile, x, y, mask, depth,
-                [&](Mask drawn, Ints below, Floats rank, Ints& pixels) LANES_LAMBDA
-                { return ShadePixels<IsTextured, B, Fog, P>(state, a, second, third, drawn, below, rank, pixels); });
+            DrawPixels<IsTextured, B, Fog, P>(tile, state, a, x, y, mask, depth, second, third);
         }
 }
 
