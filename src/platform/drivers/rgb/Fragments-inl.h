@@ -167,7 +167,7 @@ struct Spans
     /// `rows`: of the highest triangle.
     ///
     /// An edge's whole numbers v + n * perX change their sign at n = v / |perX|. Adding a half keeps the quotient at
-    /// least 2^-14 away from whole numbers, and single precision is closer than that wherever it is within the box.
+    /// least 2^-15 away from whole numbers, and single precision is closer than that wherever it is within the box.
     LANES_INLINE void Find(const TriangleLanes& t, int rows)
     {
         constexpr float Steep = 1.0e6F; // an edge along the row: all of it, or none
@@ -199,7 +199,7 @@ struct Spans
             }
             low = Least(low, width);
             Store(left + Truncated(low), first[row]);
-            Store(Truncated(Greatest(high, zero) - low), count[row]);
+            Store(Truncated(Greatest(high - low, zero)), count[row]);
         }
     }
 };
@@ -216,20 +216,22 @@ struct Fragments
 
     LANES_INLINE void Add(const TriangleLanes& t, const Spans& spans, int lane)
     {
-        const int before = count;
         const int rows = t.bottom[lane] - t.top[lane];
-        for (int row = 0; row < rows; ++row)
+        int place = t.top[lane] * TileSize;
+        int end = count;
+        for (int row = 0; row < rows; ++row, place += TileSize)
         {
+            // One vector, full or empty, costs less than a guess whether it is needed.
             const int covered = spans.count[row][lane];
-            if (covered <= 0)
-                continue;
-            const int place = (t.top[lane] + row) * TileSize + spans.first[row][lane];
-            for (int done = 0; done < covered; done += LaneCount)
-                Store(LaneNumbers() + Splat(place + done), pixel + count + done);
-            count += covered;
+            const Ints first = LaneNumbers() + Splat(place + spans.first[row][lane]);
+            Store(first, pixel + end);
+            for (int done = LaneCount; done < covered; done += LaneCount)
+                Store(first + Splat(done), pixel + end + done);
+            end += covered;
         }
-        for (int i = before; i < count; i += LaneCount)
+        for (int i = count; i < end; i += LaneCount)
             Store(Splat(lane), triangle + i);
+        count = end;
     }
 
     /// What the last vector holds beyond the last fragment.

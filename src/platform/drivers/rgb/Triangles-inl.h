@@ -11,7 +11,7 @@
 // blocks of 8 by 8 pixels, with weights linear in x and y: blocks outside are left out, those inside need no edge
 // tests, and those behind everything drawn are hidden.
 
-inline constexpr std::int32_t SmallBox = 32 * SubPixels;
+inline constexpr std::int32_t SmallBox = 64 * SubPixels;
 inline constexpr std::int32_t ManyPixels = 12; ///< in a box: from here on whole rows are cheaper than single pixels
 inline constexpr float FullRange = 255.0F;     ///< of a color channel
 
