@@ -28,7 +28,9 @@ struct MipChain
     std::int32_t height[MostLevels]{};
 
 private:
-    void AddLevel();
+    template<typename At>
+    void AddLevel(At at);
+    void Halve();
 };
 
 /// False for nothing and for an image whose pixels do not fill its sides.
