@@ -11,16 +11,9 @@ namespace lumora::rgb
 namespace
 {
 
-/// They come in order of submission.
-void SortStretch(std::span<SortedPlace> places)
+/// They come in order of submission. Best where few are out of place.
+void SortByInsertion(std::span<SortedPlace> places)
 {
-    constexpr std::size_t Few = 32;
-    if (places.size() > Few)
-    {
-        std::ranges::sort(places, [](const SortedPlace& a, const SortedPlace& b)
-                          { return std::tie(a.key, a.number) < std::tie(b.key, b.number); });
-        return;
-    }
     for (std::size_t i = 1; i < places.size(); ++i)
     {
         const SortedPlace place = places[i];
@@ -29,6 +22,47 @@ void SortStretch(std::span<SortedPlace> places)
             places[to] = places[to - 1];
         places[to] = place;
     }
+}
+
+/// Puts up to Most places into the order of `Bits` bits of their keys, the lowest of which is bit `shift` of what
+/// exceeds `least`; those of equal bits stay in order.
+class PartSort
+{
+public:
+    static constexpr std::size_t Most = 256;
+    static constexpr int Bits = 5;
+
+    static void Run(std::span<SortedPlace> places, std::uint32_t least, int shift)
+    {
+        constexpr std::uint32_t Parts = 1U << Bits;
+        const auto partOf = [&](const SortedPlace& place) { return (place.key - least) >> shift & (Parts - 1); };
+        std::uint32_t next[Parts + 1]{};
+        for (const SortedPlace& place : places)
+            ++next[partOf(place) + 1];
+        for (std::uint32_t part = 1; part < Parts; ++part)
+            next[part] += next[part - 1];
+        SortedPlace sorted[Most];
+        for (const SortedPlace& place : places)
+            sorted[next[partOf(place)]++] = place;
+        std::copy_n(sorted, places.size(), places.begin());
+    }
+};
+
+/// They come in order of submission, and differ in the lowest `shift` bits of what their keys exceed `least` by.
+void SortStretch(std::span<SortedPlace> places, std::uint32_t least, int shift)
+{
+    constexpr std::size_t Few = 12;
+    if (shift == 0)
+        return;
+    if (places.size() > PartSort::Most)
+    {
+        std::ranges::sort(places, [](const SortedPlace& a, const SortedPlace& b)
+                          { return std::tie(a.key, a.number) < std::tie(b.key, b.number); });
+        return;
+    }
+    if (places.size() > Few)
+        PartSort::Run(places, least, std::max(shift - PartSort::Bits, 0));
+    SortByInsertion(places);
 }
 
 } // namespace
@@ -83,7 +117,7 @@ void DepthSort::Distribute(std::size_t list, std::span<const SortedTriangle> tri
 void DepthSort::SortBuckets(std::uint32_t first, SortedPlace* order) const
 {
     for (std::uint32_t bucket = first; bucket < first + BucketsPerTask; ++bucket)
-        SortStretch({order + (bucket == 0 ? 0 : ends_[bucket - 1]), order + ends_[bucket]});
+        SortStretch({order + (bucket == 0 ? 0 : ends_[bucket - 1]), order + ends_[bucket]}, least_, shift_);
 }
 
 } // namespace lumora::rgb

@@ -45,7 +45,12 @@ MipChain::MipChain(const TextureImage& image)
     texels.reserve((image.pixels.size() + static_cast<std::size_t>(image.height)) * 8 / 3 + 512);
     width[0] = image.width;
     height[0] = image.height;
-    AddLevel([&](int x, int y) { return image.pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(image.width) + static_cast<std::size_t>(x)]; });
+    AddLevel(
+        [&](int x, int y)
+        {
+            return image.pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(image.width) +
+                                static_cast<std::size_t>(x)];
+        });
     while (width[levelCount - 1] > 1 || height[levelCount - 1] > 1)
         Halve();
 }
@@ -77,14 +82,19 @@ void MipChain::Halve()
     const auto fine = static_cast<std::size_t>(offset[levelCount - 1]);
     const auto texel = [&](int x, int y)
     {
-        return texels[2 * (fine + static_cast<std::size_t>(std::min(y, fineHeight - 1)) *
-                          (static_cast<std::size_t>(fineWidth) + 1) +
-                      static_cast<std::size_t>(std::min(x, fineWidth - 1)))];
+        return texels[2 * (fine +
+                           static_cast<std::size_t>(std::min(y, fineHeight - 1)) *
+                               (static_cast<std::size_t>(fineWidth) + 1) +
+                           static_cast<std::size_t>(std::min(x, fineWidth - 1)))];
     };
     width[levelCount] = std::max(1, fineWidth / 2);
     height[levelCount] = std::max(1, fineHeight / 2);
-    AddLevel([&](int x, int y) { return Average(texel(2 * x, 2 * y), texel(2 * x + 1, 2 * y), texel(2 * x, 2 * y + 1),
-                                     texel(2 * x + 1, 2 * y + 1)); });
+    AddLevel(
+        [&](int x, int y)
+        {
+            return Average(texel(2 * x, 2 * y), texel(2 * x + 1, 2 * y), texel(2 * x, 2 * y + 1),
+                           texel(2 * x + 1, 2 * y + 1));
+        });
 }
 
 const MipChain* TextureCache::Find(const TextureImage& image)
