@@ -211,12 +211,12 @@ TEST_F(PictureFile, jpeg_with_any_byte_changed_is_refused_or_shown)
 TEST_F(PictureFile, jpeg_that_is_odd_is_shown)
 {
     FileBytes rubbish = samples::Jpeg();
-    rubbish.insert(rubbish.begin() + static_cast<std::ptrdiff_t>(SizeIn(rubbish)) - 5, {0x12, 0x34}); // before the mark
+    rubbish.insert(rubbish.begin() + static_cast<std::ptrdiff_t>(SizeIn(rubbish)) - 5, {0x12, 0x34}); // ahead of a mark
     const auto picture = LoadPicture(Write(rubbish));
     EXPECT_TRUE(testsupport::SamePicture(picture->Handle()->Pixels(), ExpectedOf(Samples()[1]).Pixels(), 6));
     EXPECT_EQ(ErrorOfLoading(samples::JpegWithScans(80)), 0);
-    const FileBytes missing =
-        With(samples::Jpeg(), 206, {1}); // a table has another's number; the common one replaces it
+    // A table under another's number, so that one is missing; the decoder goes on with the one that most files have.
+    const FileBytes missing = With(samples::Jpeg(), 206, {1});
     EXPECT_EQ(ErrorOfLoading(With(missing, 767, {0xBD})), 0);
 }
 
@@ -227,7 +227,7 @@ TEST(JpegDecoder, takes_no_more_memory_than_it_may_and_writes_no_more_pixels_tha
     FileBytes pixels(std::size_t{4} * samples::Width * 800);
     constexpr std::size_t Coefficients = samples::Width * 800 * 3 / 2; // of 2 bytes each
     EXPECT_THAT(picturecodec::DecodeJpeg(tall, pixels, Coefficients), HasSubstr("memory"));
-    EXPECT_THAT(picturecodec::DecodeJpeg(tall, pixels, 16 * Coefficients), HasSubstr("ends before"));
+    EXPECT_EQ(picturecodec::DecodeJpeg(tall, pixels, 16 * Coefficients), "");
     pixels.pop_back();
     EXPECT_THAT(picturecodec::DecodeJpeg(tall, pixels, 16 * Coefficients), HasSubstr("size"));
 }
