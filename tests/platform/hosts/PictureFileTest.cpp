@@ -86,8 +86,12 @@ FileBytes With(FileBytes file, std::size_t place, std::initializer_list<std::uin
 std::size_t SizeIn(const FileBytes& jpeg)
 {
     for (const std::uint8_t mark : {0xC0, 0xC2})
-        if (const auto found = std::ranges::search(jpeg, std::array<std::uint8_t, 2>{0xFF, mark}); !found.empty())
-            return static_cast<std::size_t>(found.begin() - jpeg.begin()) + 5;
+    {
+        const std::array<std::uint8_t, 2> start{0xFF, mark};
+        const auto found = std::search(jpeg.begin(), jpeg.end(), start.begin(), start.end());
+        if (found != jpeg.end())
+            return static_cast<std::size_t>(found - jpeg.begin()) + 5;
+    }
     throw std::logic_error{"a JPEG file without a frame"};
 }
 
@@ -138,7 +142,11 @@ TEST_F(PictureFile, cut_short_anywhere_is_refused)
         // The last bytes may be a trailer that nobody needs.
         const std::size_t needed = sample.bytes.size() - 2 - (sample.format == std::string{"TGA"} ? 26 : 0);
         for (std::size_t size = 0; size < needed; ++size)
-            ASSERT_EQ(ErrorOf([&] { DecodePicture({sample.bytes.data(), size}, "cut"); }), error::InvalidPicture)
+            ASSERT_EQ(ErrorOf(
+                          [&] {
+                              DecodePicture({sample.bytes.data(), size}, "cut");
+                          }),
+                      error::InvalidPicture)
                 << sample.format << " of " << size << " bytes";
     }
 }
