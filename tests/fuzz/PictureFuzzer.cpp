@@ -19,7 +19,15 @@ constexpr std::int64_t MostPixels = 1 << 20;
 lumora::samples::FileBytes FileOf(std::span<const std::uint8_t> data)
 {
     using namespace lumora::samples;
-    static const FileBytes sound[] = {Png(), Jpeg(), Bmp(), TgaRunLength(), Gif()};
+    static const FileBytes sound[] = {Png(),
+                                      Jpeg(),
+                                      Bmp(),
+                                      TgaRunLength(),
+                                      Gif(),
+                                      JpegOf(JpegKind::Grey),
+                                      JpegOf(JpegKind::Progressive),
+                                      JpegOf(JpegKind::Cmyk),
+                                      JpegOf(JpegKind::AdobeYcck)};
     const std::size_t which = data.empty() ? 0 : data[0] % (std::size(sound) + 1);
     if (which == 0)
         return {data.begin(), data.end()};
@@ -34,14 +42,14 @@ lumora::samples::FileBytes FileOf(std::span<const std::uint8_t> data)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const auto file = FileOf({data, size});
-    const auto promised = lumora::picturecodec::ReadSize(file);
-    if (promised && std::int64_t{promised->width} * promised->height > MostPixels)
+    const auto promised = lumora::picturecodec::ReadHeader(file).size;
+    if (std::int64_t{promised.width} * promised.height > MostPixels)
         return 0;
     try
     {
         const auto picture = lumora::DecodePicture(file, "fuzz");
         lumora::Bitmap& bitmap = *picture->Handle();
-        Require(promised && bitmap.Width() == promised->width && bitmap.Height() == promised->height);
+        Require(bitmap.Width() == promised.width && bitmap.Height() == promised.height);
         lumora::Bitmap shown{7, 5};
         const lumora::DeviceContext source{bitmap.Pixels()};
         lumora::DeviceContext{shown.Pixels()}.StretchBlt({0, 0, 7, 5}, source, {0, 0, source.Width(), source.Height()});

@@ -8,6 +8,9 @@
 #include <array>
 #include <cmath>
 #include <sstream>
+#if LUMORA_HAS_PICTURES
+#include "platform/hosts/PictureSamples.h"
+#endif
 
 namespace lumora::test
 {
@@ -127,6 +130,27 @@ TEST_F(PicturesOnModels, a_picture_is_found_by_its_name_alone_and_in_any_letter_
         EXPECT_EQ(model.statistics.textures, 1U) << name;
     }
 }
+
+#if LUMORA_HAS_PICTURES
+TEST_F(PicturesOnModels, a_jpeg_is_shown_and_a_damaged_one_leaves_the_model_and_the_reason)
+{
+    const samples::FileBytes bytes = samples::Jpeg();
+    const std::string sound(bytes.begin(), bytes.end());
+    Write("four.png", sound); // what a file is tells its contents
+    const ImportedModel model = ImportModel(Write("model.x", SquareX("four.png")));
+    const TextureImage& image = *MeshesOf(model.root).at(0)->Compiled()->groups.at(0).texture;
+    ASSERT_EQ(std::pair(image.width, image.height), std::pair(samples::Width, samples::Height));
+    const Color middle = image.pixels.at(6 * samples::Width + 8);
+    for (const int shift : {0, 8, 16})
+        EXPECT_NEAR(middle >> shift & 0xFF, samples::PixelAt(8, 6) >> shift & 0xFF, 6) << shift;
+
+    Write("four.png", sound.substr(0, sound.size() / 2));
+    const ImportedModel plain = ImportModel(Write("model.x", SquareX("four.png")));
+    EXPECT_EQ(plain.statistics.triangles, 2U);
+    ASSERT_EQ(plain.warnings.size(), 1U);
+    EXPECT_NE(plain.warnings[0].find("the file ends before its picture does"), std::string::npos) << plain.warnings[0];
+}
+#endif
 
 TEST_F(PicturesOnModels, a_picture_that_cannot_be_had_leaves_the_model_and_a_word)
 {

@@ -1,4 +1,4 @@
-// Decoding through stb_image. A model may name any path: only plain files of bounded size are opened.
+// Decoding through the picture libraries. A model may name any path: only plain files of bounded size are opened.
 #include "import/worker/Pictures.h"
 
 #include "import/ModelStream.h"
@@ -9,7 +9,11 @@
 #include <memory>
 #include <optional>
 #include <span>
-#if LUMORA_HAS_STB
+#ifdef LUMORA_PICTURES
+#include "platform/container/JpegDecoder.h"
+
+#include <array>
+#include <bit>
 #include <stb/stb_image.h>
 #endif
 
@@ -69,10 +73,46 @@ std::uint32_t Packed(unsigned red, unsigned green, unsigned blue, unsigned alpha
     return alpha << 24 | red << 16 | green << 8 | blue;
 }
 
-/// Nothing when the bytes are no picture within the bounds; `why` says what is wrong.
-std::optional<DecodedPicture> DecodeBytes(std::span<const unsigned char> bytes, std::string& why)
+#ifdef LUMORA_PICTURES
+
+bool IsWithinBounds(int width, int height, std::string& why)
 {
-#if LUMORA_HAS_STB
+    why = "has more than " + std::to_string(MaximumPictureSide) + " pixels a side";
+    return HasGoodSize(static_cast<std::uint64_t>(width), static_cast<std::uint64_t>(height));
+}
+
+DecodedPicture EmptyPicture(int width, int height)
+{
+    DecodedPicture picture{{}, static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height), {}};
+    picture.pixels.resize(std::size_t{picture.width} * picture.height);
+    return picture;
+}
+
+std::optional<DecodedPicture> DecodeJpegBytes(std::span<const unsigned char> bytes, std::string& why)
+{
+    const auto [size, headerProblem] = picturecodec::ReadJpegHeader(bytes);
+    why = "cannot be decoded (" + headerProblem + ")";
+    if (!headerProblem.empty() || !IsWithinBounds(size.width, size.height, why))
+        return {};
+    DecodedPicture picture = EmptyPicture(size.width, size.height);
+    const std::span<std::uint32_t> pixels = picture.pixels;
+    // Files of several scans keep 2 bytes for each of up to four channels of every pixel, in whole blocks.
+    const std::size_t memory = (std::size_t{16} << 20) + 12 * pixels.size();
+    const std::string problem =
+        picturecodec::DecodeJpeg(bytes, {reinterpret_cast<std::uint8_t*>(pixels.data()), pixels.size_bytes()}, memory);
+    why = "cannot be decoded (" + problem + ")";
+    if (!problem.empty())
+        return {};
+    for (std::uint32_t& pixel : picture.pixels)
+    {
+        const auto p = std::bit_cast<std::array<std::uint8_t, 4>>(pixel);
+        pixel = Packed(p[0], p[1], p[2], p[3]);
+    }
+    return picture;
+}
+
+std::optional<DecodedPicture> DecodeOtherBytes(std::span<const unsigned char> bytes, std::string& why)
+{
     const int length = static_cast<int>(std::min<std::size_t>(bytes.size(), MostFileBytes));
     int width = 0;
     int height = 0;
@@ -80,29 +120,37 @@ std::optional<DecodedPicture> DecodeBytes(std::span<const unsigned char> bytes, 
     why = "is no picture that can be decoded";
     if (stbi_info_from_memory(bytes.data(), length, &width, &height, &channels) == 0)
         return {};
-    if (!HasGoodSize(static_cast<std::uint64_t>(width), static_cast<std::uint64_t>(height)))
-    {
-        why = "has more than " + std::to_string(MaximumPictureSide) + " pixels a side";
+    if (!IsWithinBounds(width, height, why))
         return {};
-    }
     const std::unique_ptr<unsigned char, decltype(&stbi_image_free)> decoded(
         stbi_load_from_memory(bytes.data(), length, &width, &height, &channels, 4), stbi_image_free);
+    why = "is no picture that can be decoded";
     if (!decoded)
         return {};
-    DecodedPicture picture{{}, static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height), {}};
-    picture.pixels.resize(std::size_t{picture.width} * picture.height);
+    DecodedPicture picture = EmptyPicture(width, height);
     for (std::size_t i = 0; i < picture.pixels.size(); ++i)
     {
         const unsigned char* p = decoded.get() + i * 4;
         picture.pixels[i] = Packed(p[0], p[1], p[2], p[3]);
     }
     return picture;
+}
+
+/// Nothing when the bytes are no picture within the bounds; `why` says what is wrong.
+std::optional<DecodedPicture> DecodeBytes(std::span<const unsigned char> bytes, std::string& why)
+{
+    return picturecodec::IsJpeg(bytes) ? DecodeJpegBytes(bytes, why) : DecodeOtherBytes(bytes, why);
+}
+
 #else
-    static_cast<void>(bytes);
+
+std::optional<DecodedPicture> DecodeBytes(std::span<const unsigned char>, std::string& why)
+{
     why = "cannot be decoded by this program, which was built without pictures";
     return {};
-#endif
 }
+
+#endif
 
 std::optional<DecodedPicture> DecodeEmbedded(const aiTexture& texture, std::string& why)
 {

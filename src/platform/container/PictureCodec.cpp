@@ -1,5 +1,8 @@
-// Compiles the picture library, with an allocator that keeps to a budget: a file of a few bytes may ask for gigabytes.
+// Compiles the library for all formats but JPEG, with an allocator that keeps to a budget: a file of a few bytes may
+// ask for gigabytes.
 #include "platform/container/PictureCodec.h"
+
+#include "platform/container/JpegDecoder.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -54,7 +57,6 @@ void* Reallocate(void* block, std::size_t size)
 #define STBI_REALLOC Reallocate
 #define STBI_FREE Release
 #define STBI_ONLY_PNG
-#define STBI_ONLY_JPEG
 #define STBI_ONLY_BMP
 #define STBI_ONLY_GIF
 #define STBI_ONLY_TGA
@@ -118,6 +120,24 @@ public:
 
 constexpr std::size_t HeaderMemory = std::size_t{1} << 20;
 
+Decoded DecodeJpegWithinBudget(std::span<const std::uint8_t> file)
+{
+    Decoded decoded;
+    const Header header = ReadJpegHeader(file);
+    decoded.size = header.size;
+    decoded.problem = header.problem;
+    if (!decoded.problem.empty())
+        return decoded;
+    const std::size_t count =
+        std::size_t{4} * static_cast<std::size_t>(header.size.width) * static_cast<std::size_t>(header.size.height);
+    decoded.bytes.reset(static_cast<std::uint8_t*>(Allocate(count)));
+    decoded.problem = decoded.bytes ? DecodeJpeg(file, {decoded.bytes.get(), count}, memoryLeft)
+                                    : "there is not enough memory for it";
+    if (!decoded.problem.empty())
+        decoded.bytes.reset();
+    return decoded;
+}
+
 } // namespace
 
 void Release::operator()(std::uint8_t* bytes) const
@@ -125,19 +145,24 @@ void Release::operator()(std::uint8_t* bytes) const
     ::Release(bytes);
 }
 
-std::optional<Size> ReadSize(std::span<const std::uint8_t> file)
+Header ReadHeader(std::span<const std::uint8_t> file)
 {
+    if (IsJpeg(file))
+        return ReadJpegHeader(file);
     const Budget budget{HeaderMemory};
-    Size size;
+    Header header;
+    auto& [width, height] = header.size;
     int channels = 0;
-    if (stbi_info_from_memory(file.data(), static_cast<int>(file.size()), &size.width, &size.height, &channels) == 0)
-        return std::nullopt;
-    return size;
+    if (stbi_info_from_memory(file.data(), static_cast<int>(file.size()), &width, &height, &channels) == 0)
+        header.problem = "this is not a PNG, JPEG, BMP, GIF or TGA file";
+    return header;
 }
 
 Decoded Decode(std::span<const std::uint8_t> file, std::size_t memory)
 {
     const Budget budget{memory};
+    if (IsJpeg(file))
+        return DecodeJpegWithinBudget(file);
     const stbi_io_callbacks callbacks{Reader::Read, Reader::Skip, Reader::AtEnd};
     Reader reader{file};
     Decoded decoded;

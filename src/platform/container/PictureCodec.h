@@ -1,24 +1,19 @@
-// The boundary to the picture library: bytes in, pixels out, within a stated amount of memory.
+// The boundary to the picture libraries: bytes in, pixels out, within a stated amount of memory.
 #pragma once
+
+#include "platform/container/PictureHeader.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <span>
 #include <string>
 
 namespace lumora::picturecodec
 {
 
-struct Size
-{
-    int width = 0;
-    int height = 0;
-};
-
-/// What the file's header promises; nothing when no decoder knows it.
-std::optional<Size> ReadSize(std::span<const std::uint8_t> file);
+/// What the file's header promises; a problem when no decoder knows it, or when it is damaged.
+Header ReadHeader(std::span<const std::uint8_t> file);
 
 struct Release
 {

@@ -55,9 +55,6 @@ constexpr std::int64_t MaximumPixels = std::int64_t{1} << 26;
 /// No format packs more pixels into a byte: deflated 1-bit pixels come to 8256.
 constexpr std::int64_t MaximumPixelsPerByte = 16384;
 
-/// Each scan of a JPEG file visits the whole picture; a real file has about ten.
-constexpr int MaximumScans = 100;
-
 [[noreturn]] void RaiseInvalid(const std::string& path, const std::string& problem)
 {
     throw RuntimeError{error::InvalidPicture, "Picture", "Invalid picture " + path + ": " + problem};
@@ -80,30 +77,18 @@ std::vector<std::uint8_t> ReadWholeFile(const std::string& path)
     return bytes;
 }
 
-int CountJpegScans(std::span<const std::uint8_t> file)
-{
-    if (file.size() < 2 || file[0] != 0xFF || file[1] != 0xD8)
-        return 0;
-    int scans = 0;
-    for (std::size_t i = 2; i + 1 < file.size(); ++i)
-        scans += file[i] == 0xFF && file[i + 1] == 0xDA;
-    return scans;
-}
-
 picturecodec::Size CheckedSize(const std::string& path, std::span<const std::uint8_t> file)
 {
-    const auto size = picturecodec::ReadSize(file);
-    if (!size)
-        RaiseInvalid(path, "this is not a PNG, JPEG, BMP, GIF or TGA file");
-    const auto [width, height] = *size;
+    const picturecodec::Header header = picturecodec::ReadHeader(file);
+    if (!header.problem.empty())
+        RaiseInvalid(path, header.problem);
+    const auto [width, height] = header.size;
     if (width < 1 || height < 1 || width > Bitmap::MaximumSide || height > Bitmap::MaximumSide ||
         std::int64_t{width} * height > MaximumPixels)
         RaiseInvalid(path, std::to_string(width) + " by " + std::to_string(height) + " pixels cannot be loaded");
     if (std::int64_t{width} * height > MaximumPixelsPerByte * static_cast<std::int64_t>(file.size()))
         RaiseInvalid(path, "the file ends before its picture does");
-    if (CountJpegScans(file) > MaximumScans)
-        RaiseInvalid(path, "it has too many scans");
-    return *size;
+    return header.size;
 }
 
 /// What decoding may take: the packed data once more, and for 16-bit pictures the unpacked data, the picture, and the

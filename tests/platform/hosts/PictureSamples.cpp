@@ -1,7 +1,9 @@
 // Picture files in memory, written by another program's encoders or by hand.
 #include "platform/hosts/PictureSamples.h"
 
+#include <cstdio> // the JPEG encoder's header needs it
 #include <cstdlib>
+#include <jpeglib.h>
 
 #define STBI_WRITE_NO_STDIO
 #define STB_IMAGE_WRITE_STATIC
@@ -51,7 +53,55 @@ void AppendChunk(FileBytes& file, const std::string& name, const FileBytes& data
     AppendBigEndian(file, stbiw__crc32(named.data(), static_cast<int>(named.size())));
 }
 
+FileBytes GreyBytes()
+{
+    FileBytes grey;
+    for (int y = 0; y < Height; ++y)
+        for (int x = 0; x < Width; ++x)
+            grey.push_back(static_cast<std::uint8_t>(GreyAt(x, y)));
+    return grey;
+}
+
+/// Any black will do where the product of its light and a channel's is what the pixel shows.
+FileBytes CmykBytes(bool storesLight)
+{
+    FileBytes cmyk;
+    for (int y = 0; y < Height; ++y)
+        for (int x = 0; x < Width; ++x)
+        {
+            const std::uint32_t black = static_cast<std::uint32_t>(204 + 3 * x); // above all channels of PixelAt
+            for (const int shift : {16, 8, 0})
+                cmyk.push_back(static_cast<std::uint8_t>((PixelAt(x, y) >> shift & 0xFF) * 255 / black));
+            cmyk.push_back(static_cast<std::uint8_t>(black));
+        }
+    if (!storesLight)
+        for (std::uint8_t& light : cmyk)
+            light = static_cast<std::uint8_t>(255 - light);
+    return cmyk;
+}
+
+void SetUp(jpeg_compress_struct& encoder, JpegKind kind, int channels)
+{
+    encoder.image_width = Width;
+    encoder.image_height = Height;
+    encoder.input_components = channels;
+    encoder.in_color_space = channels == 1 ? JCS_GRAYSCALE : channels == 3 ? JCS_RGB : JCS_CMYK;
+    jpeg_set_defaults(&encoder);
+    jpeg_set_quality(&encoder, 100, TRUE);
+    if (kind == JpegKind::Progressive)
+        jpeg_simple_progression(&encoder);
+    if (kind == JpegKind::AdobeYcck)
+        jpeg_set_colorspace(&encoder, JCS_YCCK);
+    if (kind == JpegKind::Cmyk)
+        encoder.write_Adobe_marker = FALSE;
+}
+
 } // namespace
+
+std::uint32_t GreyAt(int x, int y)
+{
+    return static_cast<std::uint32_t>(x * 8 + y * 10) * 0x010101;
+}
 
 std::uint32_t PixelAt(int x, int y)
 {
@@ -70,6 +120,33 @@ FileBytes Jpeg()
 {
     FileBytes file;
     stbi_write_jpg_to_func(Append, &file, Width, Height, 3, RgbBytes().data(), 100);
+    return file;
+}
+
+FileBytes JpegOf(JpegKind kind)
+{
+    FileBytes pixels = kind == JpegKind::Grey          ? GreyBytes()
+                       : kind == JpegKind::Progressive ? RgbBytes()
+                                                       : CmykBytes(kind != JpegKind::Cmyk);
+    const int rowBytes = static_cast<int>(pixels.size()) / Height;
+    jpeg_error_mgr errors{};
+    jpeg_compress_struct encoder{};
+    encoder.err = jpeg_std_error(&errors);
+    jpeg_create_compress(&encoder);
+    unsigned char* bytes = nullptr;
+    unsigned long count = 0;
+    jpeg_mem_dest(&encoder, &bytes, &count);
+    SetUp(encoder, kind, rowBytes / Width);
+    jpeg_start_compress(&encoder, TRUE);
+    for (int y = 0; y < Height; ++y)
+    {
+        JSAMPROW row = pixels.data() + y * rowBytes;
+        jpeg_write_scanlines(&encoder, &row, 1);
+    }
+    jpeg_finish_compress(&encoder);
+    jpeg_destroy_compress(&encoder);
+    FileBytes file{bytes, bytes + count};
+    std::free(bytes); // NOLINT: the encoder's own malloc
     return file;
 }
 
@@ -133,10 +210,10 @@ FileBytes BmpPromising(std::int32_t width, std::int32_t height)
 
 FileBytes JpegWithScans(int scans)
 {
-    FileBytes file = Jpeg();
+    FileBytes file = JpegOf(JpegKind::Progressive);
     file.resize(file.size() - 2); // the end marker comes last
     for (int i = 0; i < scans; ++i)
-        file.insert(file.end(), {0xFF, 0xDA, 0, 12, 3, 1, 0, 2, 0x11, 3, 0x11, 0, 63, 0});
+        file.insert(file.end(), {0xFF, 0xDA, 0, 8, 1, 2, 0, 1, 63, 0}); // the second channel's, of no data
     file.insert(file.end(), {0xFF, 0xD9});
     return file;
 }

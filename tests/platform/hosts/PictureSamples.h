@@ -15,8 +15,24 @@ inline constexpr int Width = 16;
 inline constexpr int Height = 12;
 std::uint32_t PixelAt(int x, int y);
 
+/// The same of the grey JPEG.
+std::uint32_t GreyAt(int x, int y);
+
 FileBytes Png();
 FileBytes Jpeg();
+
+/// JPEG files as another encoder writes them. Of the CMYK files, plain ones store ink; those with Adobe's mark store
+/// light, the inverse.
+enum class JpegKind
+{
+    Progressive,
+    Grey,
+    Cmyk,
+    AdobeCmyk,
+    AdobeYcck
+};
+FileBytes JpegOf(JpegKind kind);
+
 FileBytes Bmp();
 FileBytes TgaRunLength();
 
@@ -29,7 +45,7 @@ FileBytes PngPromising(std::uint32_t width, std::uint32_t height, std::size_t un
 /// A 54-byte BMP header without pixels.
 FileBytes BmpPromising(std::int32_t width, std::int32_t height);
 
-/// A JPEG file with `scans` more starts of a scan than it has pixels for.
+/// A progressive JPEG file with `scans` more scans than it needs.
 FileBytes JpegWithScans(int scans);
 
 } // namespace lumora::samples
