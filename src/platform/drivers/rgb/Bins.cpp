@@ -20,6 +20,7 @@ void Bins::Clear()
     pairs.Clear();
     references.Clear();
     coveredPixels = 0;
+    hasOneState = true;
 }
 
 void Bins::Close(std::uint32_t tileCount)

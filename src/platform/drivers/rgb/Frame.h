@@ -151,10 +151,16 @@ struct Bins
     Buffer<std::uint32_t> offsets; ///< of each tile's first reference, one more than there are tiles
     Buffer<std::uint16_t> references;
     std::uint64_t coveredPixels = 0; ///< an upper bound: how much work this is
+    bool hasOneState = true;         ///< all records have the first one's
 
     std::size_t HeldBytes() const;
 
     void Clear();
+    /// A record of this state may come next.
+    void NoteState(std::uint32_t state)
+    {
+        hasOneState = hasOneState && (records.Size() == 0 || records[0].state == state);
+    }
     /// Sorts the pairs by tile.
     void Close(std::uint32_t tileCount);
 };

@@ -66,7 +66,7 @@ public:
     /// Answers how many primitives were set up: all, or fewer once the bins are full.
     std::uint32_t Run(const Segment& segment)
     {
-        state_ = segment.state;
+        SetState(segment.state);
         part_ = segment.part;
         switch (State().primitive)
         {
@@ -86,11 +86,14 @@ public:
 
     std::uint32_t RunSorted(const Segment& segment)
     {
+        constexpr std::uint32_t Ahead = 16; // what is sorted lies all over the memory
         std::uint32_t done = 0;
         for (; done < segment.count && !(done != 0 && IsFull()); ++done)
         {
+            if (done + Ahead < segment.count)
+                __builtin_prefetch(batch_.sorted.Data() + batch_.order[segment.first + done + Ahead].number);
             const SortedTriangle& sorted = batch_.sorted[batch_.order[segment.first + done].number];
-            state_ = sorted.state;
+            SetState(sorted.state);
             part_ = sorted.part;
             AddSurvivor(sorted.vertex, sorted.triangle, sorted.tiles);
         }
@@ -100,6 +103,11 @@ public:
 private:
     static constexpr auto Unfinished = static_cast<std::uint32_t>(TriangleSurvivors::Unfinished);
 
+    void SetState(std::uint32_t state)
+    {
+        state_ = state;
+        bins_.NoteState(state);
+    }
     const DrawState& State() const { return batch_.states[state_]; }
     const Part& CurrentPart() const { return batch_.parts[part_]; }
     const DrawMesh& Mesh() const { return *CurrentPart().mesh; }

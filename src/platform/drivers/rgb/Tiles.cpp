@@ -38,9 +38,7 @@ public:
         while (first < end)
         {
             const std::uint32_t number = bins.records[references[first]].state;
-            std::uint32_t last = first + 1;
-            while (last < end && bins.records[references[last]].state == number)
-                ++last;
+            const std::uint32_t last = bins.hasOneState ? end : EndOfRun(bins, first, end);
             const DrawState& state = batch_.states[number];
             if (state.primitive == Primitive::Clear)
             {
@@ -65,6 +63,15 @@ public:
     }
 
 private:
+    static std::uint32_t EndOfRun(const Bins& bins, std::uint32_t first, std::uint32_t end)
+    {
+        const std::uint32_t state = bins.records[bins.references[first]].state;
+        std::uint32_t last = first + 1;
+        while (last < end && bins.records[bins.references[last]].state == state)
+            ++last;
+        return last;
+    }
+
     enum class Colors
     {
         Untouched, ///< in the target
