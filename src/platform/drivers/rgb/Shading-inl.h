@@ -119,20 +119,6 @@ LANES_INLINE Floats Blend(Floats from, Floats to, Floats t)
     return from + (to - from) * t;
 }
 
-/// Blocks of four numbers as lanes.
-struct BlockLanes
-{
-    Floats value[4];
-
-    /// `at(lane)` is a block's place.
-    template<typename At>
-    LANES_INLINE explicit BlockLanes(At at)
-    {
-        LoadQuads([&](int lane) LANES_LAMBDA { return reinterpret_cast<const float*>(at(lane)); }, value[0], value[1],
-                  value[2], value[3]);
-    }
-};
-
 /// A mip level for each lane.
 struct LevelLanes
 {
@@ -165,7 +151,7 @@ LANES_INLINE Texel SampleNearest(const MipChain& texture, const LevelLanes& leve
 {
     const Ints x = WithinSide(Truncated(u * ToFloats(level.width)), level.width);
     const Ints y = WithinSide(Truncated(v * ToFloats(level.height)), level.height);
-    return Unpacked<HasAlpha>(Gather(texture.texels.data(), ShiftedLeft<1>(level.RowStart(y) + x)));
+    return Unpacked<HasAlpha>(Gather(texture.texels.data(), level.RowStart(y) + x));
 }
 
 /// The texel number before a place, wrapped, and how far the place is from it.
@@ -178,20 +164,26 @@ LANES_INLINE Floats Neighbour(Floats place, Ints side, Ints& first)
     return shifted - low;
 }
 
+/// Two texels side by side, blended.
+template<bool HasAlpha>
+LANES_INLINE Texel BlendPair(const MipChain& texture, Ints place, Floats along)
+{
+    Ints left, right;
+    LoadPairs<1>(reinterpret_cast<const std::int32_t*>(texture.texels.data()), place, left, right);
+    return Blend<HasAlpha>(Unpacked<HasAlpha>(left), Unpacked<HasAlpha>(right), along);
+}
+
 template<bool HasAlpha>
 LANES_INLINE Texel SampleLinear(const MipChain& texture, const LevelLanes& level, Floats u, Floats v)
 {
     Ints left, top;
     const Floats alongX = Neighbour(u * ToFloats(level.width), level.width, left);
     const Floats alongY = Neighbour(v * ToFloats(level.height), level.height, top);
-    std::int32_t places[LaneCount];
-    Store(level.RowStart(top) + left, places);
-    const auto* const texels = reinterpret_cast<const float*>(texture.texels.data());
-    const BlockLanes four{[&](int lane) LANES_LAMBDA
-                          { return texels + 2 * std::size_t{static_cast<std::uint32_t>(places[lane])}; }};
-    const auto texel = [&](int number) LANES_LAMBDA { return Unpacked<HasAlpha>(BitsOf(four.value[number])); };
-    return Blend<HasAlpha>(Blend<HasAlpha>(texel(0), texel(2), alongX), Blend<HasAlpha>(texel(1), texel(3), alongX),
-                           alongY);
+    const Ints next = top + Splat(1);
+    const Ints bottom = Choose(IsLess(next, level.height), next, Splat(0));
+    const Texel upper = BlendPair<HasAlpha>(texture, level.RowStart(top) + left, alongX);
+    const Texel lower = BlendPair<HasAlpha>(texture, level.RowStart(bottom) + left, alongX);
+    return Blend<HasAlpha>(upper, lower, alongY);
 }
 
 template<bool IsLinear, bool HasAlpha>

@@ -42,59 +42,45 @@ bool IsUsable(const TextureImage* image)
 
 MipChain::MipChain(const TextureImage& image)
 {
-    texels.reserve((image.pixels.size() + static_cast<std::size_t>(image.height)) * 8 / 3 + 512);
+    texels.reserve((image.pixels.size() + static_cast<std::size_t>(image.height)) * 4 / 3 + 256);
     width[0] = image.width;
     height[0] = image.height;
-    AddLevel(
-        [&](int x, int y)
-        {
-            return image.pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(image.width) +
-                                static_cast<std::size_t>(x)];
-        });
-    while (width[levelCount - 1] > 1 || height[levelCount - 1] > 1)
-        Halve();
-}
-
-/// `at(x, y)` is a texel. The level's sides are known.
-template<typename At>
-void MipChain::AddLevel(At at)
-{
-    const int columns = width[levelCount];
-    const int rows = height[levelCount];
-    offset[levelCount] = static_cast<std::int32_t>(texels.size() / 2);
-    for (int y = 0; y < rows; ++y)
+    for (int y = 0; y < image.height; ++y)
     {
-        const int below = y + 1 < rows ? y + 1 : 0;
-        for (int x = 0; x <= columns; ++x)
-        {
-            texels.push_back(at(x < columns ? x : 0, y));
-            texels.push_back(at(x < columns ? x : 0, below));
-        }
+        const auto row = image.pixels.begin() + std::ptrdiff_t{y} * image.width;
+        texels.insert(texels.end(), row, row + image.width);
+        texels.push_back(*row);
     }
-    ++levelCount;
+    for (levelCount = 1; width[levelCount - 1] > 1 || height[levelCount - 1] > 1; ++levelCount)
+        AddLevel();
 }
 
-/// The next level, from the last one.
-void MipChain::Halve()
+/// Halves the last level.
+void MipChain::AddLevel()
 {
     const int fineWidth = width[levelCount - 1];
     const int fineHeight = height[levelCount - 1];
     const auto fine = static_cast<std::size_t>(offset[levelCount - 1]);
     const auto texel = [&](int x, int y)
     {
-        return texels[2 * (fine +
-                           static_cast<std::size_t>(std::min(y, fineHeight - 1)) *
-                               (static_cast<std::size_t>(fineWidth) + 1) +
-                           static_cast<std::size_t>(std::min(x, fineWidth - 1)))];
+        return texels[fine +
+                      static_cast<std::size_t>(std::min(y, fineHeight - 1)) *
+                          (static_cast<std::size_t>(fineWidth) + 1) +
+                      static_cast<std::size_t>(std::min(x, fineWidth - 1))];
     };
-    width[levelCount] = std::max(1, fineWidth / 2);
-    height[levelCount] = std::max(1, fineHeight / 2);
-    AddLevel(
-        [&](int x, int y)
-        {
-            return Average(texel(2 * x, 2 * y), texel(2 * x + 1, 2 * y), texel(2 * x, 2 * y + 1),
-                           texel(2 * x + 1, 2 * y + 1));
-        });
+    const int coarseWidth = std::max(1, fineWidth / 2);
+    const int coarseHeight = std::max(1, fineHeight / 2);
+    offset[levelCount] = static_cast<std::int32_t>(texels.size());
+    width[levelCount] = coarseWidth;
+    height[levelCount] = coarseHeight;
+    for (int y = 0; y < coarseHeight; ++y)
+    {
+        const std::size_t first = texels.size();
+        for (int x = 0; x < coarseWidth; ++x)
+            texels.push_back(Average(texel(2 * x, 2 * y), texel(2 * x + 1, 2 * y), texel(2 * x, 2 * y + 1),
+                                     texel(2 * x + 1, 2 * y + 1)));
+        texels.push_back(texels[first]);
+    }
 }
 
 const MipChain* TextureCache::Find(const TextureImage& image)

@@ -28,9 +28,7 @@ struct MipChain
     std::int32_t height[MostLevels]{};
 
 private:
-    template<typename At>
-    void AddLevel(At at);
-    void Halve();
+    void AddLevel();
 };
 
 /// False for nothing and for an image whose pixels do not fill its sides.

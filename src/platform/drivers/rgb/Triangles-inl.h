@@ -299,6 +299,20 @@ struct RecordLanes
     }
 };
 
+/// Blocks of four numbers as lanes.
+struct BlockLanes
+{
+    Floats value[4];
+
+    /// `at(lane)` is a block's place.
+    template<typename At>
+    LANES_INLINE explicit BlockLanes(At at)
+    {
+        LoadQuads([&](int lane) LANES_LAMBDA { return reinterpret_cast<const float*>(at(lane)); }, value[0], value[1],
+                  value[2], value[3]);
+    }
+};
+
 /// Asks for what LoadRecords will read a vector later: the vertices of a tile lie all over the batch.
 template<bool HasCoordinates>
 LANES_INLINE void PrefetchRecords(const Batch& batch, const Bins& bins, const std::uint16_t* references,
