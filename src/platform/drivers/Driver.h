@@ -212,7 +212,8 @@ public:
     /// Starts a pass. Passes do not nest.
     virtual void Begin(const PassState& pass) = 0;
 
-    /// Draws one item of the pass; the driver may put the work off until Finish.
+    /// Draws one item of the pass; the driver may put the work off until Finish, and hold the mesh until the next
+    /// picture begins.
     virtual void Draw(const DrawItem& item) = 0;
 
     virtual void End() = 0;

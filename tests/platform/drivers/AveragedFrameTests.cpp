@@ -211,6 +211,54 @@ TEST(AveragedFrames, let_go_of_their_own_meshes_only_when_something_is_drawn_ove
     EXPECT_TRUE(above.expired());
 }
 
+/// Finishing in between, and drawing on the target by hand, must not show in what follows.
+TEST(FinishedFrames, are_drawn_over_at_the_depths_they_have)
+{
+    constexpr std::uint32_t ByHand = 0x123456;
+    const DrawItem first = Solid(Confetti(1000, 3, 0.6F, 0xFF, 1));
+    const DrawItem second = Solid(Sphere(1, 20, 20, 0xFFB09070));
+    const PassState pass = PerspectivePass(200, 150, {.eye = {0, 0.5, -4}, .field = 0.7});
+    for (const int threads : {1, 3})
+        for (const bool clearsPart : {false, true})
+        {
+            Canvas once{200, 150};
+            Canvas twice{200, 150};
+            for (Canvas* canvas : {&once, &twice})
+            {
+                const std::unique_ptr<Driver> driver = MakeRgbDriver({.threads = threads});
+                const auto draw = [&](const DrawItem& item)
+                {
+                    driver->Begin(pass);
+                    driver->Draw(item);
+                    driver->End();
+                };
+                const auto finishBetween = [&]
+                {
+                    if (canvas != &twice)
+                        return;
+                    driver->Finish();
+                    driver->Finish();
+                    canvas->View().Row(0)[0] = ByHand;
+                };
+                driver->SetTarget(canvas->View());
+                for (const std::uint32_t background : {0x102030U, 0x302010U}) // the second one knows what comes
+                {
+                    driver->Clear({true, true}, canvas->View().Bounds(), background);
+                    draw(first);
+                    finishBetween();
+                    if (clearsPart)
+                        driver->Clear({false, true}, {0, 0, 100, 150}, 0);
+                    finishBetween();
+                    draw(second);
+                    driver->Finish();
+                }
+            }
+            EXPECT_EQ(twice.At(0, 0), ByHand);
+            once.View().Row(0)[0] = ByHand;
+            EXPECT_EQ(CountDifferent(once, twice), 0) << "threads " << threads << ", clears part " << clearsPart;
+        }
+}
+
 TEST(AveragedFrames, may_be_too_large_to_be_drawn_at_once)
 {
     // More vertices than one batch takes.

@@ -1,7 +1,7 @@
 // The kernels once for each instruction set that Highway compiles for; the processor decides at run time.
 #include "platform/drivers/rgb/KernelSets.h"
-#include "platform/drivers/rgb/MeshFacts.h"
 #include "platform/drivers/rgb/LineSteps.h"
+#include "platform/drivers/rgb/MeshFacts.h"
 #include "platform/drivers/rgb/Winding.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // The kernels without vector instructions: for builds without Highway, and to test the others against.
 #include "platform/drivers/rgb/KernelSets.h"
-#include "platform/drivers/rgb/MeshFacts.h"
 #include "platform/drivers/rgb/LineSteps.h"
+#include "platform/drivers/rgb/MeshFacts.h"
 #include "platform/drivers/rgb/Winding.h"
 
 #include <algorithm>

@@ -44,6 +44,8 @@ Pipeline::Pipeline(int threads, SimdLevel simd, const RgbLimits& limits)
 void Pipeline::SetTarget(const PixelView& target)
 {
     target_ = {};
+    DropRecorded();
+    isDepthWanted_ = false;
     const auto tiles = [](int side) { return static_cast<std::uint32_t>((side + TileSize - 1) >> TileShift); };
     depth_.Reset(tiles(target.width) * tiles(target.height));
     most_.tiles = std::max(most_.tiles, std::size_t{tiles(target.width)} * tiles(target.height));
@@ -81,7 +83,8 @@ void Pipeline::RecordClear(ClearParts parts, const PixelRect& area, std::uint32_
 {
     if (area.IsEmpty())
         return;
-    if (IsClearOfAll(parts, area))
+    const bool replacesDepth = parts.depth && area == target_.Bounds();
+    if (IsClearOfAll(parts, area) || (putOff_ == PutOff::Depth && replacesDepth))
         DropRecorded();
     else
         DrawPutOff();
@@ -112,11 +115,13 @@ void Pipeline::DrawRecorded()
     DropRecorded();
 }
 
-/// What comes next needs the target.
+/// What comes next needs the target and its depths.
 void Pipeline::DrawPutOff()
 {
-    if (isPutOff_)
-        DrawRecorded();
+    if (putOff_ == PutOff::Nothing)
+        return;
+    isDepthWanted_ = true;
+    DrawRecorded();
 }
 
 void Pipeline::CountRecorded()
@@ -135,19 +140,25 @@ void Pipeline::CountRecorded()
 
 void Pipeline::Finish()
 {
+    if (putOff_ == PutOff::Depth) // nothing was recorded since
+        return EndPicture();
     DrawWaiting();
-    DrawRecorded();
+    mayPutOff_ = !isDepthWanted_;
+    RunRecorded();
+    if (putOff_ == PutOff::Nothing)
+        DropRecorded();
     EndPicture();
 }
 
 bool Pipeline::FinishAveraged(const PixelView& averages, int factor)
 {
-    if (TileSize % factor != 0)
+    if (TileSize % factor != 0 || putOff_ == PutOff::Depth) // the target may have been drawn on
         return false;
     DrawWaiting();
+    mayPutOff_ = true;
     averages_ = {averages, factor, Averages::State::Wanted};
     RunRecorded();
-    if (!isPutOff_)
+    if (putOff_ == PutOff::Nothing)
         DropRecorded();
     EndPicture();
     return std::exchange(averages_, {}).state == Averages::State::Taken;
@@ -160,7 +171,7 @@ void Pipeline::DropRecorded()
     items_.clear();
     waiting_.erase(waiting_.begin(), waiting_.begin() + static_cast<std::ptrdiff_t>(firstWaiting_));
     firstWaiting_ = 0;
-    isPutOff_ = false;
+    putOff_ = PutOff::Nothing;
     if (waiting_.empty())
     {
         facts_.Release();
@@ -192,19 +203,22 @@ void Pipeline::Forget()
     firstWaiting_ = 0;
     facts_.Release();
     passCount_ = 0;
-    isPutOff_ = false;
+    putOff_ = PutOff::Nothing;
+    mayPutOff_ = false;
     averages_ = {};
 }
 
 void Pipeline::RunRecorded()
 {
-    isPutOff_ = false;
+    takesColors_ = putOff_ != PutOff::Depth; // else they are there, and may have been drawn on
+    putOff_ = PutOff::Nothing;
     isFirstRound_ = true;
     CountRecorded();
     planner_.Start(target_.Bounds(), kernels_);
     for (const Command& command : commands_)
         RunCommand(command, &command == &commands_.back());
     RunBatch(true);
+    mayPutOff_ = false;
 }
 
 void Pipeline::RunCommand(const Command& command, bool isLast)
@@ -452,21 +466,24 @@ DriverMemory Pipeline::Memory() const
 
 TileOutput Pipeline::OutputOf(bool isLastRound)
 {
-    const bool isFirstRound = std::exchange(isFirstRound_, false);
+    const Command& first = commands_.front();
+    const bool isWholePicture = std::exchange(isFirstRound_, false) && isLastRound && mayPutOff_ &&
+                                first.kind == Command::Kind::Clear && IsClearOfAll(first.parts, first.area);
     TileOutput output;
     output.target = target_;
-    output.depth = &depth_;
+    output.takesColors = takesColors_;
+    output.depth = isWholePicture ? nullptr : &depth_;
+    putOff_ = isWholePicture ? PutOff::Depth : PutOff::Nothing;
     if (!isLastRound || averages_.state != Averages::State::Wanted)
         return output;
     averages_.state = Averages::State::Taken;
     output.averages = averages_.view;
     output.factor = averages_.factor;
     output.averagingKernels = averagingKernels_;
-    const Command& first = commands_.front();
-    if (isFirstRound && first.kind == Command::Kind::Clear && IsClearOfAll(first.parts, first.area))
+    if (isWholePicture)
     {
-        output.depth = nullptr;
-        isPutOff_ = true;
+        output.takesColors = false;
+        putOff_ = PutOff::Picture;
     }
     return output;
 }

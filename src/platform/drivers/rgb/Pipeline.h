@@ -39,10 +39,12 @@ public:
 
     /// Draws everything recorded but what waits to be sorted.
     void DrawRecorded();
+
+    /// As Driver says. A picture that begins with a clear of everything and goes through the stages at once leaves its
+    /// depths in the threads' near caches; the recording is kept then, so that they can be had yet.
     void Finish();
 
-    /// As Driver says. Where what was recorded begins with a clear of everything and goes through the stages at once,
-    /// tiles live in their thread's near cache only; the recording is kept then, so that the target can be drawn yet.
+    /// As Driver says. For such a picture the target is left behind, too.
     bool FinishAveraged(const PixelView& averages, int factor);
 
     /// Drops everything recorded.
@@ -88,6 +90,14 @@ private:
         State state = State::None;
     };
 
+    /// What is not there of what was recorded and drawn.
+    enum class PutOff
+    {
+        Nothing,
+        Depth,
+        Picture, ///< depth and colors: they are in the averages only
+    };
+
     bool IsClearOfAll(ClearParts parts, const PixelRect& area) const;
     void DrawPutOff();
     void DropRecorded();
@@ -127,9 +137,12 @@ private:
     std::vector<RecordedItem> waiting_;
     std::size_t firstWaiting_ = 0; ///< those before have their command
     std::vector<Command> commands_;
-    bool isPutOff_ = false; ///< all of it is in the averages that were taken, and not yet in the target
+    PutOff putOff_ = PutOff::Nothing;
+    bool mayPutOff_ = false;     ///< nothing is drawn over what is being drawn, as far as known
+    bool isDepthWanted_ = false; ///< somebody draws over finished pictures of this target
 
     Averages averages_;
+    bool takesColors_ = true;   ///< the target
     bool isFirstRound_ = false; ///< nothing of what was recorded has been drawn yet
 
     // Work space.

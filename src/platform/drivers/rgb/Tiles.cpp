@@ -56,7 +56,7 @@ public:
 
     void Finish() const
     {
-        if (output_.depth != nullptr)
+        if (output_.takesColors)
             Store();
         if (output_.averages.pixels != nullptr)
             Average();

@@ -47,7 +47,8 @@ struct TileScratch
 struct TileOutput
 {
     PixelView target;
-    /// Null when neither the target nor its depths take the tile. Then the first thing in the bins clears all of it.
+    bool takesColors = true; ///< the target; otherwise the first thing in the bins clears all of it
+    /// Null when nobody needs the depths. Then the first thing in the bins clears all of them.
     DepthStore* depth = nullptr;
     /// Without pixels when no averages are wanted.
     PixelView averages;
