@@ -90,11 +90,8 @@ void DepthSort::Count(std::size_t list, std::span<const SortedTriangle> triangle
 std::uint32_t DepthSort::Place()
 {
     std::uint32_t end = 0;
-    for (List& list : lists_)
-    {
-        list.first = end;
+    for (const List& list : lists_)
         end += list.count;
-    }
     std::uint32_t place = 0;
     for (std::uint32_t bucket = 0; bucket < Buckets; ++bucket)
     {
@@ -105,13 +102,12 @@ std::uint32_t DepthSort::Place()
     return end;
 }
 
-void DepthSort::Distribute(std::size_t list, std::span<const SortedTriangle> triangles, SortedTriangle* sorted,
-                           SortedPlace* order)
+void DepthSort::Distribute(std::size_t list, std::span<const SortedTriangle> triangles, SortedPlace* order)
 {
     List& from = lists_[list];
-    std::ranges::copy(triangles, sorted + from.first);
     for (std::uint32_t i = 0; i < from.count; ++i)
-        order[from.places[BucketOf(triangles[i].key)]++] = {triangles[i].key, from.first + i};
+        order[from.places[BucketOf(triangles[i].key)]++] = {triangles[i].key,
+                                                            SortedPlace::NumberOf(static_cast<std::uint32_t>(list), i)};
 }
 
 void DepthSort::SortBuckets(std::uint32_t first, SortedPlace* order) const

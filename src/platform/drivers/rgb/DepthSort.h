@@ -28,9 +28,8 @@ public:
     /// After all are counted. Answers how many there are.
     std::uint32_t Place();
 
-    /// Writes a list's triangles, counted before, to where they belong. Both have room for all.
-    void Distribute(std::size_t list, std::span<const SortedTriangle> triangles, SortedTriangle* sorted,
-                    SortedPlace* order);
+    /// Writes the places of a list's triangles, counted before, to where they belong. `order` has room for all.
+    void Distribute(std::size_t list, std::span<const SortedTriangle> triangles, SortedPlace* order);
 
     /// After all are distributed: sorts BucketsPerTask buckets, from `first` on.
     void SortBuckets(std::uint32_t first, SortedPlace* order) const;
@@ -40,7 +39,6 @@ public:
 private:
     struct List
     {
-        std::uint32_t first = 0; ///< among all triangles
         std::uint32_t count = 0;
         std::uint32_t places[Buckets] = {}; ///< in the order: how many, then the next one's
     };

@@ -302,8 +302,14 @@ struct CollectedTriangles
 /// A place in the order of drawing.
 struct SortedPlace
 {
+    static constexpr int PlaceBits = 12; ///< no unit has more primitives
+
     std::uint32_t key;
-    std::uint32_t number; ///< of a SortedTriangle
+    std::uint32_t number; ///< of the list that holds the triangle, and its place there
+
+    static std::uint32_t NumberOf(std::uint32_t list, std::uint32_t place) { return list << PlaceBits | place; }
+    std::uint32_t List() const { return number >> PlaceBits; }
+    std::uint32_t Place() const { return number & ((1U << PlaceBits) - 1); }
 };
 
 /// What goes through the stages together.
@@ -315,17 +321,21 @@ struct Batch
     std::vector<WorkUnit> units;
     std::vector<VertexTask> vertexTasks;
     VertexBlocks vertices;
-    VertexBlocks faces;                  ///< colors and highlights only
-    Buffer<std::uint8_t> isCulled;       ///< of triangles, for lines and points
-    Buffer<std::uint32_t> pointVertices; ///< that points draw
-    std::vector<WorkUnit> waitingUnits;  ///< triangles that are sorted, before they are
-    Buffer<SortedTriangle> sorted;       ///< in order of submission
+    VertexBlocks faces;                        ///< colors and highlights only
+    Buffer<std::uint8_t> isCulled;             ///< of triangles, for lines and points
+    Buffer<std::uint32_t> pointVertices;       ///< that points draw
+    std::vector<WorkUnit> waitingUnits;        ///< triangles that are sorted, before they are
+    std::vector<CollectedTriangles> collected; ///< a list for each of them
     Buffer<SortedPlace> order;
     PixelRect target;
     int tilesPerRow = 0;
     std::uint32_t tileCount = 0;
     const struct Kernels* kernels = nullptr;
 
+    const SortedTriangle& At(const SortedPlace& place) const
+    {
+        return collected[place.List()].triangles[place.Place()];
+    }
     std::span<const Segment> SegmentsOf(const WorkUnit& unit) const
     {
         return std::span{segments}.subspan(unit.firstSegment, unit.segmentCount);

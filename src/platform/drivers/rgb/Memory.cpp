@@ -58,7 +58,7 @@ void WorkCounts::Include(const WorkCounts& other)
 std::size_t BatchBytes(const WorkCounts& counts)
 {
     return BytesPerVertex * counts.vertices + BytesPerFace * counts.faces + counts.facings +
-           (2 * BytesPerSorted) * counts.waiting;
+           BytesPerSorted * counts.waiting;
 }
 
 std::size_t MostPairs(const RgbLimits& limits)
@@ -79,8 +79,8 @@ std::size_t UnitBytes(const WorkCounts& counts, const RgbLimits& limits)
 
 std::size_t MostBytes(const WorkCounts& counts, const RgbLimits& limits)
 {
-    // Collected by units, which share the triangles out differently each time; put together; ordered.
-    constexpr std::size_t PerWaiting = 3 * Grown(sizeof(SortedTriangle)) + Grown(sizeof(SortedPlace));
+    // Collected by units, which share the triangles out differently each time; ordered.
+    constexpr std::size_t PerWaiting = 2 * Grown(sizeof(SortedTriangle)) + Grown(sizeof(SortedPlace));
     const std::size_t perThread = sizeof(TileScratch) + UnitBytes(counts, limits);
     const std::size_t batch = BytesPerVertex * counts.vertices + BytesPerFace * counts.faces + counts.facings +
                               7 * counts.points + 2 * counts.meshVertices + PerWaiting * counts.waiting;

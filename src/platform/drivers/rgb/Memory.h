@@ -36,7 +36,7 @@ struct WorkCounts
     void Include(const WorkCounts& other);
 };
 
-/// Bytes that a batch of these counts takes beside what is fixed: 64 a vertex, 32 a face, 1 a facing, 80 a waiting
+/// Bytes that a batch of these counts takes beside what is fixed: 64 a vertex, 32 a face, 1 a facing, 40 a waiting
 /// triangle. What RgbLimits::batchBytes limits.
 std::size_t BatchBytes(const WorkCounts& counts);
 
@@ -44,7 +44,7 @@ std::size_t BatchBytes(const WorkCounts& counts);
 ///
 ///   tiles    16,641 a tile (depth 4 bytes a pixel, 256 for blocks, 1)
 ///   threads  33,088 a thread (the colors and depth of a tile), and what one work unit may overshoot: see UnitBytes
-///   batch    64 a vertex, 32 a face, 1 a facing, 7 a point, 2 a vertex of a mesh of points, 156 a waiting triangle
+///   batch    64 a vertex, 32 a face, 1 a facing, 7 a point, 2 a vertex of a mesh of points, 108 a waiting triangle
 ///   bins     three times RgbLimits::roundBytes: what is kept, and what a round fills with room to grow
 ///   lists    about 1,200 a state, 4,264 a unit, 1,200 a recorded item, 1,900 a pass, 200 a light
 ///   meshes   256 a mesh, 4 a face, about 60 a group, 16 a triangle (of meshes drawn as lines or points)

@@ -282,28 +282,26 @@ void Pipeline::RequireRoom() const
 void Pipeline::SortWaiting(bool alone)
 {
     const std::size_t units = batch_.waitingUnits.size();
-    if (collected_.size() < units)
-        collected_.resize(units);
+    if (batch_.collected.size() < units)
+        batch_.collected.resize(units);
     Share(units, alone,
-          [&](std::size_t unit, int) { CollectSorted(batch_, batch_.waitingUnits[unit], collected_[unit]); });
+          [&](std::size_t unit, int) { CollectSorted(batch_, batch_.waitingUnits[unit], batch_.collected[unit]); });
     std::uint32_t least = ~std::uint32_t{0};
     std::uint32_t greatest = 0;
     for (std::size_t unit = 0; unit < units; ++unit)
     {
-        least = std::min(least, collected_[unit].leastKey);
-        greatest = std::max(greatest, collected_[unit].greatestKey);
+        least = std::min(least, batch_.collected[unit].leastKey);
+        greatest = std::max(greatest, batch_.collected[unit].greatestKey);
     }
     depthSort_.Start(units);
     depthSort_.SetRange(std::min(least, greatest), greatest);
-    Share(units, alone, [&](std::size_t unit, int) { depthSort_.Count(unit, collected_[unit].triangles.Items()); });
+    Share(units, alone,
+          [&](std::size_t unit, int) { depthSort_.Count(unit, batch_.collected[unit].triangles.Items()); });
     const std::uint32_t count = depthSort_.Place();
-    batch_.sorted.Resize(count);
     batch_.order.Resize(count);
     Share(units, alone,
-          [&](std::size_t unit, int) {
-              depthSort_.Distribute(unit, collected_[unit].triangles.Items(), batch_.sorted.Data(),
-                                    batch_.order.Data());
-          });
+          [&](std::size_t unit, int)
+          { depthSort_.Distribute(unit, batch_.collected[unit].triangles.Items(), batch_.order.Data()); });
     Share(DepthSort::Buckets / DepthSort::BucketsPerTask, alone,
           [&](std::size_t task, int)
           {
@@ -456,10 +454,10 @@ DriverMemory Pipeline::Memory() const
     for (const Pass& pass : passes_)
         held += HeldBy(pass.lights);
     held += planner_.HeldBytes() + depthSort_.HeldBytes();
-    held += HeldBy(bins_) + HeldBy(unitStates_) + HeldBy(unitPlaces_) + HeldBy(collected_);
+    held += HeldBy(bins_) + HeldBy(unitStates_) + HeldBy(unitPlaces_) + HeldBy(batch_.collected);
     for (const Bins& bins : bins_)
         held += bins.HeldBytes();
-    for (const CollectedTriangles& collected : collected_)
+    for (const CollectedTriangles& collected : batch_.collected)
         held += collected.triangles.CapacityInBytes();
     return {held, MostBytes(most_, limits_)};
 }

@@ -153,7 +153,6 @@ private:
     std::vector<UnitPlace> unitPlaces_;         ///< where each of them stopped
     UnitPlace from_;                            ///< where the next round starts within its first unit
     Buffer<TileScratch> scratch_;               ///< for each thread
-    std::vector<CollectedTriangles> collected_; ///< for each waiting unit
     DepthSort depthSort_;
     WorkCounts most_; ///< so far
 };

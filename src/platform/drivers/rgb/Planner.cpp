@@ -162,7 +162,6 @@ void Planner::Start(const PixelRect& target, const Kernels& kernels)
     batch_.units.clear();
     batch_.vertexTasks.clear();
     batch_.pointVertices.Clear();
-    batch_.sorted.Clear();
     batch_.waitingUnits.clear();
     batch_.order.Clear();
     batch_.target = target;
@@ -382,8 +381,7 @@ std::size_t Planner::HeldBytes() const
     return heldBy(batch_.parts, batch_.states, batch_.segments, batch_.units, batch_.vertexTasks, batch_.waitingUnits,
                   keys_, atOnce_, waiting_) +
            batch_.vertices.HeldBytes() + batch_.faces.HeldBytes() + batch_.isCulled.CapacityInBytes() +
-           batch_.pointVertices.CapacityInBytes() + batch_.sorted.CapacityInBytes() + batch_.order.CapacityInBytes() +
-           isTaken_.CapacityInBytes();
+           batch_.pointVertices.CapacityInBytes() + batch_.order.CapacityInBytes() + isTaken_.CapacityInBytes();
 }
 
 void Planner::ReserveVertices()

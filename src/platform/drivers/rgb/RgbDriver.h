@@ -39,7 +39,7 @@ struct RgbOptions
 /// for Finish until the next such clear.
 ///
 /// Memory beside the pixels: 4.1 bytes a pixel for depth, up to 64 a vertex of the largest mesh (or of a million, where
-/// all are smaller), 96 MiB of triangles in bins and for what waits to be sorted 156 a triangle; rgb/Memory.h has the
+/// all are smaller), 96 MiB of triangles in bins and for what waits to be sorted 108 a triangle; rgb/Memory.h has the
 /// whole formula, and Driver::Memory what it comes to. Errors while drawing: RMBadAlloc beyond `limits`.
 std::unique_ptr<Driver> MakeRgbDriver(const RgbOptions& options = {});
 

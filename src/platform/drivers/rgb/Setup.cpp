@@ -91,8 +91,8 @@ public:
         for (; done < segment.count && !(done != 0 && IsFull()); ++done)
         {
             if (done + Ahead < segment.count)
-                __builtin_prefetch(batch_.sorted.Data() + batch_.order[segment.first + done + Ahead].number);
-            const SortedTriangle& sorted = batch_.sorted[batch_.order[segment.first + done].number];
+                __builtin_prefetch(&batch_.At(batch_.order[segment.first + done + Ahead]));
+            const SortedTriangle& sorted = batch_.At(batch_.order[segment.first + done]);
             SetState(sorted.state);
             part_ = sorted.part;
             AddSurvivor(sorted.vertex, sorted.triangle, sorted.tiles);

@@ -8,6 +8,7 @@ namespace lumora::rgb
 
 /// Most primitives in a work unit: clipping makes at most seven triangles of one, and a record's number has 16 bits.
 inline constexpr std::uint32_t MostPrimitives = 4096;
+static_assert(MostPrimitives <= 1U << SortedPlace::PlaceBits);
 
 /// Fills `bins` with the primitives of `unit` from a place on, until they are all there or enter `mostPairs` tiles; one
 /// primitive more may overshoot. Answers where it stopped: a place behind the last segment when all are there.
