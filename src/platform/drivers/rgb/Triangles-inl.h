@@ -7,7 +7,7 @@
 //
 // Everything about small triangles is set up for a vector of them at once.
 //
-// Triangles in a box of up to 32 pixels are drawn by Planes-inl.h and Fragments-inl.h. Larger ones are drawn here by
+// Triangles in a box of up to 64 pixels are drawn by Planes-inl.h and Fragments-inl.h. Larger ones are drawn here by
 // blocks of 8 by 8 pixels, with weights linear in x and y: blocks outside are left out, those inside need no edge
 // tests, and those behind everything drawn are hidden.
 
