@@ -13,8 +13,8 @@ namespace lumora::rgb
 class DepthSort
 {
 public:
-    static constexpr std::uint32_t Buckets = 1024;
-    static constexpr std::uint32_t BucketsPerTask = 16;
+    static constexpr std::uint32_t Buckets = 256;
+    static constexpr std::uint32_t BucketsPerTask = 4;
 
     /// Nothing is counted; there will be lists 0 to `lists` - 1.
     void Start(std::size_t lists);
