@@ -3,14 +3,7 @@
 // Blue and red lie in the two halves of a 32-bit lane, green in the half of another: a half has room for the sum of all
 // samples (16 * 255), so that columns are added lane by lane and neighbours by taking even and odd lanes apart.
 #include "platform/drivers/AveragingKernels.h"
-
-// The same choice as the rasteriser's.
-#define LUMORA_UNUSED_LEVELS (HWY_SSSE3 | HWY_AVX3_DL | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
-#ifdef LUMORA_ONE_SIMD_LEVEL
-#define HWY_DISABLED_TARGETS (LUMORA_UNUSED_LEVELS | HWY_AVX3 | HWY_SSE4)
-#else
-#define HWY_DISABLED_TARGETS LUMORA_UNUSED_LEVELS
-#endif
+#include "platform/drivers/HighwayLevels.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "platform/drivers/AveragingHighway.cpp"

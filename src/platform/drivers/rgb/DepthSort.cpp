@@ -24,29 +24,25 @@ void SortByInsertion(std::span<SortedPlace> places)
     }
 }
 
-/// Puts up to Most places into the order of `Bits` bits of their keys, the lowest of which is bit `shift` of what
-/// exceeds `least`; those of equal bits stay in order.
-class PartSort
-{
-public:
-    static constexpr std::size_t Most = 256;
-    static constexpr int Bits = 5;
+constexpr std::size_t MostInParts = 256;
+constexpr int PartBits = 5;
 
-    static void Run(std::span<SortedPlace> places, std::uint32_t least, int shift)
-    {
-        constexpr std::uint32_t Parts = 1U << Bits;
-        const auto partOf = [&](const SortedPlace& place) { return (place.key - least) >> shift & (Parts - 1); };
-        std::uint32_t next[Parts + 1]{};
-        for (const SortedPlace& place : places)
-            ++next[partOf(place) + 1];
-        for (std::uint32_t part = 1; part < Parts; ++part)
-            next[part] += next[part - 1];
-        SortedPlace sorted[Most];
-        for (const SortedPlace& place : places)
-            sorted[next[partOf(place)]++] = place;
-        std::copy_n(sorted, places.size(), places.begin());
-    }
-};
+/// Puts up to MostInParts places into the order of PartBits bits of their keys, the lowest of which is bit `shift` of
+/// what exceeds `least`; those of equal bits stay in order.
+void SortByParts(std::span<SortedPlace> places, std::uint32_t least, int shift)
+{
+    constexpr std::uint32_t Parts = 1U << PartBits;
+    const auto partOf = [&](const SortedPlace& place) { return (place.key - least) >> shift & (Parts - 1); };
+    std::uint32_t next[Parts + 1]{};
+    for (const SortedPlace& place : places)
+        ++next[partOf(place) + 1];
+    for (std::uint32_t part = 1; part < Parts; ++part)
+        next[part] += next[part - 1];
+    SortedPlace sorted[MostInParts];
+    for (const SortedPlace& place : places)
+        sorted[next[partOf(place)]++] = place;
+    std::copy_n(sorted, places.size(), places.begin());
+}
 
 /// They come in order of submission, and differ in the lowest `shift` bits of what their keys exceed `least` by.
 void SortStretch(std::span<SortedPlace> places, std::uint32_t least, int shift)
@@ -54,14 +50,14 @@ void SortStretch(std::span<SortedPlace> places, std::uint32_t least, int shift)
     constexpr std::size_t Few = 12;
     if (shift == 0)
         return;
-    if (places.size() > PartSort::Most)
+    if (places.size() > MostInParts)
     {
         std::ranges::sort(places, [](const SortedPlace& a, const SortedPlace& b)
                           { return std::tie(a.key, a.number) < std::tie(b.key, b.number); });
         return;
     }
     if (places.size() > Few)
-        PartSort::Run(places, least, std::max(shift - PartSort::Bits, 0));
+        SortByParts(places, least, std::max(shift - PartBits, 0));
     SortByInsertion(places);
 }
 

@@ -1,4 +1,5 @@
 // The kernels once for each instruction set that Highway compiles for; the processor decides at run time.
+#include "platform/drivers/HighwayLevels.h"
 #include "platform/drivers/rgb/KernelSets.h"
 #include "platform/drivers/rgb/LineSteps.h"
 #include "platform/drivers/rgb/MeshFacts.h"
@@ -11,15 +12,6 @@
 #include <cstring>
 #include <limits>
 #include <numeric>
-
-// Levels that would hardly differ from another, or whose vectors cannot be members of a structure. Sanitizers take long
-// to compile each level, and what they find in one they find in all: they get AVX2 alone.
-#define LUMORA_UNUSED_LEVELS (HWY_SSSE3 | HWY_AVX3_DL | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
-#ifdef LUMORA_ONE_SIMD_LEVEL
-#define HWY_DISABLED_TARGETS (LUMORA_UNUSED_LEVELS | HWY_AVX3 | HWY_SSE4)
-#else
-#define HWY_DISABLED_TARGETS LUMORA_UNUSED_LEVELS
-#endif
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "platform/drivers/rgb/KernelsHighway.cpp"

@@ -34,9 +34,10 @@ struct RgbOptions
 /// A driver that draws what Driver.h says. Work is put off until Finish (or SetTarget); until then it keeps the meshes
 /// that were drawn alive. Helper threads start with the first large picture and end with the driver.
 ///
-/// A picture that begins with a clear of everything, goes through the stages at once and is finished by its averages
-/// (of 1, 2, 4, 8 or 16 samples each way) touches neither the target nor the depth buffer. What was recorded is kept
-/// for Finish until the next such clear.
+/// A picture that begins with a clear of everything and goes through the stages at once does not touch the depth
+/// buffer, and where it is finished by its averages (of 1, 2, 4, 8 or 16 samples each way) not the target either. What
+/// was recorded is kept until the next such clear, so that both can be drawn yet: the depths when something is drawn
+/// over the picture, which the driver then expects of that target.
 ///
 /// Memory beside the pixels: 4.1 bytes a pixel for depth, up to 64 a vertex of the largest mesh (or of a million, where
 /// all are smaller), 96 MiB of triangles in bins and for what waits to be sorted 108 a triangle; rgb/Memory.h has the

@@ -1,14 +1,8 @@
 // The tests once for each instruction set that Highway compiles for; the processor decides at run time.
+#include "platform/drivers/HighwayLevels.h"
 #include "platform/scenegraph/rays/MeshTree.h"
 
 #include <bit>
-
-#define LUMORA_UNUSED_LEVELS (HWY_SSSE3 | HWY_AVX3_DL | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
-#ifdef LUMORA_ONE_SIMD_LEVEL
-#define HWY_DISABLED_TARGETS (LUMORA_UNUSED_LEVELS | HWY_AVX3 | HWY_SSE4)
-#else
-#define HWY_DISABLED_TARGETS LUMORA_UNUSED_LEVELS
-#endif
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "platform/scenegraph/rays/KernelsHighway.cpp"
