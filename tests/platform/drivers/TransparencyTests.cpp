@@ -109,6 +109,20 @@ TEST_P(TransparencyOf, sorted_faces_are_drawn_farthest_first_whatever_their_orde
     ExpectColor(Draw(Transparency::Sorted, {Pane(0.5F, HalfGreen), Pane(0.5F, HalfRed)}), 255 * Half, green, 0);
 }
 
+TEST_P(TransparencyOf, sorted_faces_of_equal_depth_keep_their_order_in_a_crowd)
+{
+    constexpr std::uint32_t HalfBlue = 0x800000FF;
+    for (const int others : {6, 40, 400}) // hardly farther
+    {
+        std::vector<DrawItem> items{Pane(0.9F, HalfBlue), Pane(0.5F, HalfGreen)};
+        for (int i = 1; i <= others; ++i)
+            items.push_back(Pane(0.5F + 1.0e-5F * static_cast<float>(1 + i * 7 % others), HalfBlue));
+        items.push_back(Pane(0.5F, HalfRed));
+        const double blue = 255 * (1 - Half) * (1 - Half);
+        ExpectColor(Draw(Transparency::Sorted, items), 255 * Half, 255 * Half * (1 - Half), blue);
+    }
+}
+
 TEST_P(TransparencyOf, sorted_faces_are_hidden_by_opaque_ones_and_shine_over_later_ones)
 {
     const DrawItem wall = Pane(0.5F, 0xFF0000FF);
