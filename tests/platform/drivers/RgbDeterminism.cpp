@@ -42,6 +42,19 @@ DrawItem Flat(DrawItem item)
     return item;
 }
 
+/// Two colors by turns, in a few distances, often in the same one.
+std::vector<DrawItem> Panes(int count)
+{
+    const auto pane = [](std::uint32_t color) {
+        return OneFace({{-0.4F, -0.4F, 0}, {0, 0.4F, 0}, {0.4F, -0.4F, 0}}, color);
+    };
+    const std::shared_ptr<const DrawMesh> colors[] = {pane(0x40FF2010), pane(0x4010FF20)};
+    std::vector<DrawItem> items;
+    for (int i = 0; i < count; ++i)
+        items.push_back(Placed(colors[i % 2], {0.2 * (i % 11) - 1, 0, i % 3 == 0 ? 0.3 : 0.1 * (i % 7)}));
+    return items;
+}
+
 std::vector<LargeScene> LargeScenes()
 {
     SurfaceMaterial shiny;
@@ -59,6 +72,7 @@ std::vector<LargeScene> LargeScenes()
          TextureFilter::Linear,
          FogMode::Exponential},
         {"sorted", {Placed(sphere), Placed(glass)}},
+        {"sorted_at_few_distances", Panes(2000)},
         {"blended", {Placed(sphere), Placed(glass)}, Transparency::Blended},
         {"stippled_mips", {Placed(textured), Placed(glass)}, Transparency::Stippled, TextureFilter::LinearMipLinear},
         {"mips_of_glass",

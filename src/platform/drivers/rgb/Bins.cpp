@@ -6,8 +6,8 @@ namespace lumora::rgb
 
 std::size_t Bins::HeldBytes() const
 {
-    return local.HeldBytes() + records.CapacityInBytes() + pairs.CapacityInBytes() + offsets.CapacityInBytes() +
-           references.CapacityInBytes();
+    return local.HeldBytes() + records.CapacityInBytes() + keys.CapacityInBytes() + pairs.CapacityInBytes() +
+           offsets.CapacityInBytes() + references.CapacityInBytes();
 }
 
 void Bins::Clear()
@@ -17,6 +17,7 @@ void Bins::Clear()
     local.colors.Clear();
     local.highlights.Clear();
     records.Clear();
+    keys.Clear();
     pairs.Clear();
     references.Clear();
     coveredPixels = 0;
@@ -29,9 +30,13 @@ void Bins::Close(std::uint32_t tileCount)
     std::fill_n(offsets.Data(), offsets.Size(), 0U);
     for (const std::uint32_t pair : pairs.Items())
         ++offsets[pair >> 16];
+    mostInTile = 0;
     std::uint32_t end = 0;
     for (std::uint32_t tile = 0; tile <= tileCount; ++tile)
+    {
+        mostInTile = std::max(mostInTile, offsets[tile]);
         end = offsets[tile] += end;
+    }
     // Backwards, each tile's offset sinks from its end to its start.
     references.Resize(pairs.Size());
     for (std::size_t i = pairs.Size(); i-- > 0;)

@@ -2,7 +2,8 @@
 //
 // Vertices -> Setup -> Tiles. The vertex stage places and lights each vertex of each item once. Setup walks the
 // primitives in work units of a few thousand, throws away what cannot cover a pixel centre, and bins the rest by tile.
-// The tile stage walks a tile's bins unit after unit, which is the order of submission whoever filled them.
+// The tile stage walks a tile's bins unit after unit, which is the order of submission whoever filled them; what is
+// sorted it puts in order tile by tile, and draws last.
 //
 // Screen positions are whole numbers of 1/256 pixel. Colors are 0..1 except where a comment says otherwise.
 #pragma once
@@ -140,6 +141,8 @@ struct Record
     std::uint32_t vertex[3];
     std::uint32_t face; ///< flat: index of its color
     std::uint32_t state;
+
+    bool IsLocal() const { return (vertex[0] & Local) != 0; }
 };
 
 /// A work unit's primitives and where they go.
@@ -147,10 +150,12 @@ struct Bins
 {
     VertexBlocks local; ///< made by clipping
     Buffer<Record> records;
+    Buffer<std::uint32_t> keys;    ///< of sorted units: for each record, smaller is farther
     Buffer<std::uint32_t> pairs;   ///< tile << 16 | record, in order of submission
     Buffer<std::uint32_t> offsets; ///< of each tile's first reference, one more than there are tiles
     Buffer<std::uint16_t> references;
     std::uint64_t coveredPixels = 0; ///< an upper bound: how much work this is
+    std::uint32_t mostInTile = 0;    ///< references
     bool hasOneState = true;         ///< all records have the first one's
 
     std::size_t HeldBytes() const;
@@ -165,6 +170,13 @@ struct Bins
     void Close(std::uint32_t tileCount);
 };
 
+/// What references refer to.
+struct Primitives
+{
+    const VertexBlocks& local;
+    const Record* records;
+};
+
 /// A tile being drawn.
 struct TileView
 {
@@ -176,7 +188,7 @@ struct TileView
 
 struct Batch;
 struct DrawState;
-using DrawRun = void (*)(const TileView& tile, const Batch& batch, const Bins& bins, const DrawState& state,
+using DrawRun = void (*)(const TileView& tile, const Batch& batch, const Primitives& primitives, const DrawState& state,
                          const std::uint16_t* references, std::size_t count);
 
 /// A clear, or everything that is the same for primitives of many items: a tile draws those in one run.
@@ -244,8 +256,8 @@ Matrix4 NormalsOf(const Matrix4& world);
 struct Segment
 {
     std::uint32_t state = 0;
-    std::uint32_t part = 0;  ///< of clears and sorted triangles: none
-    std::uint32_t first = 0; ///< triangle, edge or, of points, index; of sorted triangles, place in the order
+    std::uint32_t part = 0;  ///< of clears: none
+    std::uint32_t first = 0; ///< triangle, edge or, of points, index
     std::uint32_t count = 0;
 };
 
@@ -254,7 +266,17 @@ struct WorkUnit
 {
     std::uint32_t firstSegment = 0;
     std::uint32_t segmentCount = 0;
-    bool isSorted = false; ///< segments are stretches of Batch::order
+    bool isSorted = false; ///< only translucent triangles are set up, with their keys
+};
+
+/// Which keys of sorted triangles are meant. Both ends belong to it.
+struct KeyRange
+{
+    std::uint32_t least = 0;
+    std::uint32_t greatest = std::numeric_limits<std::uint32_t>::max();
+
+    bool Contains(std::uint32_t key) const { return key >= least && key <= greatest; }
+    bool IsOne() const { return least == greatest; }
 };
 
 /// How far a work unit has been set up: segments, and primitives of the next one.
@@ -280,38 +302,6 @@ struct VertexTask
     Range range;            ///< in the mesh; of WholeParts the count says how many
 };
 
-/// A translucent triangle that waits for its turn: it faces the right way and may cover a pixel.
-struct SortedTriangle
-{
-    std::uint32_t vertex[3];
-    std::uint32_t state;
-    std::uint32_t part;
-    std::uint32_t triangle;
-    std::uint32_t tiles; ///< as in TriangleSurvivors
-    std::uint32_t key;   ///< smaller is farther
-};
-
-/// What one thread collected, in order of submission.
-struct CollectedTriangles
-{
-    Buffer<SortedTriangle> triangles;
-    std::uint32_t leastKey = 0; ///< above greatestKey where there is none
-    std::uint32_t greatestKey = 0;
-};
-
-/// A place in the order of drawing.
-struct SortedPlace
-{
-    static constexpr int PlaceBits = 12; ///< no unit has more primitives
-
-    std::uint32_t key;
-    std::uint32_t number; ///< of the list that holds the triangle, and its place there
-
-    static std::uint32_t NumberOf(std::uint32_t list, std::uint32_t place) { return list << PlaceBits | place; }
-    std::uint32_t List() const { return number >> PlaceBits; }
-    std::uint32_t Place() const { return number & ((1U << PlaceBits) - 1); }
-};
-
 /// What goes through the stages together.
 struct Batch
 {
@@ -321,21 +311,15 @@ struct Batch
     std::vector<WorkUnit> units;
     std::vector<VertexTask> vertexTasks;
     VertexBlocks vertices;
-    VertexBlocks faces;                        ///< colors and highlights only
-    Buffer<std::uint8_t> isCulled;             ///< of triangles, for lines and points
-    Buffer<std::uint32_t> pointVertices;       ///< that points draw
-    std::vector<WorkUnit> waitingUnits;        ///< triangles that are sorted, before they are
-    std::vector<CollectedTriangles> collected; ///< a list for each of them
-    Buffer<SortedPlace> order;
+    VertexBlocks faces;                  ///< colors and highlights only
+    Buffer<std::uint8_t> isCulled;       ///< of triangles, for lines and points
+    Buffer<std::uint32_t> pointVertices; ///< that points draw
+    std::vector<WorkUnit> sortedUnits;   ///< drawn after the others
     PixelRect target;
     int tilesPerRow = 0;
     std::uint32_t tileCount = 0;
     const struct Kernels* kernels = nullptr;
 
-    const SortedTriangle& At(const SortedPlace& place) const
-    {
-        return collected[place.List()].triangles[place.Place()];
-    }
     std::span<const Segment> SegmentsOf(const WorkUnit& unit) const
     {
         return std::span{segments}.subspan(unit.firstSegment, unit.segmentCount);

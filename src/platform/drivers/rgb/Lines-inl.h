@@ -311,13 +311,13 @@ LANES_INLINE void DrawLinePixels(const TileView& to, const DrawState& state, Lin
 
 /// A vector of lines as they are in the bins.
 template<bool Fog>
-LANES_INLINE void LoadLines(LineList& list, const Batch& batch, const Bins& bins, const DrawState& state,
+LANES_INLINE void LoadLines(LineList& list, const Batch& batch, const Primitives& primitives, const DrawState& state,
                             const std::uint16_t* references, int lines)
 {
     for (int line = 0; line < lines; ++line)
     {
-        const Record& record = bins.records[references[line]];
-        const VertexBlocks& blocks = BlocksOf(batch, bins, record.vertex[0]);
+        const Record& record = primitives.records[references[line]];
+        const VertexBlocks& blocks = BlocksOf(batch, primitives, record.vertex[0]);
         for (int end = 0; end < 2; ++end)
         {
             const std::uint32_t vertex = record.vertex[end] & ~Record::Local;
@@ -335,7 +335,7 @@ LANES_INLINE void LoadLines(LineList& list, const Batch& batch, const Bins& bins
 }
 
 template<Blending B, bool Fog>
-void DrawLines(const TileView& tile, const Batch& batch, const Bins& bins, const DrawState& state,
+void DrawLines(const TileView& tile, const Batch& batch, const Primitives& primitives, const DrawState& state,
                const std::uint16_t* references, std::size_t count)
 {
     const PixelRect limits = LimitsIn(tile, state);
@@ -346,7 +346,7 @@ void DrawLines(const TileView& tile, const Batch& batch, const Bins& bins, const
     for (std::size_t first = 0; first < count; first += LaneCount)
     {
         const int lines = static_cast<int>(std::min<std::size_t>(LaneCount, count - first));
-        LoadLines<Fog>(list, batch, bins, state, references + first, lines);
+        LoadLines<Fog>(list, batch, primitives, state, references + first, lines);
         SetUpLines(list, lines, tile, limits);
         list.ListPixels(lines);
         DrawLinePixels<B, Fog>(tile, state, list);

@@ -1,9 +1,9 @@
 #include "platform/drivers/rgb/Memory.h"
 
 #include "platform/drivers/rgb/Clipping.h"
-#include "platform/drivers/rgb/DepthSort.h"
 #include "platform/drivers/rgb/Planner.h"
 #include "platform/drivers/rgb/Setup.h"
+#include "platform/drivers/rgb/TileSort.h"
 #include "platform/drivers/rgb/Tiles.h"
 
 #include <tuple>
@@ -18,7 +18,6 @@ constexpr std::size_t BytesPerVertex = sizeof(ScreenPosition) + sizeof(Coordinat
 constexpr std::size_t BytesPerFace = 2 * sizeof(ColorBlock);
 constexpr std::size_t BytesPerPair = sizeof(std::uint32_t) + sizeof(std::uint16_t);
 constexpr std::size_t BytesPerTile = TilePixels * sizeof(float) + BlocksPerTile * sizeof(float) + 1;
-constexpr std::size_t BytesPerSorted = sizeof(SortedTriangle) + sizeof(SortedPlace);
 constexpr std::size_t Fixed = std::size_t{1} << 20;
 
 // Buffers grow by half.
@@ -41,7 +40,6 @@ void WorkCounts::Include(const WorkCounts& other)
     take(facings, other.facings);
     take(points, other.points);
     take(meshVertices, other.meshVertices);
-    take(waiting, other.waiting);
     take(states, other.states);
     take(units, other.units);
     take(recorded, other.recorded);
@@ -57,8 +55,7 @@ void WorkCounts::Include(const WorkCounts& other)
 
 std::size_t BatchBytes(const WorkCounts& counts)
 {
-    return BytesPerVertex * counts.vertices + BytesPerFace * counts.faces + counts.facings +
-           BytesPerSorted * counts.waiting;
+    return BytesPerVertex * counts.vertices + BytesPerFace * counts.faces + counts.facings;
 }
 
 std::size_t MostPairs(const RgbLimits& limits)
@@ -71,28 +68,26 @@ std::size_t UnitBytes(const WorkCounts& counts, const RgbLimits& limits)
     // One primitive may come on top; clipping makes up to ten triangles of it, and each is in all tiles at most.
     constexpr std::size_t MostCorners = std::tuple_size_v<decltype(ClipPolygon::corners)>;
     const std::size_t pairs = MostPairs(limits) + 2 * LineSurvivors::Capacity + (MostCorners - 2) * counts.tiles;
-    const std::size_t records = (MostCorners - 2) * (MostPrimitives + TriangleSurvivors::Capacity);
+    const std::size_t records = MostRecords + (MostCorners - 2) * TriangleSurvivors::Capacity;
     const std::size_t offsets = counts.tiles + 1;
-    return Grown(pairs * BytesPerPair + records * sizeof(Record) + MostPrimitives * MostCorners * BytesPerVertex +
-                 offsets * sizeof(std::uint32_t));
+    return Grown(pairs * BytesPerPair + records * (sizeof(Record) + sizeof(std::uint32_t)) +
+                 (MostLocalVertices + MostCorners) * BytesPerVertex + offsets * sizeof(std::uint32_t));
 }
 
 std::size_t MostBytes(const WorkCounts& counts, const RgbLimits& limits)
 {
-    // Collected by units, which share the triangles out differently each time; ordered.
-    constexpr std::size_t PerWaiting = 2 * Grown(sizeof(SortedTriangle)) + Grown(sizeof(SortedPlace));
-    const std::size_t perThread = sizeof(TileScratch) + UnitBytes(counts, limits);
+    const std::size_t sortedOffsets = Grown(Planner::SortedUnitsPerThread * (counts.tiles + 1) * sizeof(std::uint32_t));
+    const std::size_t perThread = sizeof(TileScratch) + sizeof(TileSort) + UnitBytes(counts, limits) + sortedOffsets;
     const std::size_t batch = BytesPerVertex * counts.vertices + BytesPerFace * counts.faces + counts.facings +
-                              7 * counts.points + 2 * counts.meshVertices + PerWaiting * counts.waiting;
+                              7 * counts.points + 2 * counts.meshVertices;
     // Lists double as they grow.
     const std::size_t lists = 2 * (sizeof(Part) + sizeof(DrawState) + 4 * sizeof(Segment)) * counts.states +
-                              (160 + sizeof(std::uint32_t) * (DepthSort::Buckets + 2)) * counts.units +
-                              3 * (2 * sizeof(RecordedItem) + 64) * counts.recorded + 3 * sizeof(Pass) * counts.passes +
-                              3 * sizeof(LightValues) * counts.lights;
+                              160 * counts.units + 3 * (2 * sizeof(RecordedItem) + 64) * counts.recorded +
+                              3 * sizeof(Pass) * counts.passes + 3 * sizeof(LightValues) * counts.lights;
     const std::size_t others = 256 * counts.meshes + sizeof(std::uint32_t) * counts.meshFaces +
                                sizeof(MeshFacts::GroupFacts) * counts.meshGroups +
                                4 * sizeof(float) * counts.meshTriangles + 8 * counts.texels + 2048 * counts.textures;
-    return Fixed + BytesPerTile * counts.tiles + perThread * counts.threads + 3 * limits.roundBytes + batch + lists +
+    return Fixed + BytesPerTile * counts.tiles + perThread * counts.threads + 4 * limits.roundBytes + batch + lists +
            others;
 }
 

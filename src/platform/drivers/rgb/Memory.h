@@ -19,7 +19,6 @@ struct WorkCounts
     std::size_t facings = 0;       ///< triangles of a batch whose winding lines and points ask for
     std::size_t points = 0;        ///< of a batch
     std::size_t meshVertices = 0;  ///< of the largest mesh drawn as points
-    std::size_t waiting = 0;       ///< triangles of a batch that are looked through for those to sort
     std::size_t states = 0;        ///< and parts of a batch
     std::size_t units = 0;         ///< work units and vertex tasks of a batch
     std::size_t recorded = 0;      ///< items and clears that were put off
@@ -36,17 +35,19 @@ struct WorkCounts
     void Include(const WorkCounts& other);
 };
 
-/// Bytes that a batch of these counts takes beside what is fixed: 64 a vertex, 32 a face, 1 a facing, 40 a waiting
-/// triangle. What RgbLimits::batchBytes limits.
+/// Bytes that a batch of these counts takes beside what is fixed: 64 a vertex, 32 a face, 1 a facing. What
+/// RgbLimits::batchBytes limits.
 std::size_t BatchBytes(const WorkCounts& counts);
 
 /// The formula: no driver holds more.
 ///
 ///   tiles    16,641 a tile (depth 4 bytes a pixel, 256 for blocks, 1)
-///   threads  33,088 a thread (the colors and depth of a tile), and what one work unit may overshoot: see UnitBytes
-///   batch    64 a vertex, 32 a face, 1 a facing, 7 a point, 2 a vertex of a mesh of points, 108 a waiting triangle
+///   threads  33,136 a thread (the colors and depth of a tile), what one work unit may overshoot (see UnitBytes), and
+///            24 a tile of the target
+///   batch    64 a vertex, 32 a face, 1 a facing, 7 a point, 2 a vertex of a mesh of points
 ///   bins     three times RgbLimits::roundBytes: what is kept, and what a round fills with room to grow
-///   lists    about 1,200 a state, 4,264 a unit, 1,200 a recorded item, 1,900 a pass, 200 a light
+///   sorting  once RgbLimits::roundBytes
+///   lists    about 1,200 a state, 160 a unit, 1,200 a recorded item, 1,900 a pass, 200 a light
 ///   meshes   256 a mesh, 4 a face, about 60 a group, 16 a triangle (of meshes drawn as lines or points)
 ///   texels   8 a texel and 2,048 a texture (mip levels and the repeated column)
 ///   fixed    1 MiB

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <new>
+#include <numeric>
 #include <string>
 #include <utility>
 
@@ -21,8 +22,17 @@ constexpr std::size_t UnitsPerRound = 1024;
 
 std::size_t BytesIn(const Bins& bins)
 {
-    return bins.records.Size() * sizeof(Record) + bins.pairs.Size() * 6 + bins.offsets.Size() * 4 +
+    return bins.records.Size() * sizeof(Record) + bins.keys.Size() * 4 + bins.pairs.Size() * 6 +
            bins.local.positions.Size() * (sizeof(ScreenPosition) + sizeof(CoordinateBlock) + 2 * sizeof(ColorBlock));
+}
+
+/// At least as many as any tile has of them.
+std::size_t MostToSort(std::span<const Bins> sorted)
+{
+    std::size_t count = 0;
+    for (const Bins& bins : sorted)
+        count += bins.mostInTile;
+    return count;
 }
 
 template<typename T>
@@ -39,6 +49,7 @@ Pipeline::Pipeline(int threads, SimdLevel simd, const RgbLimits& limits)
 {
     most_.threads = static_cast<std::size_t>(crew_->Size());
     scratch_.Resize(static_cast<std::size_t>(crew_->Size()));
+    sorts_.resize(static_cast<std::size_t>(crew_->Size()));
 }
 
 void Pipeline::SetTarget(const PixelView& target)
@@ -242,7 +253,6 @@ void Pipeline::RunCommand(const Command& command, bool isLast)
     }
 }
 
-/// What is drawn at once, and then, sorted, what waits.
 void Pipeline::RunBatch(bool isLast)
 {
     if (planner_.IsEmpty())
@@ -253,11 +263,6 @@ void Pipeline::RunBatch(bool isLast)
     const std::uint32_t threads = alone ? 1U : static_cast<std::uint32_t>(crew_->Size());
     PlaceAndLight(alone);
     planner_.PlanUnits(threads);
-    if (!batch_.waitingUnits.empty())
-    {
-        SortWaiting(alone);
-        planner_.PlanSortedUnits(threads);
-    }
     most_.Include(planner_.Counts());
     DrawUnits(alone, isLast);
     planner_.Start(target_.Bounds(), kernels_);
@@ -269,45 +274,15 @@ void Pipeline::RequireRoom() const
     const std::size_t bytes = BatchBytes(counts);
     if (bytes <= limits_.batchBytes)
         return;
-    const auto inMebibytes = [](std::size_t size) { return std::to_string((size >> 20) + 1) + " MiB"; };
-    const std::string what = counts.waiting != 0
-                                 ? "Sorting " + std::to_string(counts.waiting) + " translucent triangles"
-                                 : "A mesh of " + std::to_string(counts.vertices) + " vertices";
+    const auto inMebibytes = [](std::size_t size)
+    { return std::to_string((size >> 20) + (size % (1U << 20) != 0 ? 1 : 0)) + " MiB"; };
+    const bool hasSorted = planner_.HasSorted();
     throw RuntimeError{error::RMBadAlloc, "RgbDriver",
-                       what + " needs " + inMebibytes(bytes) + ", more than the " + inMebibytes(limits_.batchBytes) +
-                           " that one picture may take: show less at once, or blend without sorting."};
-}
-
-/// Collects what waits, farthest first.
-void Pipeline::SortWaiting(bool alone)
-{
-    const std::size_t units = batch_.waitingUnits.size();
-    if (batch_.collected.size() < units)
-        batch_.collected.resize(units);
-    Share(units, alone,
-          [&](std::size_t unit, int) { CollectSorted(batch_, batch_.waitingUnits[unit], batch_.collected[unit]); });
-    std::uint32_t least = ~std::uint32_t{0};
-    std::uint32_t greatest = 0;
-    for (std::size_t unit = 0; unit < units; ++unit)
-    {
-        least = std::min(least, batch_.collected[unit].leastKey);
-        greatest = std::max(greatest, batch_.collected[unit].greatestKey);
-    }
-    depthSort_.Start(units);
-    depthSort_.SetRange(std::min(least, greatest), greatest);
-    Share(units, alone,
-          [&](std::size_t unit, int) { depthSort_.Count(unit, batch_.collected[unit].triangles.Items()); });
-    const std::uint32_t count = depthSort_.Place();
-    batch_.order.Resize(count);
-    Share(units, alone,
-          [&](std::size_t unit, int)
-          { depthSort_.Distribute(unit, batch_.collected[unit].triangles.Items(), batch_.order.Data()); });
-    Share(DepthSort::Buckets / DepthSort::BucketsPerTask, alone,
-          [&](std::size_t task, int)
-          {
-              const auto first = static_cast<std::uint32_t>(task) * DepthSort::BucketsPerTask;
-              depthSort_.SortBuckets(first, batch_.order.Data());
-          });
+                       (hasSorted ? "Sorting translucent triangles of " : "A mesh of ") +
+                           std::to_string(counts.vertices) + " vertices needs " + inMebibytes(bytes) +
+                           ", more than the " + inMebibytes(limits_.batchBytes) + " that one picture may take: " +
+                           (hasSorted ? "show less of them at once, or blend without sorting."
+                                      : "show less of it, or divide it into several meshes.")};
 }
 
 template<typename Work>
@@ -389,26 +364,74 @@ void Pipeline::RunWhole(std::uint32_t number)
         RunTask({FindFacing, number, part.triangles});
 }
 
+/// What is drawn in order, then what is sorted: mostly all in one round.
 void Pipeline::DrawUnits(bool alone, bool isLast)
 {
-    std::size_t done = 0;
+    if (!DrawInOrder({batch_.units, batch_.sortedUnits, {}}, alone, isLast))
+        DrawByKeys(alone, isLast);
+}
+
+/// Draws what is in order, in rounds, and with the last of them what is sorted. False when that did not fit, and was
+/// not drawn.
+bool Pipeline::DrawInOrder(Round rest, bool alone, bool isLast)
+{
     from_ = {};
-    while (done < batch_.units.size())
+    while (true)
     {
-        const std::size_t count = std::min(UnitsPerRound, batch_.units.size() - done);
-        const std::size_t whole = SetUpRound(done, count, alone);
-        const bool hasPart = whole < count && unitStates_[whole] == UnitState::Begun;
-        from_ = hasPart ? unitPlaces_[whole] : UnitPlace{};
-        done += whole;
-        DrawRound(whole + (hasPart ? 1 : 0), alone, isLast && done == batch_.units.size());
-        TrimBins();
+        const bool isRest = rest.inOrder.size() <= UnitsPerRound;
+        const Round round = isRest ? rest : Round{rest.inOrder.first(UnitsPerRound), {}, rest.keys};
+        const std::size_t whole = SetUpRound(round, alone);
+        const bool isAll = isRest && whole == round.Size() && CanSort(round);
+        const std::size_t done = std::min(whole, round.inOrder.size());
+        const bool hasPart = done < round.inOrder.size() && unitStates_[done] == UnitState::Begun;
+        from_ = hasPart ? unitPlaces_[done] : UnitPlace{};
+        const std::span<const Bins> ready{bins_.data(), round.Size()};
+        DrawRound({ready.first(done + (hasPart ? 1 : 0)), isAll ? ready.subspan(done) : std::span<const Bins>{}}, alone,
+                  isLast && isAll);
+        rest.inOrder = rest.inOrder.subspan(done);
+        if (rest.inOrder.empty())
+            return isAll;
     }
+}
+
+/// Draws what is sorted, the farthest first, in as many rounds as it takes.
+void Pipeline::DrawByKeys(bool alone, bool isLast)
+{
+    keysLeft_.assign(1, KeyRange{});
+    while (!keysLeft_.empty())
+    {
+        const Round round{{}, batch_.sortedUnits, keysLeft_.back()};
+        keysLeft_.pop_back();
+        const bool isLastRound = isLast && keysLeft_.empty();
+        if (round.keys.IsOne()) // drawn in order of submission
+            DrawInOrder({round.sorted, {}, round.keys}, alone, isLastRound);
+        else if (SetUpRound(round, alone) == round.Size() && CanSort(round))
+            DrawRound({{}, std::span{bins_}.first(round.Size())}, alone, isLastRound);
+        else
+            SplitKeys(round);
+    }
+}
+
+/// In the middle of what was set up.
+void Pipeline::SplitKeys(const Round& round)
+{
+    KeyRange seen{round.keys.greatest, round.keys.least};
+    for (std::size_t unit = 0; unit < round.Size(); ++unit)
+        if (unitStates_[unit] != UnitState::LeftOut)
+            for (const std::uint32_t key : bins_[unit].keys.Items())
+                seen = {std::min(seen.least, key), std::max(seen.greatest, key)};
+    if (seen.least > seen.greatest)
+        seen = round.keys;
+    const std::uint32_t middle = std::min(std::midpoint(seen.least, seen.greatest), round.keys.greatest - 1);
+    keysLeft_.push_back({middle + 1, round.keys.greatest});
+    keysLeft_.push_back({round.keys.least, middle});
 }
 
 /// Sets up units until the bins are full. Answers how many from the first on are set up as a whole; the next one may
 /// have begun.
-std::size_t Pipeline::SetUpRound(std::size_t first, std::size_t count, bool alone)
+std::size_t Pipeline::SetUpRound(const Round& round, bool alone)
 {
+    const std::size_t count = round.Size();
     if (bins_.size() < count)
         bins_.resize(count);
     unitStates_.assign(count, UnitState::LeftOut);
@@ -421,15 +444,25 @@ std::size_t Pipeline::SetUpRound(std::size_t first, std::size_t count, bool alon
               // Threads pass here in any order, so that a unit behind one that was left out may be set up in vain.
               if (unit != 0 && bytes.load(std::memory_order_relaxed) > limits_.roundBytes)
                   return;
-              const WorkUnit& work = batch_.units[first + unit];
-              unitPlaces_[unit] = SetUpUnit(batch_, work, unit == 0 ? from_ : UnitPlace{}, mostPairs, bins_[unit]);
+              const WorkUnit& work = round[unit];
+              unitPlaces_[unit] =
+                  SetUpUnit(batch_, work, unit == 0 ? from_ : UnitPlace{}, round.keys, mostPairs, bins_[unit]);
               const bool isWhole = unitPlaces_[unit].segment == work.segmentCount;
               unitStates_[unit] = isWhole ? UnitState::Whole : UnitState::Begun;
-              bytes.fetch_add(isWhole ? BytesIn(bins_[unit]) : limits_.roundBytes + 1, std::memory_order_relaxed);
+              const std::size_t offsets = work.isSorted ? 0 : bins_[unit].offsets.Size() * sizeof(std::uint32_t);
+              bytes.fetch_add(isWhole ? BytesIn(bins_[unit]) + offsets : limits_.roundBytes + 1,
+                              std::memory_order_relaxed);
           });
     return static_cast<std::size_t>(
         std::ranges::find_if(unitStates_, [](UnitState state) { return state != UnitState::Whole; }) -
         unitStates_.begin());
+}
+
+/// Whether the threads' room to sort stays within a round's bytes.
+bool Pipeline::CanSort(const Round& round) const
+{
+    const auto sorted = std::span{bins_}.subspan(round.inOrder.size(), round.sorted.size());
+    return MostToSort(sorted) * TileSort::BytesPerPrimitive * sorts_.size() <= limits_.roundBytes;
 }
 
 /// Gives back the memory of bins once all together have more than a round fills.
@@ -453,12 +486,12 @@ DriverMemory Pipeline::Memory() const
     held += HeldBy(passes_) + HeldBy(items_) + HeldBy(waiting_) + HeldBy(commands_);
     for (const Pass& pass : passes_)
         held += HeldBy(pass.lights);
-    held += planner_.HeldBytes() + depthSort_.HeldBytes();
-    held += HeldBy(bins_) + HeldBy(unitStates_) + HeldBy(unitPlaces_) + HeldBy(batch_.collected);
+    held += planner_.HeldBytes();
+    held += HeldBy(bins_) + HeldBy(unitStates_) + HeldBy(unitPlaces_) + HeldBy(sorts_) + HeldBy(keysLeft_);
     for (const Bins& bins : bins_)
         held += bins.HeldBytes();
-    for (const CollectedTriangles& collected : batch_.collected)
-        held += collected.triangles.CapacityInBytes();
+    for (const TileSort& sort : sorts_)
+        held += sort.HeldBytes();
     return {held, MostBytes(most_, limits_)};
 }
 
@@ -486,18 +519,24 @@ TileOutput Pipeline::OutputOf(bool isLastRound)
     return output;
 }
 
-void Pipeline::DrawRound(std::size_t count, bool alone, bool isLast)
+void Pipeline::DrawRound(const TileInput& input, bool alone, bool isLast)
 {
+    if (input.inOrder.empty() && input.sorted.empty())
+        return;
     const TileOutput output = OutputOf(isLast);
-    const std::span<Bins> ready{bins_.data(), count};
     std::uint64_t pixels = 0;
-    for (const Bins& bins : ready)
-        pixels += bins.coveredPixels;
+    for (const std::span<const Bins> list : {input.inOrder, input.sorted})
+        for (const Bins& bins : list)
+            pixels += bins.coveredPixels;
+    for (TileSort& sort : sorts_)
+        sort.Reserve(MostToSort(input.sorted));
     Share(batch_.tileCount, alone && pixels < SmallPixelCount,
-          [&](std::size_t tile, int worker) {
-              DrawTile(batch_, ready, static_cast<std::uint32_t>(tile), output,
-                       scratch_[static_cast<std::size_t>(worker)]);
+          [&](std::size_t tile, int worker)
+          {
+              const auto thread = static_cast<std::size_t>(worker);
+              DrawTile(batch_, input, static_cast<std::uint32_t>(tile), output, scratch_[thread], sorts_[thread]);
           });
+    TrimBins();
 }
 
 } // namespace lumora::rgb

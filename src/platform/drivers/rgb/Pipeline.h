@@ -2,12 +2,12 @@
 #pragma once
 
 #include "platform/drivers/Crew.h"
-#include "platform/drivers/rgb/DepthSort.h"
 #include "platform/drivers/rgb/Frame.h"
 #include "platform/drivers/rgb/Memory.h"
 #include "platform/drivers/rgb/MeshFacts.h"
 #include "platform/drivers/rgb/Planner.h"
 #include "platform/drivers/rgb/Textures.h"
+#include "platform/drivers/rgb/TileSort.h"
 #include "platform/drivers/rgb/Tiles.h"
 
 #include <atomic>
@@ -76,6 +76,20 @@ private:
         Whole,
     };
 
+    /// Units that are set up together. Those in order come first.
+    struct Round
+    {
+        std::span<const WorkUnit> inOrder;
+        std::span<const WorkUnit> sorted;
+        KeyRange keys; ///< of sorted triangles, wherever they are
+
+        std::size_t Size() const { return inOrder.size() + sorted.size(); }
+        const WorkUnit& operator[](std::size_t number) const
+        {
+            return number < inOrder.size() ? inOrder[number] : sorted[number - inOrder.size()];
+        }
+    };
+
     /// Averages that are taken while the last round of tiles is drawn.
     struct Averages
     {
@@ -112,11 +126,14 @@ private:
     void RunTask(const VertexTask& task);
     void RunWhole(std::uint32_t part);
     void AnnounceMesh(std::uint32_t part, std::uint32_t end) const;
-    void SortWaiting(bool alone);
     void DrawUnits(bool alone, bool isLast);
-    std::size_t SetUpRound(std::size_t first, std::size_t count, bool alone);
+    bool DrawInOrder(Round rest, bool alone, bool isLast);
+    void DrawByKeys(bool alone, bool isLast);
+    void SplitKeys(const Round& round);
+    std::size_t SetUpRound(const Round& round, bool alone);
+    bool CanSort(const Round& round) const;
     TileOutput OutputOf(bool isLastRound);
-    void DrawRound(std::size_t count, bool alone, bool isLast);
+    void DrawRound(const TileInput& input, bool alone, bool isLast);
     void TrimBins();
     template<typename Work>
     void Share(std::size_t count, bool alone, Work work);
@@ -149,12 +166,13 @@ private:
     Batch batch_;
     Planner planner_;
     std::vector<Bins> bins_;
-    std::vector<UnitState> unitStates_;         ///< of the round
-    std::vector<UnitPlace> unitPlaces_;         ///< where each of them stopped
-    UnitPlace from_;                            ///< where the next round starts within its first unit
-    Buffer<TileScratch> scratch_;               ///< for each thread
-    DepthSort depthSort_;
-    WorkCounts most_; ///< so far
+    std::vector<UnitState> unitStates_; ///< of the round
+    std::vector<UnitPlace> unitPlaces_; ///< where each of them stopped
+    UnitPlace from_;                    ///< where the next round starts within its first unit
+    Buffer<TileScratch> scratch_;       ///< for each thread
+    std::vector<TileSort> sorts_;       ///< for each thread
+    std::vector<KeyRange> keysLeft_;    ///< the farthest last
+    WorkCounts most_;                   ///< so far
 };
 
 } // namespace lumora::rgb

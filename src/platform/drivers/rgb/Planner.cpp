@@ -162,8 +162,7 @@ void Planner::Start(const PixelRect& target, const Kernels& kernels)
     batch_.units.clear();
     batch_.vertexTasks.clear();
     batch_.pointVertices.Clear();
-    batch_.waitingUnits.clear();
-    batch_.order.Clear();
+    batch_.sortedUnits.clear();
     batch_.target = target;
     batch_.tilesPerRow = (target.Width() + TileSize - 1) >> TileShift;
     batch_.tileCount = static_cast<std::uint32_t>(batch_.tilesPerRow) *
@@ -172,9 +171,9 @@ void Planner::Start(const PixelRect& target, const Kernels& kernels)
     keys_.clear();
     recentStates_.fill(0);
     atOnce_.clear();
-    waiting_.clear();
+    sorted_.clear();
     roomForParts_ = 0;
-    vertexCount_ = faceCount_ = facingCount_ = waitingCount_ = 0;
+    vertexCount_ = faceCount_ = facingCount_ = 0;
     largestPointMesh_ = 0;
     needsCoordinates_ = needsHighlights_ = false;
     primitiveCount_ = 0;
@@ -306,9 +305,8 @@ void Planner::AddSegment(const RecordedItem& item, const Pass& pass, const MeshF
     const Range& range = item.fill == FillStyle::Wireframe ? group.edges : group.triangles;
     if (range.count == 0 || batch_.states[state].area.IsEmpty())
         return;
-    (key.waits ? waiting_ : atOnce_).push_back({state, part, range.first, range.count});
+    (key.waits ? sorted_ : atOnce_).push_back({state, part, range.first, range.count});
     primitiveCount_ += range.count;
-    waitingCount_ += key.waits ? range.count : 0;
     if (item.fill == FillStyle::Points)
         largestPointMesh_ = std::max(largestPointMesh_, item.facts->vertexCount);
 }
@@ -368,9 +366,8 @@ WorkCounts Planner::Counts() const
     counts.facings = facingCount_;
     counts.points = batch_.pointVertices.Size();
     counts.meshVertices = largestPointMesh_;
-    counts.waiting = waitingCount_;
     counts.states = batch_.states.size() + batch_.parts.size();
-    counts.units = batch_.units.size() + batch_.waitingUnits.size() + batch_.vertexTasks.size();
+    counts.units = batch_.units.size() + batch_.sortedUnits.size() + batch_.vertexTasks.size();
     return counts;
 }
 
@@ -378,10 +375,10 @@ std::size_t Planner::HeldBytes() const
 {
     const auto heldBy = [](const auto&... lists)
     { return (... + (lists.capacity() * sizeof(typename std::decay_t<decltype(lists)>::value_type))); };
-    return heldBy(batch_.parts, batch_.states, batch_.segments, batch_.units, batch_.vertexTasks, batch_.waitingUnits,
-                  keys_, atOnce_, waiting_) +
+    return heldBy(batch_.parts, batch_.states, batch_.segments, batch_.units, batch_.vertexTasks, batch_.sortedUnits,
+                  keys_, atOnce_, sorted_) +
            batch_.vertices.HeldBytes() + batch_.faces.HeldBytes() + batch_.isCulled.CapacityInBytes() +
-           batch_.pointVertices.CapacityInBytes() + batch_.order.CapacityInBytes() + isTaken_.CapacityInBytes();
+           batch_.pointVertices.CapacityInBytes() + isTaken_.CapacityInBytes();
 }
 
 void Planner::ReserveVertices()
@@ -424,28 +421,23 @@ void Planner::PlanUnits(std::uint32_t threads)
     for (Segment& segment : atOnce_)
         if (batch_.states[segment.state].primitive == Primitive::Points)
             CollectPoints(batch_.states[segment.state], segment);
-    CutUnits(atOnce_, threads, false, batch_.units);
-    CutUnits(waiting_, threads, false, batch_.waitingUnits);
-}
-
-void Planner::PlanSortedUnits(std::uint32_t threads)
-{
-    const Segment all{0, 0, 0, static_cast<std::uint32_t>(batch_.order.Size())};
-    CutUnits({&all, 1}, threads, true, batch_.units);
-}
-
-/// Cuts segments into work units.
-void Planner::CutUnits(std::span<const Segment> whole, std::uint32_t threads, bool isSorted,
-                       std::vector<WorkUnit>& units)
-{
+    const auto fairSize = [&](std::span<const Segment> whole, std::uint64_t unitsPerThread)
+    {
+        std::uint64_t total = 0;
+        for (const Segment& segment : whole)
+            total += segment.count;
+        return std::max<std::uint64_t>(FewestPrimitives, total / (unitsPerThread * threads) + 1);
+    };
     constexpr std::uint64_t UnitsPerThread = 4;
-    std::uint64_t total = 0;
-    for (const Segment& segment : whole)
-        total += segment.count;
-    const std::uint64_t fair = total / (UnitsPerThread * threads) + 1;
-    const auto size = static_cast<std::uint32_t>(
-        std::clamp<std::uint64_t>(threads == 1 ? MostPrimitives : fair, FewestPrimitives, MostPrimitives));
-    std::uint32_t room = 0;
+    const std::uint64_t size = threads == 1 ? MostPrimitives : fairSize(atOnce_, UnitsPerThread);
+    CutUnits(atOnce_, std::min<std::uint64_t>(size, MostPrimitives), false, batch_.units);
+    CutUnits(sorted_, fairSize(sorted_, SortedUnitsPerThread), true, batch_.sortedUnits);
+}
+
+/// Cuts segments into work units of `size` primitives.
+void Planner::CutUnits(std::span<const Segment> whole, std::uint64_t size, bool isSorted, std::vector<WorkUnit>& units)
+{
+    std::uint64_t room = 0;
     for (const Segment& segment : whole)
         for (std::uint32_t done = 0; done < segment.count;)
         {
@@ -454,7 +446,7 @@ void Planner::CutUnits(std::span<const Segment> whole, std::uint32_t threads, bo
                 units.push_back({static_cast<std::uint32_t>(batch_.segments.size()), 0, isSorted});
                 room = size;
             }
-            const std::uint32_t count = std::min(room, segment.count - done);
+            const auto count = static_cast<std::uint32_t>(std::min<std::uint64_t>(room, segment.count - done));
             batch_.segments.push_back({segment.state, segment.part, segment.first + done, count});
             ++units.back().segmentCount;
             done += count;

@@ -54,6 +54,7 @@ class Planner
 public:
     /// A batch with so many parts and states takes no further items.
     static constexpr std::size_t EnoughStates = std::size_t{1} << 15;
+    static constexpr std::size_t SortedUnitsPerThread = 4;
 
     /// A batch that has `enoughVertices` takes no further items.
     Planner(Batch& batch, TextureCache& textures, std::uint32_t enoughVertices)
@@ -76,6 +77,7 @@ public:
                batch_.states.size() + batch_.parts.size() >= EnoughStates;
     }
     bool IsEmpty() const { return batch_.states.empty(); }
+    bool HasSorted() const { return !sorted_.empty(); }
 
     /// What the batch takes so far. Points and units are counted once they are planned.
     WorkCounts Counts() const;
@@ -83,12 +85,9 @@ public:
     /// Makes room for what the vertex tasks fill.
     void ReserveVertices();
 
-    /// After the vertex tasks: finds the vertices that points draw, and cuts everything into work units: what is drawn
-    /// at once, and what waits to be sorted.
+    /// After the vertex tasks: finds the vertices that points draw, and cuts everything into work units. Of sorted ones
+    /// there are no more than SortedUnitsPerThread for each of `threads`, however large.
     void PlanUnits(std::uint32_t threads);
-
-    /// Further work units, over the sorted triangles.
-    void PlanSortedUnits(std::uint32_t threads);
 
     /// Of the batch and of what plans it.
     std::size_t HeldBytes() const;
@@ -106,7 +105,7 @@ private:
     std::uint32_t StateOf(const StateKey& key);
     void AddState(const StateKey& key);
     void CollectPoints(const DrawState& state, Segment& segment);
-    void CutUnits(std::span<const Segment> whole, std::uint32_t threads, bool isSorted, std::vector<WorkUnit>& units);
+    void CutUnits(std::span<const Segment> whole, std::uint64_t size, bool isSorted, std::vector<WorkUnit>& units);
 
     Batch& batch_;
     TextureCache& textures_;
@@ -115,7 +114,6 @@ private:
     std::uint64_t vertexCount_ = 0;
     std::uint64_t faceCount_ = 0;
     std::uint64_t facingCount_ = 0;
-    std::uint64_t waitingCount_ = 0;
     std::uint32_t largestPointMesh_ = 0;
     bool needsCoordinates_ = false;
     bool needsHighlights_ = false;
@@ -124,7 +122,7 @@ private:
     std::array<std::uint32_t, 1U << RecentBits> recentStates_{}; ///< by a key's hash
     std::uint32_t roomForParts_ = 0;                             ///< in the last task
     std::vector<Segment> atOnce_;                                ///< before they are cut
-    std::vector<Segment> waiting_;
+    std::vector<Segment> sorted_;
     Buffer<std::uint8_t> isTaken_;
 };
 

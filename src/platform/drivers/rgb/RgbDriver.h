@@ -17,8 +17,8 @@ namespace lumora
 struct RgbLimits
 {
     std::uint32_t batchVertices = 1U << 20;            ///< a batch that has this many takes nothing more
-    std::size_t batchBytes = std::size_t{2} << 30;     ///< more for one group of a mesh, or for all that is sorted
-                                                       ///< together, raises RMBadAlloc
+    std::size_t batchBytes = std::size_t{2} << 30;     ///< more for the vertices of one group of a mesh, or of all that
+                                                       ///< is sorted together, raises RMBadAlloc
     std::size_t roundBytes = std::size_t{32} << 20;    ///< of primitives that were set up: then their tiles are drawn
     std::size_t textureBytes = std::size_t{256} << 20; ///< of mip levels that are kept between pictures
 };
@@ -40,7 +40,7 @@ struct RgbOptions
 /// over the picture, which the driver then expects of that target.
 ///
 /// Memory beside the pixels: 4.1 bytes a pixel for depth, up to 64 a vertex of the largest mesh (or of a million, where
-/// all are smaller), 96 MiB of triangles in bins and for what waits to be sorted 108 a triangle; rgb/Memory.h has the
+/// all are smaller, or of everything that is sorted together), and 128 MiB of triangles in bins; rgb/Memory.h has the
 /// whole formula, and Driver::Memory what it comes to. Errors while drawing: RMBadAlloc beyond `limits`.
 std::unique_ptr<Driver> MakeRgbDriver(const RgbOptions& options = {});
 

@@ -54,6 +54,29 @@ bool IsTranslucent(const Batch& batch, const DrawState& state, const Part& part,
                        [&](std::uint32_t vertex) { return batch.vertices.colors[vertex + part.vertexBase].alpha < 1; });
 }
 
+/// Larger floats become smaller keys.
+std::uint32_t DescendingKey(float value)
+{
+    const std::uint32_t bits = std::bit_cast<std::uint32_t>(value + 0.0F);
+    return (bits & 0x80000000U) != 0 ? bits : ~bits & 0x7FFFFFFFU;
+}
+
+/// A triangle's mean camera-space z, times three.
+double DepthSum(const Part& part, const std::uint32_t* indices)
+{
+    const DrawMesh& mesh = *part.mesh;
+    double x = 0;
+    double y = 0;
+    double z = 0;
+    for (int corner = 0; corner < 3; ++corner)
+    {
+        x += mesh.x[indices[corner]];
+        y += mesh.y[indices[corner]];
+        z += mesh.z[indices[corner]];
+    }
+    return x * part.toDepth[0] + y * part.toDepth[1] + z * part.toDepth[2] + 3 * part.toDepth[3];
+}
+
 class UnitSetup
 {
 public:
@@ -61,7 +84,11 @@ public:
     {
     }
 
-    bool IsFull() const { return bins_.pairs.Size() >= mostPairs_; }
+    bool IsFull() const
+    {
+        return bins_.pairs.Size() >= mostPairs_ || bins_.records.Size() + MostOfOne > MostRecords ||
+               bins_.local.positions.Size() >= MostLocalVertices;
+    }
 
     /// Answers how many primitives were set up: all, or fewer once the bins are full.
     std::uint32_t Run(const Segment& segment)
@@ -84,24 +111,19 @@ public:
         return segment.count;
     }
 
-    std::uint32_t RunSorted(const Segment& segment)
+    /// The same of a sorted segment's translucent triangles within `keys`.
+    std::uint32_t RunSorted(const Segment& segment, const KeyRange& keys)
     {
-        constexpr std::uint32_t Ahead = 16; // what is sorted lies all over the memory
-        std::uint32_t done = 0;
-        for (; done < segment.count && !(done != 0 && IsFull()); ++done)
-        {
-            if (done + Ahead < segment.count)
-                __builtin_prefetch(&batch_.At(batch_.order[segment.first + done + Ahead]));
-            const SortedTriangle& sorted = batch_.At(batch_.order[segment.first + done]);
-            SetState(sorted.state);
-            part_ = sorted.part;
-            AddSurvivor(sorted.vertex, sorted.triangle, sorted.tiles);
-        }
-        return done;
+        SetState(segment.state);
+        part_ = segment.part;
+        return ForSurvivors(segment,
+                            [&](std::uint32_t kept, std::uint32_t first) { return AddSorted(kept, first, keys); });
     }
 
 private:
     static constexpr auto Unfinished = static_cast<std::uint32_t>(TriangleSurvivors::Unfinished);
+    static constexpr std::size_t MostOfOne =
+        std::tuple_size_v<decltype(ClipPolygon::corners)> - 2; ///< that clipping makes of a triangle
 
     void SetState(std::uint32_t state)
     {
@@ -122,6 +144,15 @@ private:
 
     std::uint32_t AddTriangles(const Segment& segment)
     {
+        return ForSurvivors(segment,
+                            [&](std::uint32_t kept, std::uint32_t first) { return AddSurvivors(kept, first); });
+    }
+
+    /// Culls a segment's triangles. add(kept, first) adds those in survivors_, which are counted from `first`, and
+    /// answers how many before the bins were full. Answers how many triangles of the segment are done.
+    template<typename Add>
+    std::uint32_t ForSurvivors(const Segment& segment, Add add)
+    {
         const std::uint32_t* indices = Mesh().indices.data() + 3 * std::size_t{segment.first};
         for (std::uint32_t first = 0; first < segment.count; first += TriangleSurvivors::Capacity)
         {
@@ -130,7 +161,7 @@ private:
                 batch_.kernels->cullTriangles(indices + 3 * std::size_t{first}, count, CurrentPart().vertexBase,
                                               batch_.vertices.positions.Data(), State(), survivors_);
             bins_.coveredPixels += 16 * std::uint64_t{kept} + survivors_.coveredPixels / 2;
-            const std::uint32_t added = AddSurvivors(kept, segment.first + first);
+            const std::uint32_t added = add(kept, segment.first + first);
             if (added < kept) // the last one added was the last to have room
                 return first + static_cast<std::uint32_t>(survivors_.triangle[added - 1]) + 1;
             if (IsFull())
@@ -142,8 +173,6 @@ private:
     /// Answers how many were added before the bins were full.
     std::uint32_t AddSurvivors(std::uint32_t count, std::uint32_t firstTriangle)
     {
-        constexpr std::size_t MostOfOne =
-            std::tuple_size_v<decltype(ClipPolygon::corners)> - 2; // that clipping makes of a triangle
         bins_.records.Reserve(bins_.records.Size() + MostOfOne * count);
         const bool isPlain = !State().sortsTranslucent && !State().isFlat;
         const auto tilesPerRow = static_cast<std::uint32_t>(batch_.tilesPerRow);
@@ -162,6 +191,29 @@ private:
             const std::uint32_t triangle = firstTriangle + static_cast<std::uint32_t>(survivors_.triangle[i]);
             if (!State().sortsTranslucent || !IsTranslucent(batch_, State(), CurrentPart(), triangle))
                 AddSurvivor(survivors_.Corners(i).data(), triangle, tiles);
+            if (IsFull())
+                return i + 1;
+        }
+        return count;
+    }
+
+    /// Answers how many were added, or left out, before the bins were full.
+    std::uint32_t AddSorted(std::uint32_t count, std::uint32_t firstTriangle, const KeyRange& keys)
+    {
+        const Part& part = CurrentPart();
+        const std::uint32_t* indices = Mesh().indices.data();
+        bins_.records.Reserve(bins_.records.Size() + MostOfOne * count);
+        bins_.keys.Reserve(bins_.keys.Size() + MostOfOne * count);
+        for (std::uint32_t i = 0; i < count; ++i)
+        {
+            const std::uint32_t triangle = firstTriangle + static_cast<std::uint32_t>(survivors_.triangle[i]);
+            const auto depth = static_cast<float>(DepthSum(part, indices + 3 * std::size_t{triangle}) / 3);
+            const std::uint32_t key = DescendingKey(depth);
+            if (!std::isfinite(depth) || !keys.Contains(key) || !IsTranslucent(batch_, State(), part, triangle))
+                continue;
+            AddSurvivor(survivors_.Corners(i).data(), triangle, static_cast<std::uint32_t>(survivors_.tiles[i]));
+            while (bins_.keys.Size() < bins_.records.Size())
+                bins_.keys.AppendReserved(key);
             if (IsFull())
                 return i + 1;
         }
@@ -460,65 +512,10 @@ private:
     LineSurvivors lines_;
 };
 
-/// Larger floats become smaller keys.
-std::uint32_t DescendingKey(float value)
-{
-    const std::uint32_t bits = std::bit_cast<std::uint32_t>(value + 0.0F);
-    return (bits & 0x80000000U) != 0 ? bits : ~bits & 0x7FFFFFFFU;
-}
-
-/// A triangle's mean camera-space z, times three.
-double DepthSum(const Part& part, const std::uint32_t* indices)
-{
-    const DrawMesh& mesh = *part.mesh;
-    double x = 0;
-    double y = 0;
-    double z = 0;
-    for (int corner = 0; corner < 3; ++corner)
-    {
-        x += mesh.x[indices[corner]];
-        y += mesh.y[indices[corner]];
-        z += mesh.z[indices[corner]];
-    }
-    return x * part.toDepth[0] + y * part.toDepth[1] + z * part.toDepth[2] + 3 * part.toDepth[3];
-}
-
-void CollectSorted(const Batch& batch, const Segment& segment, CollectedTriangles& collected)
-{
-    const DrawState& state = batch.states[segment.state];
-    const Part& part = batch.parts[segment.part];
-    const std::uint32_t* indices = part.mesh->indices.data();
-    TriangleSurvivors survivors;
-    for (std::uint32_t done = 0; done < segment.count; done += TriangleSurvivors::Capacity)
-    {
-        const std::uint32_t first = segment.first + done;
-        const std::uint32_t kept = batch.kernels->cullTriangles(
-            indices + 3 * std::size_t{first}, std::min(TriangleSurvivors::Capacity, segment.count - done),
-            part.vertexBase, batch.vertices.positions.Data(), state, survivors);
-        collected.triangles.Reserve(collected.triangles.Size() + kept);
-        for (std::uint32_t i = 0; i < kept; ++i)
-        {
-            const std::uint32_t triangle = first + static_cast<std::uint32_t>(survivors.triangle[i]);
-            const auto depth = static_cast<float>(DepthSum(part, indices + 3 * std::size_t{triangle}) / 3);
-            if (!std::isfinite(depth) || !IsTranslucent(batch, state, part, triangle))
-                continue;
-            const std::array<std::uint32_t, 3> corners = survivors.Corners(i);
-            const std::uint32_t key = DescendingKey(depth);
-            collected.leastKey = std::min(collected.leastKey, key);
-            collected.greatestKey = std::max(collected.greatestKey, key);
-            collected.triangles.AppendReserved({{corners[0], corners[1], corners[2]},
-                                                segment.state,
-                                                segment.part,
-                                                triangle,
-                                                static_cast<std::uint32_t>(survivors.tiles[i]),
-                                                key});
-        }
-    }
-}
-
 } // namespace
 
-UnitPlace SetUpUnit(const Batch& batch, const WorkUnit& unit, UnitPlace from, std::size_t mostPairs, Bins& bins)
+UnitPlace SetUpUnit(const Batch& batch, const WorkUnit& unit, UnitPlace from, const KeyRange& keys,
+                    std::size_t mostPairs, Bins& bins)
 {
     bins.Clear();
     UnitSetup setup{batch, mostPairs, bins};
@@ -529,20 +526,11 @@ UnitPlace SetUpUnit(const Batch& batch, const WorkUnit& unit, UnitPlace from, st
         Segment rest = segments[place.segment];
         rest.first += place.primitive;
         rest.count -= place.primitive;
-        const std::uint32_t done = unit.isSorted ? setup.RunSorted(rest) : setup.Run(rest);
+        const std::uint32_t done = unit.isSorted ? setup.RunSorted(rest, keys) : setup.Run(rest);
         place = done < rest.count ? UnitPlace{place.segment, place.primitive + done} : UnitPlace{place.segment + 1, 0};
     }
     bins.Close(batch.tileCount);
     return place;
-}
-
-void CollectSorted(const Batch& batch, const WorkUnit& unit, CollectedTriangles& collected)
-{
-    collected.triangles.Clear();
-    collected.leastKey = ~std::uint32_t{0};
-    collected.greatestKey = 0;
-    for (const Segment& segment : batch.SegmentsOf(unit))
-        CollectSorted(batch, segment, collected);
 }
 
 } // namespace lumora::rgb

@@ -1,6 +1,8 @@
 #include "platform/drivers/rgb/Tiles.h"
 
 #include <algorithm>
+#include <array>
+#include <numeric>
 
 namespace lumora::rgb
 {
@@ -46,12 +48,32 @@ public:
             }
             else
             {
-                LoadColors();
-                FillDepth();
-                state.drawRun(view_, batch_, bins, state, references + first, last - first);
+                Draw({bins.local, bins.records.Data()}, number, references + first, last - first);
             }
             first = last;
         }
+    }
+
+    void DrawSorted(std::span<const Bins> bins, std::span<const SortedRecord> order)
+    {
+        Record together[MostTogether];
+        std::size_t count = 0;
+        const VertexBlocks* blocks = nullptr;
+        for (const SortedRecord& next : order)
+        {
+            const Bins& from = bins[next.Bins()];
+            const Record& record = from.records[next.Record()];
+            const VertexBlocks* its = record.IsLocal() ? &from.local : &batch_.vertices;
+            if (count == MostTogether || (count != 0 && (blocks != its || record.state != together[0].state)))
+            {
+                Draw({*blocks, together}, together[0].state, InOrder.data(), count);
+                count = 0;
+            }
+            blocks = its;
+            together[count++] = record;
+        }
+        if (count != 0)
+            Draw({*blocks, together}, together[0].state, InOrder.data(), count);
     }
 
     void Finish() const
@@ -63,6 +85,22 @@ public:
     }
 
 private:
+    static constexpr std::size_t MostTogether = 256; ///< sorted primitives
+    static constexpr auto InOrder = []
+    {
+        std::array<std::uint16_t, MostTogether> numbers{};
+        std::iota(numbers.begin(), numbers.end(), std::uint16_t{0});
+        return numbers;
+    }();
+
+    void Draw(const Primitives& primitives, std::uint32_t number, const std::uint16_t* references, std::size_t count)
+    {
+        LoadColors();
+        FillDepth();
+        const DrawState& state = batch_.states[number];
+        state.drawRun(view_, batch_, primitives, state, references, count);
+    }
+
     static std::uint32_t EndOfRun(const Bins& bins, std::uint32_t first, std::uint32_t end)
     {
         const std::uint32_t state = bins.records[bins.references[first]].state;
@@ -181,12 +219,14 @@ private:
 
 } // namespace
 
-void DrawTile(const Batch& batch, std::span<Bins> bins, std::uint32_t tile, const TileOutput& output,
-              TileScratch& scratch)
+void DrawTile(const Batch& batch, const TileInput& input, std::uint32_t tile, const TileOutput& output,
+              TileScratch& scratch, TileSort& sort)
 {
     TilePainter painter{batch, tile, output, scratch};
-    for (const Bins& unit : bins)
-        painter.Draw(unit, unit.offsets[tile], unit.offsets[tile + 1]);
+    for (const Bins& bins : input.inOrder)
+        painter.Draw(bins, bins.offsets[tile], bins.offsets[tile + 1]);
+    if (!input.sorted.empty())
+        painter.DrawSorted(input.sorted, sort.Sort(input.sorted, tile));
     painter.Finish();
 }
 

@@ -3,6 +3,7 @@
 
 #include "platform/drivers/AveragingKernels.h"
 #include "platform/drivers/rgb/Frame.h"
+#include "platform/drivers/rgb/TileSort.h"
 
 #include <cstddef>
 #include <span>
@@ -56,8 +57,15 @@ struct TileOutput
     averaging::Kernels averagingKernels{};
 };
 
-/// Draws what all of `bins` have for one tile.
-void DrawTile(const Batch& batch, std::span<Bins> bins, std::uint32_t tile, const TileOutput& output,
-              TileScratch& scratch);
+/// Bins that are drawn together.
+struct TileInput
+{
+    std::span<const Bins> inOrder; ///< one after the other
+    std::span<const Bins> sorted;  ///< after that, all of them by their keys
+};
+
+/// Draws what all bins have for one tile. `sort` has room for what is sorted.
+void DrawTile(const Batch& batch, const TileInput& input, std::uint32_t tile, const TileOutput& output,
+              TileScratch& scratch, TileSort& sort);
 
 } // namespace lumora::rgb

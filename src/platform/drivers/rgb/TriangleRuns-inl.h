@@ -5,8 +5,8 @@ template<bool IsTextured, Blending B, bool Fog>
 class TriangleRun
 {
 public:
-    TriangleRun(const TileView& tile, const Batch& batch, const Bins& bins, const DrawState& state)
-        : tile_(tile), batch_(batch), bins_(bins), state_(state)
+    TriangleRun(const TileView& tile, const Batch& batch, const Primitives& primitives, const DrawState& state)
+        : tile_(tile), batch_(batch), primitives_(primitives), state_(state)
     {
     }
 
@@ -40,7 +40,7 @@ public:
                     DrawRows<B>(tile_, t, planes_, lane);
                     continue;
                 }
-            DrawAlone<IsTextured, B, Fog>(tile_, batch_, bins_, state_, records, t, lane);
+            DrawAlone<IsTextured, B, Fog>(tile_, batch_, primitives_, state_, records, t, lane);
         }
         DrawListed(t);
     }
@@ -79,7 +79,7 @@ private:
 
     const TileView& tile_;
     const Batch& batch_;
-    const Bins& bins_;
+    const Primitives& primitives_;
     const DrawState& state_;
     bool arePlanes_ = false; ///< what is listed
     Spans spans_;
@@ -89,17 +89,18 @@ private:
 };
 
 template<bool IsTextured, Blending B, bool Fog>
-void DrawTriangles(const TileView& tile, const Batch& batch, const Bins& bins, const DrawState& state,
+void DrawTriangles(const TileView& tile, const Batch& batch, const Primitives& primitives, const DrawState& state,
                    const std::uint16_t* references, std::size_t count)
 {
     const PixelRect limits = LimitsIn(tile, state);
-    TriangleRun<IsTextured, B, Fog> run{tile, batch, bins, state};
+    TriangleRun<IsTextured, B, Fog> run{tile, batch, primitives, state};
     TriangleLanes t;
     for (std::size_t first = 0; first < count; first += LaneCount)
     {
-        const RecordLanes records = LoadRecords(batch, bins, references + first, count - first);
+        const RecordLanes records = LoadRecords(batch, primitives, references + first, count - first);
         if (first + LaneCount < count)
-            PrefetchRecords<IsTextured || Fog>(batch, bins, references + first + LaneCount, count - first - LaneCount);
+            PrefetchRecords<IsTextured || Fog>(batch, primitives, references + first + LaneCount,
+                                               count - first - LaneCount);
         SetUpLanes(t, records, tile, limits);
         run.Draw(records, t);
     }

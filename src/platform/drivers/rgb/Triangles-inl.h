@@ -35,18 +35,18 @@ struct TriangleLanes
     float restSecond[LaneCount], restThird[LaneCount];
 };
 
-LANES_INLINE const VertexBlocks& BlocksOf(const Batch& batch, const Bins& bins, std::uint32_t vertex)
+LANES_INLINE const VertexBlocks& BlocksOf(const Batch& batch, const Primitives& primitives, std::uint32_t vertex)
 {
-    return (vertex & Record::Local) != 0 ? bins.local : batch.vertices;
+    return (vertex & Record::Local) != 0 ? primitives.local : batch.vertices;
 }
 
 /// All that varies over a primitive of three corners, which need not be different ones.
 template<bool IsTextured, Blending B, bool Fog>
-LANES_INLINE void SetAttributes(Attributes& to, const Batch& batch, const Bins& bins, const DrawState& state,
-                                const Record& record, const ScreenPosition& a, const ScreenPosition& b,
-                                const ScreenPosition& c)
+LANES_INLINE void SetAttributes(Attributes& to, const Batch& batch, const Primitives& primitives,
+                                const DrawState& state, const Record& record, const ScreenPosition& a,
+                                const ScreenPosition& b, const ScreenPosition& c)
 {
-    const VertexBlocks& blocks = BlocksOf(batch, bins, record.vertex[0]);
+    const VertexBlocks& blocks = BlocksOf(batch, primitives, record.vertex[0]);
     const std::uint32_t v[3] = {record.vertex[0] & ~Record::Local, record.vertex[1] & ~Record::Local,
                                 record.vertex[2] & ~Record::Local};
     to.depth.Set(a.depth, b.depth, c.depth);
@@ -315,14 +315,14 @@ struct BlockLanes
 
 /// Asks for what LoadRecords will read a vector later: the vertices of a tile lie all over the batch.
 template<bool HasCoordinates>
-LANES_INLINE void PrefetchRecords(const Batch& batch, const Bins& bins, const std::uint16_t* references,
+LANES_INLINE void PrefetchRecords(const Batch& batch, const Primitives& primitives, const std::uint16_t* references,
                                   std::size_t count)
 {
     const std::size_t most = std::min<std::size_t>(LaneCount, count);
     for (std::size_t i = 0; i < most; ++i)
     {
-        const Record& record = bins.records[references[i]];
-        const VertexBlocks& blocks = BlocksOf(batch, bins, record.vertex[0]);
+        const Record& record = primitives.records[references[i]];
+        const VertexBlocks& blocks = BlocksOf(batch, primitives, record.vertex[0]);
         for (const std::uint32_t vertex : record.vertex)
         {
             const std::uint32_t number = vertex & ~Record::Local;
@@ -334,16 +334,16 @@ LANES_INLINE void PrefetchRecords(const Batch& batch, const Bins& bins, const st
     }
 }
 
-LANES_INLINE RecordLanes LoadRecords(const Batch& batch, const Bins& bins, const std::uint16_t* references,
+LANES_INLINE RecordLanes LoadRecords(const Batch& batch, const Primitives& primitives, const std::uint16_t* references,
                                      std::size_t count)
 {
     RecordLanes r;
     r.count = static_cast<int>(std::min<std::size_t>(LaneCount, count));
     for (int lane = 0; lane < LaneCount; ++lane)
     {
-        const Record& record = bins.records[references[std::min(lane, r.count - 1)]];
+        const Record& record = primitives.records[references[std::min(lane, r.count - 1)]];
         r.record[lane] = &record;
-        r.blocks[lane] = &BlocksOf(batch, bins, record.vertex[0]);
+        r.blocks[lane] = &BlocksOf(batch, primitives, record.vertex[0]);
     }
     return r;
 }
@@ -421,14 +421,14 @@ void SetUpLanes(TriangleLanes& t, const RecordLanes& records, const TileView& ti
 
 /// A triangle that is not small. Chooses the cheapest interpolation that is right.
 template<bool IsTextured, Blending B, bool Fog>
-LANES_INLINE void DrawAlone(const TileView& tile, const Batch& batch, const Bins& bins, const DrawState& state,
-                            const RecordLanes& records, const TriangleLanes& t, int lane)
+LANES_INLINE void DrawAlone(const TileView& tile, const Batch& batch, const Primitives& primitives,
+                            const DrawState& state, const RecordLanes& records, const TriangleLanes& t, int lane)
 {
     Attributes a;
     const PixelRect box{t.left[lane], t.top[lane], t.right[lane], t.bottom[lane]};
     const ScreenPosition* const corners[3] = {records.Position(lane, 0), records.Position(lane, 1),
                                               records.Position(lane, 2)};
-    SetAttributes<IsTextured, B, Fog>(a, batch, bins, state, *records.record[lane], *corners[0], *corners[1],
+    SetAttributes<IsTextured, B, Fog>(a, batch, primitives, state, *records.record[lane], *corners[0], *corners[1],
                                       *corners[2]);
     if constexpr (IsTextured)
         SetUpAndDrawLarge<IsTextured, B, Fog, Interpolation::Perspective>(tile, state, box, corners, a);
