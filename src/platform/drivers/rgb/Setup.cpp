@@ -179,13 +179,9 @@ private:
         for (std::uint32_t i = 0; i < count; ++i)
         {
             const auto tiles = static_cast<std::uint32_t>(survivors_.tiles[i]);
-            const bool isOneTile = (tiles & 0xFFFF) == tiles >> 16 && tiles != Unfinished;
-            if (isPlain && isOneTile) // nearly all of a scan
+            if (isPlain && IsOneTile(tiles)) // nearly all of a scan
             {
-                const auto number = static_cast<std::uint32_t>(bins_.records.Size());
-                const std::array<std::uint32_t, 3> corners = survivors_.Corners(i);
-                bins_.records.AppendReserved({{corners[0], corners[1], corners[2]}, 0, state_});
-                bins_.pairs.Append((((tiles >> 8) & 0xFF) * tilesPerRow + (tiles & 0xFF)) << 16 | number);
+                AddToOneTile(i, tiles, tilesPerRow);
                 continue;
             }
             const std::uint32_t triangle = firstTriangle + static_cast<std::uint32_t>(survivors_.triangle[i]);
@@ -197,6 +193,17 @@ private:
         return count;
     }
 
+    static bool IsOneTile(std::uint32_t tiles) { return (tiles & 0xFFFF) == tiles >> 16 && tiles != Unfinished; }
+
+    /// A survivor without a face, where Reserve made room for its record.
+    void AddToOneTile(std::uint32_t survivor, std::uint32_t tiles, std::uint32_t tilesPerRow)
+    {
+        const auto number = static_cast<std::uint32_t>(bins_.records.Size());
+        const std::array<std::uint32_t, 3> corners = survivors_.Corners(survivor);
+        bins_.records.AppendReserved({{corners[0], corners[1], corners[2]}, 0, state_});
+        bins_.pairs.Append((((tiles >> 8) & 0xFF) * tilesPerRow + (tiles & 0xFF)) << 16 | number);
+    }
+
     /// Answers how many were added, or left out, before the bins were full.
     std::uint32_t AddSorted(std::uint32_t count, std::uint32_t firstTriangle, const KeyRange& keys)
     {
@@ -204,14 +211,20 @@ private:
         const std::uint32_t* indices = Mesh().indices.data();
         bins_.records.Reserve(bins_.records.Size() + MostOfOne * count);
         bins_.keys.Reserve(bins_.keys.Size() + MostOfOne * count);
+        const DrawState& state = State();
+        const auto tilesPerRow = static_cast<std::uint32_t>(batch_.tilesPerRow);
         for (std::uint32_t i = 0; i < count; ++i)
         {
             const std::uint32_t triangle = firstTriangle + static_cast<std::uint32_t>(survivors_.triangle[i]);
-            const auto depth = static_cast<float>(DepthSum(part, indices + 3 * std::size_t{triangle}) / 3);
+            const auto depth = static_cast<float>(DepthSum(part, indices + 3 * std::size_t{triangle}));
             const std::uint32_t key = DescendingKey(depth);
-            if (!std::isfinite(depth) || !keys.Contains(key) || !IsTranslucent(batch_, State(), part, triangle))
+            if (!std::isfinite(depth) || !keys.Contains(key) || !IsTranslucent(batch_, state, part, triangle))
                 continue;
-            AddSurvivor(survivors_.Corners(i).data(), triangle, static_cast<std::uint32_t>(survivors_.tiles[i]));
+            const auto tiles = static_cast<std::uint32_t>(survivors_.tiles[i]);
+            if (!state.isFlat && IsOneTile(tiles))
+                AddToOneTile(i, tiles, tilesPerRow);
+            else
+                AddSurvivor(survivors_.Corners(i).data(), triangle, tiles);
             while (bins_.keys.Size() < bins_.records.Size())
                 bins_.keys.AppendReserved(key);
             if (IsFull())

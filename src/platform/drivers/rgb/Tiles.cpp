@@ -59,8 +59,12 @@ public:
         Record together[MostTogether];
         std::size_t count = 0;
         const VertexBlocks* blocks = nullptr;
-        for (const SortedRecord& next : order)
+        for (std::size_t i = 0; i < order.size(); ++i)
         {
+            constexpr std::size_t Ahead = 24; // they lie all over the bins
+            if (i + Ahead < order.size())
+                __builtin_prefetch(&bins[order[i + Ahead].Bins()].records[order[i + Ahead].Record()]);
+            const SortedRecord& next = order[i];
             const Bins& from = bins[next.Bins()];
             const Record& record = from.records[next.Record()];
             const VertexBlocks* its = record.IsLocal() ? &from.local : &batch_.vertices;
