@@ -47,11 +47,9 @@ std::shared_ptr<Crew> Crew::Of(int threads)
 
 Crew::~Crew()
 {
-    {
-        const std::lock_guard lock{mutex_};
-        ends_ = true;
-    }
-    wakes_.notify_all();
+    ends_.store(true);
+    announced_.fetch_add(1);
+    announced_.notify_all();
     for (std::thread& helper : helpers_)
         helper.join();
 }
@@ -78,16 +76,11 @@ void Crew::RunShared(std::size_t count, Call call, void* context)
     context_ = context;
     count_ = count;
     next_.store(0);
-    const std::uint64_t job = announced_.load() + 1;
+    const std::uint32_t job = announced_.load() + 1;
     open_.store(job);
     announced_.store(job);
     if (sleepers_.load() != 0)
-    {
-        {
-            const std::lock_guard lock{mutex_};
-        }
-        wakes_.notify_all();
-    }
+        announced_.notify_all();
     TakeUnits(0);
     open_.store(0);
     for (int spins = 0; entered_.load() != 0; ++spins)
@@ -105,7 +98,7 @@ void Crew::TakeUnits(int worker)
 
 void Crew::Help(int worker)
 {
-    std::uint64_t seen = 0;
+    std::uint32_t seen = 0;
     while (true)
     {
         seen = AwaitJob(seen);
@@ -118,7 +111,7 @@ void Crew::Help(int worker)
     }
 }
 
-std::uint64_t Crew::AwaitJob(std::uint64_t seen)
+std::uint32_t Crew::AwaitJob(std::uint32_t seen)
 {
     const auto start = std::chrono::steady_clock::now();
     const auto isOver = [&](auto time) { return std::chrono::steady_clock::now() - start >= time; };
@@ -126,14 +119,13 @@ std::uint64_t Crew::AwaitJob(std::uint64_t seen)
     {
         for (int i = 0; i < 64; ++i)
         {
-            if (const std::uint64_t job = announced_.load(); job != seen)
+            if (const std::uint32_t job = announced_.load(); job != seen)
                 return job;
             Pause();
         }
     } while (!isOver(attentions_.load(std::memory_order_relaxed) != 0 ? AttentiveSpinTime : SpinTime));
-    std::unique_lock lock{mutex_};
     sleepers_.fetch_add(1);
-    wakes_.wait(lock, [&] { return ends_.load() || announced_.load() != seen; });
+    announced_.wait(seen);
     sleepers_.fetch_sub(1);
     return announced_.load();
 }

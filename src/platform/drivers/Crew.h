@@ -2,10 +2,8 @@
 #pragma once
 
 #include <atomic>
-#include <condition_variable>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -76,7 +74,7 @@ private:
     void RunShared(std::size_t count, Call call, void* context);
     void StartHelpers();
     void Help(int worker);
-    std::uint64_t AwaitJob(std::uint64_t seen);
+    std::uint32_t AwaitJob(std::uint32_t seen);
     void TakeUnits(int worker);
 
     int size_;
@@ -88,14 +86,14 @@ private:
     void* context_ = nullptr;
     std::size_t count_ = 0;
     alignas(64) std::atomic<std::size_t> next_{0};
-    alignas(64) std::atomic<std::uint64_t> announced_{0}; ///< number of the last job
-    std::atomic<std::uint64_t> open_{0};                  ///< number of the job that may be entered, or 0
+    /// Number of the last job, on which helpers sleep: without a lock, none of them waits for another to wake. It has
+    /// the size that the system waits on by itself. After 2^32 jobs one has number 0 and is done by its caller alone.
+    alignas(64) std::atomic<std::uint32_t> announced_{0};
+    std::atomic<std::uint32_t> open_{0}; ///< number of the job that may be entered, or 0
     std::atomic<int> entered_{0};
     std::atomic<int> sleepers_{0};
     std::atomic<int> attentions_{0};
     std::atomic<bool> ends_{false};
-    std::mutex mutex_;
-    std::condition_variable wakes_;
 };
 
 } // namespace lumora

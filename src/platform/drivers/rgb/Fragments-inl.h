@@ -139,6 +139,28 @@ LANES_INLINE void FillPlaces(FragmentTable& table, const RecordLanes& records, c
     }
 }
 
+/// Asks for the texels at the corners of a vector of triangles: they lie all over the texture, and the fragments would
+/// wait for one after the other. Which mip level that would be is not known here.
+LANES_INLINE void PrefetchTexels(const MipChain& texture, const FragmentTable& table)
+{
+    const LevelLanes level = FinestLevel(texture);
+    const Floats base[2] = {Load(table.rows[FragmentTable::U]), Load(table.rows[FragmentTable::V])};
+    for (int corner = 0; corner < 3; ++corner)
+    {
+        Floats u = base[0];
+        Floats v = base[1];
+        if (corner != 0)
+        {
+            u = u + Load(table.rows[FragmentTable::U + corner]);
+            v = v + Load(table.rows[FragmentTable::V + corner]);
+        }
+        std::int32_t place[LaneCount];
+        Store(NearestTexel(level, u - RoundedDown(u), v - RoundedDown(v)), place);
+        for (int lane = 0; lane < LaneCount; ++lane)
+            __builtin_prefetch(texture.texels.data() + place[lane]);
+    }
+}
+
 template<bool IsTextured, bool Fog>
 void FillTable(FragmentTable& table, const Batch& batch, const DrawState& state, const RecordLanes& records,
                const TriangleLanes& t)
@@ -154,6 +176,9 @@ void FillTable(FragmentTable& table, const Batch& batch, const DrawState& state,
     }
     FillEdges(table, t);
     FillPlaces<IsTextured, Fog>(table, records, t);
+    if constexpr (IsTextured)
+        if (!HasLevels(state.surface))
+            PrefetchTexels(*state.texture, table);
 }
 
 /// The columns that small triangles cover in each of their rows.
@@ -329,7 +354,7 @@ void DrawFragments(const TileView& tile, const DrawState& state, const TriangleL
         const Floats depth =
             Least(At<Interpolation::Linear>(values.Attribute(FragmentTable::Depth), {second, third, second}),
                   Splat(FarthestDepth));
-        const Mask mask = IsLessOrEqual(depth, Gather(tile.depths, pixel));
+        const Mask mask = IsLessOrEqual(depth, Gather(tile.depths, fragments.pixel + first));
         if (!IsAny(mask))
             continue;
         DrawVector<B>(tile, fragments, first, count, pixel, mask, depth,
@@ -362,7 +387,7 @@ void DrawFragments(const TileView& tile, const TriangleLanes& t, const PlaneTabl
         Mask mask = AllLanes();
         if constexpr (B == Blending::Blended || B == Blending::Veiled) // dearer than a look at the depth
         {
-            mask = IsLessOrEqual(depth, Gather(tile.depths, pixel));
+            mask = IsLessOrEqual(depth, Gather(tile.depths, fragments.pixel + first));
             if (!IsAny(mask))
                 continue;
         }

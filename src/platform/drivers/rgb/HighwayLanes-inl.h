@@ -212,6 +212,17 @@ HWY_INLINE Ints Gather(const std::uint32_t* base, Ints index)
 {
     return hn::GatherIndex(AsInt, reinterpret_cast<const std::int32_t*>(base), index);
 }
+/// The same by indices in memory. Single loads, as in LoadPairs.
+HWY_INLINE Floats Gather(const float* base, const std::int32_t* index)
+{
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
+    const auto four = [&](const std::int32_t* of) HWY_ATTR
+    { return _mm_setr_ps(base[of[0]], base[of[1]], base[of[2]], base[of[3]]); };
+    return Floats{_mm256_set_m128(four(index + 4), four(index))};
+#else
+    return Gather(base, Load(index));
+#endif
+}
 /// Three times LaneCount numbers, every third one to each.
 HWY_INLINE void LoadTriples(const std::uint32_t* from, Ints& a, Ints& b, Ints& c)
 {

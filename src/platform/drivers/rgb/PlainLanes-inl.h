@@ -244,6 +244,10 @@ inline Floats Gather(const float* base, const Ints& index)
 {
     return EachLane<Floats>([&](int i) { return base[index.lane[i]]; });
 }
+inline Floats Gather(const float* base, const std::int32_t* index)
+{
+    return Gather(base, Load(index));
+}
 inline Ints Gather(const std::int32_t* base, const Ints& index)
 {
     return EachLane<Ints>([&](int i) { return base[index.lane[i]]; });

@@ -127,6 +127,11 @@ struct LevelLanes
     Ints RowStart(Ints y) const { return offset + y * (width + Splat(1)); }
 };
 
+LANES_INLINE LevelLanes FinestLevel(const MipChain& texture)
+{
+    return {Splat(0), Splat(texture.width[0]), Splat(texture.height[0])};
+}
+
 /// Its channels. Alpha only where it is needed.
 template<bool HasAlpha>
 LANES_INLINE Texel Unpacked(Ints argb)
@@ -146,12 +151,18 @@ LANES_INLINE Ints WithinSide(Ints index, Ints side)
     return Greatest(Least(index, side - Splat(1)), Splat(0));
 }
 
-template<bool HasAlpha>
-LANES_INLINE Texel SampleNearest(const MipChain& texture, const LevelLanes& level, Floats u, Floats v)
+/// The place of the texel at u and v, within 0..1.
+LANES_INLINE Ints NearestTexel(const LevelLanes& level, Floats u, Floats v)
 {
     const Ints x = WithinSide(Truncated(u * ToFloats(level.width)), level.width);
     const Ints y = WithinSide(Truncated(v * ToFloats(level.height)), level.height);
-    return Unpacked<HasAlpha>(Gather(texture.texels.data(), level.RowStart(y) + x));
+    return level.RowStart(y) + x;
+}
+
+template<bool HasAlpha>
+LANES_INLINE Texel SampleNearest(const MipChain& texture, const LevelLanes& level, Floats u, Floats v)
+{
+    return Unpacked<HasAlpha>(Gather(texture.texels.data(), NearestTexel(level, u, v)));
 }
 
 /// The texel number before a place, wrapped, and how far the place is from it.
@@ -234,7 +245,7 @@ LANES_NOINLINE void Sample(Texel& result, const MipChain& texture, const Texture
     constexpr bool IsLinear = S == Surface::Linear || S == Surface::MipLinear || S == Surface::LinearMipLinear;
     if constexpr (S == Surface::Nearest || S == Surface::Linear)
     {
-        const LevelLanes level{Splat(0), Splat(texture.width[0]), Splat(texture.height[0])};
+        const LevelLanes level = FinestLevel(texture);
         if constexpr (IsLinear)
             result = SampleLinear<HasAlpha>(texture, level, at.u, at.v);
         else
