@@ -5,6 +5,8 @@
 #include "platform/drivers/rgb/Setup.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <new>
 #include <numeric>
 #include <string>
@@ -33,6 +35,19 @@ std::size_t MostToSort(std::span<const Bins> sorted)
     for (const Bins& bins : sorted)
         count += bins.mostInTile;
     return count;
+}
+
+/// How much of a unit was set up: above 0.
+double DonePart(std::span<const Segment> segments, const UnitPlace& place)
+{
+    double all = 0;
+    double done = place.primitive;
+    for (std::size_t i = 0; i < segments.size(); ++i)
+    {
+        all += segments[i].count;
+        done += i < place.segment ? segments[i].count : 0;
+    }
+    return std::max(done, 1.0) / std::max(all, 1.0);
 }
 
 template<typename T>
@@ -371,8 +386,8 @@ void Pipeline::DrawUnits(bool alone, bool isLast)
         DrawByKeys(alone, isLast);
 }
 
-/// Draws what is in order, in rounds, and with the last of them what is sorted. False when that did not fit, and was
-/// not drawn.
+/// Draws what is in order, in rounds, and with the last of them what is sorted. False when that did not fit: it is yet
+/// to be drawn, by keysLeft_.
 bool Pipeline::DrawInOrder(Round rest, bool alone, bool isLast)
 {
     from_ = {};
@@ -385,10 +400,12 @@ bool Pipeline::DrawInOrder(Round rest, bool alone, bool isLast)
         const std::size_t done = std::min(whole, round.inOrder.size());
         const bool hasPart = done < round.inOrder.size() && unitStates_[done] == UnitState::Begun;
         from_ = hasPart ? unitPlaces_[done] : UnitPlace{};
+        rest.inOrder = rest.inOrder.subspan(done);
+        if (rest.inOrder.empty() && !isAll)
+            DivideKeys(round);
         const std::span<const Bins> ready{bins_.data(), round.Size()};
         DrawRound({ready.first(done + (hasPart ? 1 : 0)), isAll ? ready.subspan(done) : std::span<const Bins>{}}, alone,
                   isLast && isAll);
-        rest.inOrder = rest.inOrder.subspan(done);
         if (rest.inOrder.empty())
             return isAll;
     }
@@ -397,7 +414,6 @@ bool Pipeline::DrawInOrder(Round rest, bool alone, bool isLast)
 /// Draws what is sorted, the farthest first, in as many rounds as it takes.
 void Pipeline::DrawByKeys(bool alone, bool isLast)
 {
-    keysLeft_.assign(1, KeyRange{});
     while (!keysLeft_.empty())
     {
         const Round round{{}, batch_.sortedUnits, keysLeft_.back()};
@@ -408,23 +424,61 @@ void Pipeline::DrawByKeys(bool alone, bool isLast)
         else if (SetUpRound(round, alone) == round.Size() && CanSort(round))
             DrawRound({{}, std::span{bins_}.first(round.Size())}, alone, isLastRound);
         else
-            SplitKeys(round);
+            DivideKeys(round);
     }
 }
 
-/// In the middle of what was set up.
-void Pipeline::SplitKeys(const Round& round)
+/// Divides the keys of a round that did not fit, so that parts of it may, going by those that were set up.
+void Pipeline::DivideKeys(const Round& round)
 {
+    constexpr double Spare = 1.2; // no part is quite like another
+    constexpr double MostParts = 64;
+    constexpr int BucketBits = 10;
     KeyRange seen{round.keys.greatest, round.keys.least};
-    for (std::size_t unit = 0; unit < round.Size(); ++unit)
+    double parts = 2;
+    double count = 0;
+    const auto forKeys = [&](auto use)
+    {
+        for (std::size_t unit = round.inOrder.size(); unit < round.Size(); ++unit)
+            if (unitStates_[unit] != UnitState::LeftOut)
+                std::ranges::for_each(bins_[unit].keys.Items(), use);
+    };
+    for (std::size_t unit = round.inOrder.size(); unit < round.Size(); ++unit)
         if (unitStates_[unit] != UnitState::LeftOut)
-            for (const std::uint32_t key : bins_[unit].keys.Items())
-                seen = {std::min(seen.least, key), std::max(seen.greatest, key)};
+            parts = std::max(parts, Spare / DonePart(batch_.SegmentsOf(round[unit]), unitPlaces_[unit]));
+    forKeys([&](std::uint32_t key) { seen = {std::min(seen.least, key), std::max(seen.greatest, key)}; });
     if (seen.least > seen.greatest)
         seen = round.keys;
-    const std::uint32_t middle = std::min(std::midpoint(seen.least, seen.greatest), round.keys.greatest - 1);
-    keysLeft_.push_back({middle + 1, round.keys.greatest});
-    keysLeft_.push_back({round.keys.least, middle});
+    const int shift = std::max(0, static_cast<int>(std::bit_width(seen.greatest - seen.least)) - BucketBits);
+    std::array<std::uint32_t, 1U << BucketBits> counts{};
+    forKeys(
+        [&](std::uint32_t key)
+        {
+            ++counts[(key - seen.least) >> shift];
+            ++count;
+        });
+
+    const double share = std::max(1.0, count / std::min(parts, MostParts));
+    const auto before = static_cast<std::ptrdiff_t>(keysLeft_.size());
+    std::uint32_t least = round.keys.least;
+    double passed = 0;
+    for (std::uint32_t bucket = 0; bucket < counts.size(); ++bucket)
+    {
+        passed += counts[bucket];
+        const std::uint64_t last = seen.least + (std::uint64_t{bucket + 1} << shift) - 1;
+        if (passed < share || last >= round.keys.greatest)
+            continue;
+        keysLeft_.push_back({least, static_cast<std::uint32_t>(last)});
+        least = static_cast<std::uint32_t>(last) + 1;
+        passed = 0;
+    }
+    if (least == round.keys.least) // all at the end
+    {
+        least = std::min(std::midpoint(seen.least, seen.greatest), round.keys.greatest - 1) + 1;
+        keysLeft_.push_back({round.keys.least, least - 1});
+    }
+    keysLeft_.push_back({least, round.keys.greatest});
+    std::reverse(keysLeft_.begin() + before, keysLeft_.end());
 }
 
 /// Sets up units until the bins are full. Answers how many from the first on are set up as a whole; the next one may

@@ -1,5 +1,7 @@
 #include "platform/drivers/rgb/TileSort.h"
 
+#include "platform/drivers/rgb/Setup.h"
+
 #include <algorithm>
 #include <bit>
 #include <tuple>
@@ -9,6 +11,8 @@ namespace lumora::rgb
 
 namespace
 {
+
+static_assert(MostRecords == std::size_t{1} << SortedRecord::RecordBits);
 
 constexpr int BucketBits = 8;
 constexpr int PartBits = 5;

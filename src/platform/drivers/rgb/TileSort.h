@@ -13,8 +13,7 @@ namespace lumora::rgb
 /// A primitive in a tile's order.
 struct SortedRecord
 {
-    static constexpr int RecordBits = 16;
-    static constexpr std::size_t MostBins = std::size_t{1} << (32 - RecordBits);
+    static constexpr int RecordBits = 16; ///< as many as records in bins; of these there are a few for each thread
 
     std::uint32_t key;
     std::uint32_t number; ///< of its bins, and of its record there: equal keys go by that
