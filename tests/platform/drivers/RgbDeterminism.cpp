@@ -55,6 +55,20 @@ std::vector<DrawItem> Panes(int count)
     return items;
 }
 
+/// Side by side, at distances so near each other that hardly any depth between the nearest and the farthest is free.
+std::vector<DrawItem> Tiles(int columns, int rows)
+{
+    constexpr double Step = 1e-6;
+    const Double3 ahead = Normalized(Double3{0, -0.5, 4}); // as the camera looks
+    const Double3 up = Normalized(Double3{0, 4, 0.5});
+    const auto tile = OneFace({{-0.03F, -0.03F, 0}, {0, 0.03F, 0}, {0.03F, -0.03F, 0}}, 0x80FFC040);
+    std::vector<DrawItem> items;
+    for (int i = 0; i < columns * rows; ++i)
+        items.push_back(Placed(tile, Double3{0.05 * (i % columns - columns / 2), 0, 0} +
+                                         up * (0.05 * (i / columns - rows / 2)) + ahead * (Step * (i * 7 % 60))));
+    return items;
+}
+
 std::vector<LargeScene> LargeScenes()
 {
     SurfaceMaterial shiny;
@@ -73,6 +87,7 @@ std::vector<LargeScene> LargeScenes()
          FogMode::Exponential},
         {"sorted", {Placed(sphere), Placed(glass)}},
         {"sorted_at_few_distances", Panes(2000)},
+        {"sorted_hardly_apart", Tiles(50, 40)},
         {"blended", {Placed(sphere), Placed(glass)}, Transparency::Blended},
         {"stippled_mips", {Placed(textured), Placed(glass)}, Transparency::Stippled, TextureFilter::LinearMipLinear},
         {"mips_of_glass",

@@ -436,6 +436,8 @@ void Pipeline::DivideKeys(const Round& round)
     constexpr int BucketBits = 10;
     KeyRange seen{round.keys.greatest, round.keys.least};
     double parts = 2;
+    double bytes = 0; // of the units that were set up, had there been room
+    double units = 0;
     double count = 0;
     const auto forKeys = [&](auto use)
     {
@@ -444,8 +446,17 @@ void Pipeline::DivideKeys(const Round& round)
                 std::ranges::for_each(bins_[unit].keys.Items(), use);
     };
     for (std::size_t unit = round.inOrder.size(); unit < round.Size(); ++unit)
-        if (unitStates_[unit] != UnitState::LeftOut)
-            parts = std::max(parts, Spare / DonePart(batch_.SegmentsOf(round[unit]), unitPlaces_[unit]));
+    {
+        if (unitStates_[unit] == UnitState::LeftOut)
+            continue;
+        const double done = DonePart(batch_.SegmentsOf(round[unit]), unitPlaces_[unit]);
+        parts = std::max(parts, Spare / done);
+        bytes += static_cast<double>(BytesIn(bins_[unit])) / done;
+        ++units;
+    }
+    if (units != 0)
+        parts = std::max(parts, Spare * bytes / static_cast<double>(limits_.roundBytes) *
+                                    static_cast<double>(round.sorted.size()) / units);
     forKeys([&](std::uint32_t key) { seen = {std::min(seen.least, key), std::max(seen.greatest, key)}; });
     if (seen.least > seen.greatest)
         seen = round.keys;
