@@ -1,8 +1,13 @@
 #include "platform/drivers/Crew.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 
+#if defined(__linux__)
+#include <pthread.h>
+#include <sched.h>
+#endif
 #if defined(__x86_64__) || defined(__i386__)
 #include <immintrin.h>
 #endif
@@ -30,6 +35,95 @@ void Pause()
 
 } // namespace
 
+#if defined(__linux__)
+
+/// While one lives, helpers that sleep wake on processors of their own, where the crew has a thread for each processor.
+///
+/// Once all processors have been busy for a while the system does not look for an idle one: it wakes a thread where
+/// that last ran. Where the caller or another helper is by now, it would wait for a tick of some milliseconds. So that
+/// helper is bound to a free processor until it has been woken; then the system may move it as before.
+class Crew::Spread
+{
+public:
+    explicit Spread(Crew& crew)
+    {
+        if (!GetProcessors(crew.helpers_.front(), free_) || CPU_COUNT(&free_) > crew.size_)
+            return;
+        Take(sched_getcpu());
+        std::array<Helper*, MostThreads> crowded;
+        std::size_t crowdedCount = 0;
+        for (Helper& helper : crew.helpers_)
+            if (!Take(helper.processor.load()) && helper.sleeps.load())
+                crowded[crowdedCount++] = &helper;
+        for (std::size_t i = 0; i < crowdedCount; ++i)
+            Bind(*crowded[i]);
+    }
+    ~Spread()
+    {
+        for (std::size_t i = 0; i < boundCount_; ++i)
+            pthread_setaffinity_np(bound_[i].thread, sizeof(cpu_set_t), &bound_[i].before);
+    }
+    Spread(const Spread&) = delete;
+    Spread& operator=(const Spread&) = delete;
+
+private:
+    struct Bound
+    {
+        pthread_t thread;
+        cpu_set_t before;
+    };
+
+    /// Those that a helper may use.
+    static bool GetProcessors(Helper& helper, cpu_set_t& set)
+    {
+        return pthread_getaffinity_np(helper.thread.native_handle(), sizeof(set), &set) == 0;
+    }
+
+    /// False where it is not free.
+    bool Take(int processor)
+    {
+        if (processor < 0 || processor >= CPU_SETSIZE || !CPU_ISSET(processor, &free_))
+            return false;
+        CPU_CLR(processor, &free_);
+        return true;
+    }
+
+    /// To a free processor, if there is one that it may use.
+    void Bind(Helper& helper)
+    {
+        Bound& bound = bound_[boundCount_];
+        bound.thread = helper.thread.native_handle();
+        if (!GetProcessors(helper, bound.before))
+            return;
+        cpu_set_t usable;
+        CPU_AND(&usable, &free_, &bound.before);
+        int processor = 0;
+        while (processor < CPU_SETSIZE && !CPU_ISSET(processor, &usable))
+            ++processor;
+        if (!Take(processor))
+            return;
+        cpu_set_t one;
+        CPU_ZERO(&one);
+        CPU_SET(processor, &one);
+        if (pthread_setaffinity_np(bound.thread, sizeof(one), &one) == 0)
+            ++boundCount_;
+    }
+
+    cpu_set_t free_;
+    std::array<Bound, MostThreads> bound_;
+    std::size_t boundCount_ = 0;
+};
+
+#else
+
+class Crew::Spread
+{
+public:
+    explicit Spread(Crew&) {}
+};
+
+#endif
+
 std::shared_ptr<Crew> Crew::Of(int threads)
 {
     if (threads > 0)
@@ -50,20 +144,23 @@ Crew::~Crew()
     ends_.store(true);
     announced_.fetch_add(1);
     announced_.notify_all();
-    for (std::thread& helper : helpers_)
-        helper.join();
+    for (Helper& helper : helpers_)
+        helper.thread.join();
 }
 
 void Crew::StartHelpers()
 {
     while (static_cast<int>(helpers_.size()) < size_ - 1)
     {
+        Helper& helper = helpers_.emplace_back();
         try
         {
-            helpers_.emplace_back([this, worker = static_cast<int>(helpers_.size()) + 1] { Help(worker); });
+            helper.thread =
+                std::thread{[this, &helper, worker = static_cast<int>(helpers_.size())] { Help(helper, worker); }};
         }
         catch (const std::system_error&)
         {
+            helpers_.pop_back();
             size_ = static_cast<int>(helpers_.size()) + 1; // the system gives no more
         }
     }
@@ -80,7 +177,10 @@ void Crew::RunShared(std::size_t count, Call call, void* context)
     open_.store(job);
     announced_.store(job);
     if (sleepers_.load() != 0)
+    {
+        const Spread spread{*this};
         announced_.notify_all();
+    }
     TakeUnits(0);
     open_.store(0);
     for (int spins = 0; entered_.load() != 0; ++spins)
@@ -96,12 +196,12 @@ void Crew::TakeUnits(int worker)
         call_(context_, unit, worker);
 }
 
-void Crew::Help(int worker)
+void Crew::Help(Helper& self, int worker)
 {
     std::uint32_t seen = 0;
     while (true)
     {
-        seen = AwaitJob(seen);
+        seen = AwaitJob(self, seen);
         if (ends_.load())
             return;
         entered_.fetch_add(1);
@@ -111,7 +211,7 @@ void Crew::Help(int worker)
     }
 }
 
-std::uint32_t Crew::AwaitJob(std::uint32_t seen)
+std::uint32_t Crew::AwaitJob(Helper& self, std::uint32_t seen)
 {
     const auto start = std::chrono::steady_clock::now();
     const auto isOver = [&](auto time) { return std::chrono::steady_clock::now() - start >= time; };
@@ -124,9 +224,14 @@ std::uint32_t Crew::AwaitJob(std::uint32_t seen)
             Pause();
         }
     } while (!isOver(attentions_.load(std::memory_order_relaxed) != 0 ? AttentiveSpinTime : SpinTime));
+#if defined(__linux__)
+    self.processor.store(sched_getcpu());
+#endif
+    self.sleeps.store(true);
     sleepers_.fetch_add(1);
     announced_.wait(seen);
     sleepers_.fetch_sub(1);
+    self.sleeps.store(false);
     return announced_.load();
 }
 

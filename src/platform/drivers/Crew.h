@@ -3,9 +3,9 @@
 
 #include <atomic>
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <thread>
-#include <vector>
 
 namespace lumora
 {
@@ -71,14 +71,22 @@ private:
         std::atomic<bool>& mark;
     };
 
+    struct Helper
+    {
+        std::thread thread;
+        std::atomic<int> processor{-1}; ///< where it last went to sleep
+        std::atomic<bool> sleeps{false};
+    };
+    class Spread;
+
     void RunShared(std::size_t count, Call call, void* context);
     void StartHelpers();
-    void Help(int worker);
-    std::uint32_t AwaitJob(std::uint32_t seen);
+    void Help(Helper& self, int worker);
+    std::uint32_t AwaitJob(Helper& self, std::uint32_t seen);
     void TakeUnits(int worker);
 
     int size_;
-    std::vector<std::thread> helpers_;
+    std::deque<Helper> helpers_; ///< threads have references to theirs
     std::atomic<bool> isBusy_{false};
 
     // The job. Helpers read these only between entering (entered_) and leaving, while the job is open.
