@@ -47,8 +47,7 @@ class Crew::Spread
 public:
     explicit Spread(Crew& crew)
     {
-        if (!GetProcessors(crew.helpers_.front(), free_) || CPU_COUNT(&free_) > crew.size_)
-            return;
+        CPU_ZERO(&taken_);
         Take(sched_getcpu());
         std::array<Helper*, MostThreads> crowded;
         std::size_t crowdedCount = 0;
@@ -56,7 +55,7 @@ public:
             if (!Take(helper.processor.load()) && helper.sleeps.load())
                 crowded[crowdedCount++] = &helper;
         for (std::size_t i = 0; i < crowdedCount; ++i)
-            Bind(*crowded[i]);
+            Bind(*crowded[i], crew.size_);
     }
     ~Spread()
     {
@@ -73,34 +72,27 @@ private:
         cpu_set_t before;
     };
 
-    /// Those that a helper may use.
-    static bool GetProcessors(Helper& helper, cpu_set_t& set)
-    {
-        return pthread_getaffinity_np(helper.thread.native_handle(), sizeof(set), &set) == 0;
-    }
-
     /// False where it is not free.
     bool Take(int processor)
     {
-        if (processor < 0 || processor >= CPU_SETSIZE || !CPU_ISSET(processor, &free_))
+        if (processor < 0 || processor >= CPU_SETSIZE || CPU_ISSET(processor, &taken_))
             return false;
-        CPU_CLR(processor, &free_);
+        CPU_SET(processor, &taken_);
         return true;
     }
 
-    /// To a free processor, if there is one that it may use.
-    void Bind(Helper& helper)
+    /// To a free processor, if it may use no more than there are threads.
+    void Bind(Helper& helper, int threads)
     {
         Bound& bound = bound_[boundCount_];
         bound.thread = helper.thread.native_handle();
-        if (!GetProcessors(helper, bound.before))
+        if (pthread_getaffinity_np(bound.thread, sizeof(bound.before), &bound.before) != 0 ||
+            CPU_COUNT(&bound.before) > threads)
             return;
-        cpu_set_t usable;
-        CPU_AND(&usable, &free_, &bound.before);
         int processor = 0;
-        while (processor < CPU_SETSIZE && !CPU_ISSET(processor, &usable))
+        while (processor < CPU_SETSIZE && !(CPU_ISSET(processor, &bound.before) && Take(processor)))
             ++processor;
-        if (!Take(processor))
+        if (processor == CPU_SETSIZE)
             return;
         cpu_set_t one;
         CPU_ZERO(&one);
@@ -109,7 +101,7 @@ private:
             ++boundCount_;
     }
 
-    cpu_set_t free_;
+    cpu_set_t taken_;
     std::array<Bound, MostThreads> bound_;
     std::size_t boundCount_ = 0;
 };
