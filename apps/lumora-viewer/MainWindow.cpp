@@ -69,14 +69,13 @@ MainWindow::MainWindow(const Options& options)
     age_.start();
 }
 
-// The load and what draws go before the viewport. That reports even while it goes, and what listens must be whole then.
+// The load and what draws go before the viewport, which the window's children are.
 MainWindow::~MainWindow()
 {
     load_.reset();
     ended_.reset();
     motion_.reset();
     view_.reset();
-    delete takeCentralWidget();
 }
 
 void MainWindow::BuildCentre()

@@ -139,9 +139,11 @@ ViewportWidget::ViewportWidget(const Options& options, QWidget* parent)
     quiet_ = QuietProperties();
 }
 
-// Whoever still holds the control finds it halted; its window and screen go on answering without the widget.
+// Whoever still holds the control finds it halted; its window and screen go on answering without the widget. Nothing is
+// signalled: of a window that deletes its children only the QWidget is left to listen.
 ViewportWidget::~ViewportWidget()
 {
+    blockSignals(true);
     Call([](Viewport& control) { control.Terminate(); });
 }
 

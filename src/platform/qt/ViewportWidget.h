@@ -54,7 +54,7 @@ public:
     explicit ViewportWidget(QWidget* parent = nullptr);
     explicit ViewportWidget(const Options& options, QWidget* parent = nullptr);
 
-    /// Terminates the control.
+    /// Terminates the control, and signals none of it.
     ~ViewportWidget() override;
 
     /// The whole interface of the control. Its methods raise RuntimeError.

@@ -246,13 +246,15 @@ TEST(QtWidget, the_about_box_names_the_control_and_comes_back_from_its_tool)
         << seen.join('|').toStdString();
 }
 
-TEST(QtWidget, a_control_that_is_held_outlives_its_widget)
+TEST(QtWidget, a_control_that_is_held_outlives_its_widget_which_goes_without_a_signal)
 {
     auto widget = MakeWidget();
     ASSERT_TRUE(Show(*widget));
     const std::shared_ptr<Viewport> held = widget->sharedViewport();
+    const QSignalSpy told{widget.get(), &ViewportWidget::ViewportStateChanged};
     widget.reset();
     EXPECT_EQ(held->ViewportState(), tdlHalted);
+    EXPECT_EQ(told.count(), 0);
     EXPECT_EQ(ErrorOf([&] { held->RenderScene(); }).Number(), error::Halted);
     held->SetMousePointer(2);
     held->SetBackColor(255);
