@@ -428,23 +428,14 @@ void Pipeline::DrawByKeys(bool alone, bool isLast)
     }
 }
 
-/// Divides the keys of a round that did not fit, so that parts of it may, going by those that were set up.
-void Pipeline::DivideKeys(const Round& round)
+/// How many parts of about equal size a round that did not fit would fit, going by the sorted units that were set up.
+double Pipeline::PartsToFit(const Round& round) const
 {
     constexpr double Spare = 1.2; // no part is quite like another
-    constexpr double MostParts = 64;
-    constexpr int BucketBits = 10;
-    KeyRange seen{round.keys.greatest, round.keys.least};
+    constexpr double Most = 64;
     double parts = 2;
-    double bytes = 0; // of the units that were set up, had there been room
+    double bytes = 0; // of these units, had there been room
     double units = 0;
-    double count = 0;
-    const auto forKeys = [&](auto use)
-    {
-        for (std::size_t unit = round.inOrder.size(); unit < round.Size(); ++unit)
-            if (unitStates_[unit] != UnitState::LeftOut)
-                std::ranges::for_each(bins_[unit].keys.Items(), use);
-    };
     for (std::size_t unit = round.inOrder.size(); unit < round.Size(); ++unit)
     {
         if (unitStates_[unit] == UnitState::LeftOut)
@@ -454,9 +445,22 @@ void Pipeline::DivideKeys(const Round& round)
         bytes += static_cast<double>(BytesIn(bins_[unit])) / done;
         ++units;
     }
-    if (units != 0)
-        parts = std::max(parts, Spare * bytes / static_cast<double>(limits_.roundBytes) *
-                                    static_cast<double>(round.sorted.size()) / units);
+    const double bytesOfAll = bytes / std::max(units, 1.0) * static_cast<double>(round.sorted.size());
+    return std::min(std::max(parts, Spare * bytesOfAll / static_cast<double>(limits_.roundBytes)), Most);
+}
+
+/// Divides the keys of a round that did not fit, so that parts of it may, going by those that were set up.
+void Pipeline::DivideKeys(const Round& round)
+{
+    constexpr int BucketBits = 10;
+    KeyRange seen{round.keys.greatest, round.keys.least};
+    double count = 0;
+    const auto forKeys = [&](auto use)
+    {
+        for (std::size_t unit = round.inOrder.size(); unit < round.Size(); ++unit)
+            if (unitStates_[unit] != UnitState::LeftOut)
+                std::ranges::for_each(bins_[unit].keys.Items(), use);
+    };
     forKeys([&](std::uint32_t key) { seen = {std::min(seen.least, key), std::max(seen.greatest, key)}; });
     if (seen.least > seen.greatest)
         seen = round.keys;
@@ -469,7 +473,7 @@ void Pipeline::DivideKeys(const Round& round)
             ++count;
         });
 
-    const double share = std::max(1.0, count / std::min(parts, MostParts));
+    const double share = std::max(1.0, count / PartsToFit(round));
     const auto before = static_cast<std::ptrdiff_t>(keysLeft_.size());
     std::uint32_t least = round.keys.least;
     double passed = 0;

@@ -129,6 +129,7 @@ private:
     void DrawUnits(bool alone, bool isLast);
     bool DrawInOrder(Round rest, bool alone, bool isLast);
     void DrawByKeys(bool alone, bool isLast);
+    double PartsToFit(const Round& round) const;
     void DivideKeys(const Round& round);
     std::size_t SetUpRound(const Round& round, bool alone);
     bool CanSort(const Round& round) const;
