@@ -215,6 +215,7 @@ std::uint32_t Crew::AwaitJob(Helper& self, std::uint32_t seen)
                 return job;
             Pause();
         }
+        std::this_thread::yield(); // one that has a unit may wait for this processor
     } while (!isOver(attentions_.load(std::memory_order_relaxed) != 0 ? AttentiveSpinTime : SpinTime));
 #if defined(__linux__)
     self.processor.store(sched_getcpu());
