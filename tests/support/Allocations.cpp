@@ -14,6 +14,16 @@ constexpr std::size_t Header = 64; // keeps every usual alignment
 std::atomic<std::size_t> count{0};
 std::atomic<std::size_t> alive{0};
 std::atomic<std::size_t> peak{0};
+std::atomic<std::size_t> beforeFailure{0}; ///< allocations, with the one that fails; 0: none fails
+
+bool MustFail()
+{
+    std::size_t left = beforeFailure.load();
+    while (left != 0 && !beforeFailure.compare_exchange_weak(left, left - 1))
+    {
+    }
+    return left == 1;
+}
 
 std::size_t HeaderFor(std::size_t alignment)
 {
@@ -27,6 +37,11 @@ void* Take(std::size_t size, std::size_t alignment)
     auto* const block = whole < size ? nullptr : static_cast<char*>(std::aligned_alloc(header, whole));
     if (block == nullptr)
         throw std::bad_alloc{};
+    if (MustFail())
+    {
+        std::free(block);
+        throw std::bad_alloc{};
+    }
     *reinterpret_cast<std::size_t*>(block + header - sizeof(std::size_t)) = size;
     ++count;
     const std::size_t now = alive += size;
@@ -59,6 +74,11 @@ Allocations CountedAllocations()
 void ForgetPeak()
 {
     peak = alive.load();
+}
+
+bool FailAllocation(std::size_t number)
+{
+    return beforeFailure.exchange(number) != 0;
 }
 
 } // namespace lumora::test

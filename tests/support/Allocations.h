@@ -1,4 +1,4 @@
-// Counts what a test program takes from the heap: linking this replaces operator new.
+// Counts what a test program takes from the heap, and refuses it: linking this replaces operator new.
 #pragma once
 
 #include <cstddef>
@@ -15,5 +15,9 @@ struct Allocations
 
 Allocations CountedAllocations();
 void ForgetPeak();
+
+/// The allocation of this number fails, counted from now on with 1; 0: none does. Answers whether an earlier one was
+/// still to fail.
+bool FailAllocation(std::size_t number);
 
 } // namespace lumora::test

@@ -48,7 +48,7 @@ public:
     explicit Spread(Crew& crew)
     {
         CPU_ZERO(&taken_);
-        Take(sched_getcpu());
+        Take(Here());
         std::array<Helper*, MostThreads> crowded;
         std::size_t crowdedCount = 0;
         for (Helper& helper : crew.helpers_)
@@ -64,6 +64,9 @@ public:
     }
     Spread(const Spread&) = delete;
     Spread& operator=(const Spread&) = delete;
+
+    /// The calling thread's processor.
+    static int Here() { return sched_getcpu(); }
 
 private:
     struct Bound
@@ -112,6 +115,7 @@ class Crew::Spread
 {
 public:
     explicit Spread(Crew&) {}
+    static int Here() { return -1; }
 };
 
 #endif
@@ -144,16 +148,16 @@ void Crew::StartHelpers()
 {
     while (static_cast<int>(helpers_.size()) < size_ - 1)
     {
-        Helper& helper = helpers_.emplace_back();
+        const int worker = static_cast<int>(helpers_.size()) + 1;
         try
         {
-            helper.thread =
-                std::thread{[this, &helper, worker = static_cast<int>(helpers_.size())] { Help(helper, worker); }};
+            Helper& helper = helpers_.emplace_back();
+            helper.thread = std::thread{[this, &helper, worker] { Help(helper, worker); }};
         }
-        catch (const std::system_error&)
+        catch (const std::exception&) // the system gives no more threads, or memory
         {
-            helpers_.pop_back();
-            size_ = static_cast<int>(helpers_.size()) + 1; // the system gives no more
+            helpers_.resize(static_cast<std::size_t>(worker - 1));
+            size_ = worker;
         }
     }
 }
@@ -217,9 +221,7 @@ std::uint32_t Crew::AwaitJob(Helper& self, std::uint32_t seen)
         }
         std::this_thread::yield(); // one that has a unit may wait for this processor
     } while (!isOver(attentions_.load(std::memory_order_relaxed) != 0 ? AttentiveSpinTime : SpinTime));
-#if defined(__linux__)
-    self.processor.store(sched_getcpu());
-#endif
+    self.processor.store(Spread::Here());
     self.sleeps.store(true);
     sleepers_.fetch_add(1);
     announced_.wait(seen);

@@ -1,9 +1,9 @@
 #include "platform/drivers/Crew.h"
 
+#include <atomic>
 #include <chrono>
 #include <gtest/gtest.h>
 #include <sched.h>
-#include <set>
 #include <thread>
 #include <vector>
 

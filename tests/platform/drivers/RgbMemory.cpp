@@ -1,5 +1,6 @@
 // The RGB driver keeps to the memory that its formula allows, and says what it has.
 #include "platform/automation/RuntimeError.h"
+#include "platform/drivers/Crew.h"
 #include "platform/drivers/TestCanvas.h"
 #include "platform/drivers/TestMeshes.h"
 #include "platform/drivers/rgb/RgbDriver.h"
@@ -105,6 +106,64 @@ TEST(RgbMemory, a_picture_beyond_the_limit_is_refused_and_the_next_one_drawn)
         DrawPicture(*driver, canvas, pass, {DrawItem{Sphere(1, 20, 20, 0xFFFFFFFF)}}, 0xFFFFFF);
         EXPECT_GT(canvas.CountNot(0xFFFFFF), 100); // without light: black
     }
+}
+
+TEST(CrewMemory, a_crew_that_cannot_have_all_threads_does_its_jobs_with_fewer)
+{
+    std::size_t number = 1;
+    for (bool isLast = false; !isLast; ++number)
+    {
+        Crew crew{4};
+        std::atomic<int> done{0};
+        auto work = [&](std::size_t, int) { done.fetch_add(1); };
+        FailAllocation(number);
+        crew.Run(100, false, work);
+        isLast = FailAllocation(0);
+        EXPECT_EQ(crew.Size() == 4, isLast) << "allocation " << number;
+        crew.Run(100, false, work);
+        EXPECT_EQ(done, 200);
+    }
+}
+
+TEST(RgbMemory, wherever_memory_runs_out_it_is_told_and_the_next_picture_is_whole)
+{
+    RgbOptions options;
+    options.threads = 3;
+    options.limits = {1U << 10, std::size_t{1} << 30, std::size_t{1} << 14, 0}; // many rounds and batches
+    const std::vector<DrawItem> items{DrawItem{Sphere(1, 40, 40, 0xFFC0A080, {}, Ramp(16, 16))},
+                                      DrawItem{Confetti(12500, 1, 0.1F, 0x60, 2)}};
+    const PassState pass = PerspectivePass(200, 150, {.eye = {0, 0, -4}, .field = 0.7});
+    const auto colors = [&](const Canvas& canvas)
+    {
+        std::vector<std::uint32_t> list;
+        for (int y = 0; y < canvas.Height(); ++y)
+            for (int x = 0; x < canvas.Width(); ++x)
+                list.push_back(canvas.At(x, y));
+        return list;
+    };
+    Canvas canvas{200, 150};
+    DrawPicture(*MakeRgbDriver(options), canvas, pass, items, 0xFFFFFF);
+    const std::vector<std::uint32_t> expected = colors(canvas);
+    std::size_t told = 0;
+    std::size_t number = 1;
+    for (bool isLast = false; !isLast; number += 1 + number / 100) // the first ones are the most different
+    {
+        const auto driver = MakeRgbDriver(options);
+        FailAllocation(number);
+        try
+        {
+            DrawPicture(*driver, canvas, pass, items, 0xFFFFFF);
+        }
+        catch (const RuntimeError& failure)
+        {
+            ++told;
+            EXPECT_EQ(failure.Number(), error::RMBadAlloc);
+        }
+        isLast = FailAllocation(0);
+        DrawPicture(*driver, canvas, pass, items, 0xFFFFFF);
+        ASSERT_TRUE(colors(canvas) == expected) << "allocation " << number;
+    }
+    EXPECT_GT(told, 50U);
 }
 
 } // namespace lumora::test

@@ -382,6 +382,7 @@ void Pipeline::RunWhole(std::uint32_t number)
 /// What is drawn in order, then what is sorted: mostly all in one round.
 void Pipeline::DrawUnits(bool alone, bool isLast)
 {
+    keysLeft_.clear(); // of a picture for which memory did not last
     if (!DrawInOrder({batch_.units, batch_.sortedUnits, {}}, alone, isLast))
         DrawByKeys(alone, isLast);
 }
