@@ -146,7 +146,7 @@ TEST(RgbMemory, wherever_memory_runs_out_it_is_told_and_the_next_picture_is_whol
     const std::vector<std::uint32_t> expected = colors(canvas);
     std::size_t told = 0;
     std::size_t number = 1;
-    for (bool isLast = false; !isLast; number += 1 + number / 100) // the first ones are the most different
+    for (bool isLast = false; !isLast; number += 1 + number / 40) // the first ones are the most different
     {
         const auto driver = MakeRgbDriver(options);
         FailAllocation(number);
