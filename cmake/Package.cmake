@@ -1,4 +1,4 @@
-# What "cmake --install" puts down: libraries, headers, and the files by which other projects find them.
+# What "cmake --install" puts down: libraries, headers, programs, and the files by which other projects find them.
 
 include(CMakePackageConfigHelpers)
 
@@ -10,13 +10,33 @@ install(DIRECTORY src/ DESTINATION ${LUMORA_INCLUDES} FILES_MATCHING PATTERN "*.
 install(FILES include/LumoraViewport.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 set(libraries lumora-core lumora-automation)
+set(pkgconfigs LumoraViewport)
 if(LUMORA_SETTINGS)
     list(APPEND libraries lumora-settings)
+endif()
+if(LUMORA_IMPORT)
+    list(APPEND libraries lumora-import)
+    list(APPEND pkgconfigs LumoraViewportImport)
+    install(FILES src/import/Import.h DESTINATION ${LUMORA_INCLUDES}/import)
+    install(TARGETS lumora-import-worker)
 endif()
 install(TARGETS ${libraries} EXPORT LumoraViewportTargets)
 install(EXPORT LumoraViewportTargets NAMESPACE LumoraViewport:: DESTINATION ${package})
 
-set(pkgconfigs LumoraViewport)
+# The module finds the library two folders up.
+set(LUMORA_PYTHON_FOLDER ${CMAKE_INSTALL_LIBDIR}/python3/dist-packages)
+install(FILES examples/python-host/lumora.py DESTINATION ${LUMORA_PYTHON_FOLDER})
+
+if(LUMORA_APPS)
+    set(programs lumora-render)
+    if(LUMORA_VIEWER)
+        list(APPEND programs lumora-viewer)
+    endif()
+    file(RELATIVE_PATH libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+    set_target_properties(${programs} PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries}")
+    install(TARGETS ${programs})
+endif()
+
 if(LUMORA_QT)
     list(APPEND pkgconfigs LumoraViewportQt)
     install(FILES src/platform/qt/FormMistakes.h src/platform/qt/ViewportWidget.h

@@ -203,7 +203,7 @@ void Session::Run(const stage::Stage& shown)
         frameMilliseconds_.push_back(DrawFrame());
         const bool kept = everyFrame || frame + 1 == request_.frames;
         if (kept && !request_.output.empty())
-            WritePicture(NameOfFrame(request_.output, frame), Picture());
+            WritePicture(NameOfFrame(request_.output, frame), hosted_->Picture());
         progress.Report((frame + 1.0) / request_.frames);
     }
 }
@@ -215,22 +215,14 @@ void Session::Play(const headless::SessionScript& script)
     headless::SessionPlayer player{*hosted_, [&](const std::string& name)
                                    {
                                        took = true;
-                                       WritePicture(names.Next(name), Picture());
+                                       WritePicture(names.Next(name), hosted_->Picture());
                                    }};
     player.Play(script);
     if (!took && !request_.output.empty())
     {
         DrawFrame();
-        WritePicture(NameOfFrame(request_.output, 0), Picture());
+        WritePicture(NameOfFrame(request_.output, 0), hosted_->Picture());
     }
-}
-
-// What the screen shows in the control's client area.
-PixelView Session::Picture()
-{
-    const PixelView screen = hosted_->Host().Display().Pixels();
-    const PixelRect client = Intersection(hosted_->Host().ControlArea().ClientRect(), screen.Bounds());
-    return {screen.Row(client.top) + client.left, client.Width(), client.Height(), screen.pitch};
 }
 
 std::string Session::StatisticsAsJson(double loadMilliseconds) const

@@ -43,7 +43,6 @@ private:
     bool IsStored(std::string_view property) const;
     bool IsExplicit(std::string_view property) const { return request_.Sets(property) || IsStored(property); }
     double DrawFrame();
-    PixelView Picture();
 
     const Request& request_;
     const std::vector<Setting>& stored_;

@@ -1,7 +1,8 @@
 /* A form with a viewport, driven from C by late binding: builds a scene, moves the camera, writes what a person would
  * see. Nothing but libdl is linked.
  *
- *     host libLumoraViewport.so picture.png
+ *     cc -I<where the library was installed>/include host.c -o host -ldl
+ *     ./host <where the library was installed>/lib/libLumoraViewport.so picture.png
  */
 #include "LumoraViewport.h"
 

@@ -13,6 +13,7 @@ into the event's arguments (a tuple for more than one). Failures are `lumora.Err
 """
 
 import ctypes
+import os
 from ctypes import (CFUNCTYPE, POINTER, Structure, Union, byref, c_char_p, c_double, c_float, c_int16, c_int32,
                     c_ubyte, c_uint32, c_void_p)
 
@@ -117,8 +118,12 @@ def _check(answer, what):
 
 
 class Library:
+    """The library by its path or name. A name alone is looked for in the tree that this module was installed to, then
+    where the system looks for libraries."""
+
     def __init__(self, path):
-        self._library = ctypes.CDLL(path)
+        installed = os.path.join(os.path.dirname(os.path.realpath(__file__)), "..", "..", path)
+        self._library = ctypes.CDLL(installed if path == os.path.basename(path) and os.path.exists(installed) else path)
 
     def _class_object(self, name):
         pointer = c_void_p()

@@ -112,10 +112,7 @@ try
     {
         viewport.SetAntiAlias(antiAlias); // the next picture is drawn so
         viewport.RenderScene();
-        const PixelView screen = host->Display().Pixels();
-        const PixelRect client = host->ControlArea().ClientRect();
-        SavePicture("captioned-" + std::to_string(antiAlias) + ".png",
-                    {screen.Row(client.top) + client.left, client.Width(), client.Height(), screen.pitch});
+        SavePicture("captioned-" + std::to_string(antiAlias) + ".png", form->Picture());
     }
 }
 catch (const RuntimeError& failure)

@@ -51,15 +51,6 @@ std::uint32_t PixelAt(HostFace& host, std::int32_t x, std::int32_t y)
     return host.Form().Display().PixelAt(client.left + x, client.top + y);
 }
 
-void SavePart(HostFace& host, const PixelRect& wanted, const std::string& path)
-{
-    const PixelView screen = host.Form().Display().Pixels();
-    const PixelRect part = Intersection(wanted, screen.Bounds());
-    if (part.IsEmpty())
-        throw RuntimeError{error::InvalidCall, "Host", "Nothing of the window is on the screen"};
-    SavePicture(path, {screen.Row(part.top) + part.left, part.Width(), part.Height(), screen.pitch});
-}
-
 const DriverList& DriversOf(HostFace& host)
 {
     return *host.Form().Drivers();
@@ -122,11 +113,11 @@ Rows WindowRows()
             "what a person sees on the screen, 0x00RRGGBB"),
         Method(
             "SavePicture", "Path",
-            [](HostFace& host, const std::string& path) { SavePart(host, ClientOf(host), path); },
+            [](HostFace& host, const std::string& path) { SavePicture(path, host.Form().ControlPicture()); },
             "writes what a person sees in the window to a PNG file"),
         Method(
             "SaveScreen", "Path",
-            [](HostFace& host, const std::string& path) { SavePart(host, host.Form().Display().Bounds(), path); },
+            [](HostFace& host, const std::string& path) { SavePicture(path, host.Form().Display().Pixels()); },
             "writes the whole screen to a PNG file"),
         Method(
             "LoadPicture", "Path", [](HostFace&, const std::string& path) { return LoadPicture(path); },

@@ -7,6 +7,7 @@
 #include "platform/automation/RuntimeError.h"
 
 #include <algorithm>
+#include <dlfcn.h>
 #include <filesystem>
 #include <new>
 #include <unistd.h>
@@ -48,25 +49,44 @@ void CheckPath(const std::string& path)
         Fail(importerror::InvalidFormat, path, "is an empty file: choose another one.");
 }
 
+// The folder of the library that this function is part of; empty when the system does not know it.
+std::filesystem::path LibraryFolder()
+{
+    Dl_info found{};
+    const void* const inside = reinterpret_cast<const void*>(&LibraryFolder);
+    std::error_code failure;
+    if (dladdr(inside, &found) == 0 || found.dli_fname == nullptr)
+        return {};
+    return std::filesystem::canonical(found.dli_fname, failure).parent_path();
+}
+
+// Only absolute paths: a program in the current folder is never started.
+std::vector<std::filesystem::path> PlacesOfWorker(const ImportOptions& options)
+{
+    if (!options.workerPath.empty())
+        return {options.workerPath};
+    std::error_code failure;
+    const std::filesystem::path running = std::filesystem::read_symlink("/proc/self/exe", failure);
+    const std::filesystem::path library = LibraryFolder();
+    std::vector<std::filesystem::path> places;
+    if (!running.empty())
+        places.push_back(running.parent_path() / "lumora-import-worker");
+    if (!library.empty())
+        places.push_back((library / LUMORA_PROGRAMS_FROM_LIBRARY / "lumora-import-worker").lexically_normal());
+    return places;
+}
+
 std::string FindWorker(const ImportOptions& options, const std::string& model)
 {
-    namespace fs = std::filesystem;
-    const auto canRun = [](const fs::path& path) { return access(path.c_str(), X_OK) == 0; };
-    std::vector<fs::path> places;
-    if (!options.workerPath.empty())
-        places = {options.workerPath};
-    else
+    std::string looked;
+    for (const std::filesystem::path& place : PlacesOfWorker(options))
     {
-        std::error_code failure;
-        places = {fs::read_symlink("/proc/self/exe", failure).parent_path() / "lumora-import-worker",
-                  LUMORA_IMPORT_WORKER};
+        if (access(place.c_str(), X_OK) == 0)
+            return place.string();
+        looked += (looked.empty() ? "\"" : " or \"") + place.string() + "\"";
     }
-    const auto found = std::ranges::find_if(places, canRun);
-    if (found == places.end())
-        Fail(importerror::CannotStart, model,
-             "cannot be read because the program \"" + places.front().string() +
-                 "\" is missing: install it beside this program.");
-    return found->string();
+    Fail(importerror::CannotStart, model,
+         "cannot be read because the program that reads it is missing: install " + looked + ".");
 }
 
 [[noreturn]] void FailAs(const WorkerResult& result, const std::string& path, const ImportOptions& options)

@@ -38,8 +38,8 @@ struct ImportOptions
     /// cancels. What it throws leaves ImportModel as it came.
     std::function<bool(double fraction)> progress;
 
-    /// The program that reads models; empty means lumora-import-worker beside the running program, or where this
-    /// library was built.
+    /// The program that reads models; empty means lumora-import-worker beside the running program, or among the
+    /// programs of the tree that this library lies in.
     std::string workerPath;
 };
 

@@ -86,9 +86,7 @@ std::string OwnSession(const std::string& picture)
     lines += "faces 5\nsame scene yes\n";
     lines += Line("pixel %06X", hosted->PixelAt(160, 120));
     lines += "error 383\n";
-    const PixelRect client = host->ControlArea().ClientRect();
-    const PixelView all = host->Display().Pixels();
-    SavePicture(picture, {all.Row(client.top) + client.left, client.Width(), client.Height(), all.pitch});
+    SavePicture(picture, hosted->Picture());
     return lines;
 }
 

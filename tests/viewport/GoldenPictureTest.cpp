@@ -106,9 +106,7 @@ void Draw(LiveControl& control, const std::shared_ptr<Frame>& scene)
 
 void ExpectGolden(LiveControl& control, const std::string& name)
 {
-    const PixelRect client = control.Host().ControlArea().ClientRect();
-    const PixelView screen = control.Host().Display().Pixels();
-    const PixelView actual{screen.Row(client.top) + client.left, Width, Height, screen.pitch};
+    const PixelView actual = control.Host().ControlPicture();
     const std::string path = std::string{LUMORA_GOLDEN_PICTURES} + "/" + name + ".png";
     if (!std::ifstream{path})
     {

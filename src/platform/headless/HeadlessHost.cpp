@@ -113,6 +113,15 @@ void HeadlessHost::Log(std::string_view message)
     logged_.emplace_back(message);
 }
 
+PixelView HeadlessHost::ControlPicture()
+{
+    const PixelView screen = screen_->Pixels();
+    const PixelRect part = Intersection(window_->ClientRect(), screen.Bounds());
+    if (part.IsEmpty())
+        throw RuntimeError{error::InvalidCall, "HeadlessHost", "Nothing of the window is on the screen"};
+    return {screen.Row(part.top) + part.left, part.Width(), part.Height(), screen.pitch};
+}
+
 void HeadlessHost::SetDrivers(std::shared_ptr<const DriverList> drivers)
 {
     drivers_ = drivers ? std::move(drivers) : std::make_shared<const DriverList>();

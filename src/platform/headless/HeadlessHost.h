@@ -93,6 +93,10 @@ public:
     const std::vector<std::string>& PropertyChanges() const { return propertyChanges_; }
     const std::vector<std::string>& Logged() const { return logged_; }
 
+    /// What the screen shows now in the control's client area, as far as that lies on the screen; valid as long as the
+    /// screen. InvalidCall when nothing of it does.
+    PixelView ControlPicture();
+
     /// Lets the next `count` calls of a platform operation raise `number` (see platform/automation/Faults.h).
     void FailNext(std::string_view operation, int count, std::int32_t number);
 

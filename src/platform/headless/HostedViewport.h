@@ -35,6 +35,9 @@ public:
     /// The pixel a person sees at a place of the client area: 0x00RRGGBB.
     std::uint32_t PixelAt(int x, int y);
 
+    /// What the control shows: HeadlessHost::ControlPicture.
+    PixelView Picture() { return host_->ControlPicture(); }
+
 private:
     std::shared_ptr<HeadlessHost> host_;
     std::shared_ptr<Viewport> control_;

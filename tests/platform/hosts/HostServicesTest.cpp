@@ -48,6 +48,19 @@ TEST(HeadlessHost, converts_positions_from_its_own_unit)
     EXPECT_EQ(host.PositionToPixelsY(300), 25);
 }
 
+TEST(HeadlessHost, shows_what_of_the_control_lies_on_the_screen)
+{
+    HeadlessHost host;
+    host.MoveWindow(-10, 1000);
+    host.ControlArea().SetBackColor(0xFF);
+    const PixelView picture = host.ControlPicture();
+    EXPECT_EQ(picture.width, 630);
+    EXPECT_EQ(picture.height, 80);
+    EXPECT_EQ(picture.Row(79)[629] & 0xFFFFFF, 0xFF0000U);
+    host.MoveWindow(1920, 0);
+    EXPECT_EQ(ErrorOf([&] { host.ControlPicture(); }), error::InvalidCall);
+}
+
 TEST(HeadlessHost, takes_its_faults_along)
 {
     {
