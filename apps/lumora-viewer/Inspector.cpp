@@ -6,6 +6,7 @@
 #include "platform/qt/ViewportWidget.h"
 #include "properties/PropertyGroups.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -149,11 +150,14 @@ private:
 
 Inspector::Inspector(ViewportWidget& viewport, std::function<void(const QString&)> complain, QWidget* parent)
     : QWidget(parent), viewport_(viewport), complain_(std::move(complain)), search_(new QLineEdit{this}),
-      tree_(new QTreeWidget{this}), reset_(new QPushButton{"&Reset to Default", this})
+      all_(new QCheckBox{"Show &All", this}), tree_(new QTreeWidget{this}),
+      reset_(new QPushButton{"&Reset to Default", this})
 {
     search_->setPlaceholderText("Search");
     search_->setClearButtonEnabled(true);
     search_->setObjectName("search");
+    all_->setObjectName("all");
+    all_->setToolTip("Properties that programs use and browsers leave out, too");
     tree_->setObjectName("properties");
     tree_->setHeaderLabels({"Property", "Value"});
     tree_->setItemDelegate(new Delegate{*this});
@@ -162,11 +166,14 @@ Inspector::Inspector(ViewportWidget& viewport, std::function<void(const QString&
     reset_->setObjectName("reset");
     auto* const layout = new QVBoxLayout{this};
     layout->addWidget(search_);
+    layout->addWidget(all_);
     layout->addWidget(tree_);
     layout->addWidget(reset_);
     Fill();
+    Filter();
     tree_->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
-    QObject::connect(search_, &QLineEdit::textChanged, this, [this](const QString& text) { Search(text); });
+    QObject::connect(search_, &QLineEdit::textChanged, this, [this] { Filter(); });
+    QObject::connect(all_, &QCheckBox::toggled, this, [this] { Filter(); });
     QObject::connect(reset_, &QPushButton::clicked, this, [this] { ResetCurrent(); });
     const auto edit = [this](QTreeWidgetItem* item) { tree_->editItem(item, ValueColumn); };
     QObject::connect(tree_, &QTreeWidget::itemClicked, this,
@@ -246,8 +253,9 @@ void Inspector::Refresh()
     }
 }
 
-void Inspector::Search(const QString& text)
+void Inspector::Filter()
 {
+    const QString text = search_->text();
     for (int i = 0; i < tree_->topLevelItemCount(); ++i)
     {
         QTreeWidgetItem& group = *tree_->topLevelItem(i);
@@ -258,8 +266,9 @@ void Inspector::Search(const QString& text)
             const bool found = item.text(0).contains(text, Qt::CaseInsensitive) ||
                                item.toolTip(0).contains(text, Qt::CaseInsensitive) ||
                                group.text(0).contains(text, Qt::CaseInsensitive);
-            item.setHidden(!found);
-            shown += found ? 1 : 0;
+            const bool isShown = found && (all_->isChecked() || !RowOf(item.data(0, RowRole))->hidden);
+            item.setHidden(!isShown);
+            shown += isShown ? 1 : 0;
         }
         group.setHidden(shown == 0);
     }

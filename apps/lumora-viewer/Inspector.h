@@ -7,6 +7,7 @@
 #include <QWidget>
 #include <functional>
 
+class QCheckBox;
 class QLineEdit;
 class QPushButton;
 class QTreeWidget;
@@ -21,8 +22,8 @@ struct PropertyRow;
 namespace lumora::viewer
 {
 
-/// Properties in groups, with a field to search in. Those that are not as a viewer has them at first are bold, and
-/// can be reset. Follows the control while it is visible.
+/// Properties in groups, with a field to search in; the hidden ones only where the box for all is checked. Those that
+/// are not as a viewer has them at first are bold, and can be reset. Follows the control while it is visible.
 class Inspector : public QWidget
 {
 public:
@@ -42,7 +43,7 @@ private:
 
     void Fill();
     void Refresh();
-    void Search(const QString& text);
+    void Filter();
     void ResetCurrent();
     void FollowChanges();
     const PropertyRow* CurrentRow() const;
@@ -50,6 +51,7 @@ private:
     ViewportWidget& viewport_;
     std::function<void(const QString&)> complain_;
     QLineEdit* search_;
+    QCheckBox* all_;
     QTreeWidget* tree_;
     QPushButton* reset_;
     QTimer refresh_; ///< many changes make one refresh

@@ -51,6 +51,8 @@ struct ClassDescription
     std::string_view name;
     std::span<const MemberInfo> members;
     std::span<const MemberInfo> events;
+    std::string_view interfaceName = {};      ///< of the members, where it has a name of its own
+    std::string_view eventInterfaceName = {}; ///< of the events
 };
 
 /// The classes of the scene graph, of pictures, surfaces and property bags.

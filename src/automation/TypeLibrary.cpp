@@ -68,6 +68,8 @@ void WriteMember(JsonWriter& json, const MemberInfo& member)
     if ((member.kinds & invoke::Get) == 0)
         WriteArguments(json, member);
     json.Key("help").String(member.help);
+    if (member.hidden)
+        json.Key("hidden").Boolean(true);
     json.EndObject();
 }
 
@@ -92,6 +94,10 @@ void WriteClass(JsonWriter& json, const ClassDescription& description)
         json.Key("id").String(TextOf(creatable->id));
         json.Key("help").String(creatable->help);
     }
+    if (!description.interfaceName.empty())
+        json.Key("interface").String(description.interfaceName);
+    if (!description.eventInterfaceName.empty())
+        json.Key("eventInterface").String(description.eventInterfaceName);
     WriteMembers(json, "members", description.members);
     WriteMembers(json, "events", description.events);
     json.EndObject();

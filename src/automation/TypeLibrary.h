@@ -6,8 +6,8 @@
 namespace lumora::automation
 {
 
-/// A JSON document: classes with members (name, id, kinds, type, default, arguments, help) and events, and the public
-/// enumerations with their values.
+/// A JSON document: classes with the names of their interfaces, members (name, id, kinds, type, default, arguments,
+/// help, hidden) and events, and the public enumerations with their values.
 std::string TypeLibraryDocument();
 
 } // namespace lumora::automation

@@ -132,9 +132,15 @@ MemberRow<Viewport> PropertyMember(const PropertyRow& row)
 {
     const bool object = row.type == PropertyType::Object;
     MemberRow<Viewport> member;
-    member.info = {
-        std::string{row.name}, row.dispatchId,  invoke::Get,           {},
-        TypeOf(row),           TypeNameOf(row), std::string{row.help}, object ? Variant{} : row.defaultValue};
+    member.info = {std::string{row.name},
+                   row.dispatchId,
+                   invoke::Get,
+                   {},
+                   TypeOf(row),
+                   TypeNameOf(row),
+                   std::string{row.help},
+                   object ? Variant{} : row.defaultValue,
+                   row.hidden};
     member.get = MakeAction<Viewport>([&row](Viewport& viewport) { return row.read(viewport); },
                                       std::type_identity<std::tuple<>>{});
     if (row.write == nullptr)
@@ -243,7 +249,7 @@ Variant ViewportFace::Invoke(std::int32_t id, std::uint32_t kinds, std::span<Var
 
 ClassDescription ViewportFace::Description()
 {
-    return {"Viewport", Table().Members(), EventTable()};
+    return {"Viewport", Table().Members(), EventTable(), "_Viewport", "__Viewport"};
 }
 
 template<typename... Arguments>

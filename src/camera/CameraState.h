@@ -32,15 +32,4 @@ struct Turning
     tdlNavigationMethod method;
 };
 
-/// Directions in which obstacles are looked for.
-enum mudtDirection : std::int32_t
-{
-    tdlDirForward = 0,
-    tdlDirBack = 1,
-    tdlDirLeft = 2,
-    tdlDirRight = 3,
-    tdlDirUp = 4,
-    tdlDirDown = 5,
-};
-
 } // namespace lumora

@@ -87,8 +87,17 @@ struct Crossing<std::shared_ptr<Type>>
 #define LUMORA_WRITE_Ignored(name, type) LUMORA_WRITE_Plain(name, type)
 #define LUMORA_WRITE_Custom(name, type) LUMORA_WRITE_Plain(name, type)
 #define LUMORA_WRITE_None(name, type) nullptr
-constexpr bool Saved = true;
-constexpr bool NotSaved = false;
+
+// The column `saved` of the table.
+struct Keeping
+{
+    bool isSaved;
+    bool isHidden;
+};
+
+constexpr Keeping Saved{true, false};
+constexpr Keeping NotSaved{false, false};
+constexpr Keeping Hidden{false, true};
 
 std::vector<PropertyRow> MakeTable()
 {
@@ -99,7 +108,8 @@ std::vector<PropertyRow> MakeTable()
                 Crossing<type>::Kind,                                                                                  \
                 #type,                                                                                                 \
                 Crossing<type>::Out(initial),                                                                          \
-                saved,                                                                                                 \
+                (saved).isSaved,                                                                                       \
+                (saved).isHidden,                                                                                      \
                 help,                                                                                                  \
                 [](const Variant& value) { return Crossing<type>::Out(Crossing<type>::In(value)); },                   \
                 [](const Viewport& viewport) { return Crossing<type>::Out(viewport.name()); },                         \

@@ -31,6 +31,7 @@ struct PropertyRow
     std::string_view typeName; ///< as declared; names an enumeration where it is one
     Variant defaultValue;
     bool saved;
+    bool hidden; ///< browsers of properties leave it out
     std::string_view help;
 
     /// `value` as the row's type holds it. Errors 13 (another kind of value) and 6 (out of range).

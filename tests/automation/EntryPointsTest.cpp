@@ -301,6 +301,13 @@ TEST_F(Registration, the_type_library_is_json_that_tells_every_member)
     const auto document = nlohmann::json::parse(folder_.Read("lumora/LumoraViewport.json"));
     const auto& viewport = document["classes"][0];
     EXPECT_EQ(viewport["name"], "Viewport");
+    EXPECT_EQ(viewport["interface"], "_Viewport");
+    EXPECT_EQ(viewport["eventInterface"], "__Viewport");
+    std::vector<std::string> hidden;
+    for (const auto& member : viewport["members"])
+        if (member.contains("hidden"))
+            hidden.push_back(member["name"]);
+    EXPECT_EQ(hidden, (std::vector<std::string>{"Direct3DDeviceGUID", "ViewportState"}));
     EXPECT_EQ(viewport["events"].size(), 15U);
     EXPECT_EQ(
         std::ranges::count_if(viewport["members"], [](const auto& member) { return member["kinds"][0] == "get"; }), 97);
@@ -308,7 +315,10 @@ TEST_F(Registration, the_type_library_is_json_that_tells_every_member)
                                              [](const auto& member) { return member["name"] == "KeyVelocityRotate"; });
     EXPECT_EQ((*rotate)["type"], "Single");
     EXPECT_EQ((*rotate)["default"].template get<float>(), 1.571F);
-    EXPECT_GE(document["enumerations"].size(), 12U);
+    EXPECT_GE(document["enumerations"].size(), 13U);
+    const auto directions = std::ranges::find_if(document["enumerations"], [](const auto& enumeration)
+                                                 { return enumeration["name"] == "mudtDirection"; });
+    EXPECT_EQ((*directions)["values"][5], (nlohmann::json{{"name", "tdlDirDown"}, {"value", 5}}));
 }
 #endif
 

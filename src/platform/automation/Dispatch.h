@@ -69,6 +69,7 @@ struct MemberInfo
     std::string typeName;
     std::string help;
     Variant defaultValue; ///< of a property that has one
+    bool hidden = false;  ///< browsers of members leave it out
 };
 
 /// Told of an object's events.

@@ -34,6 +34,7 @@ constexpr bool Ignored = true;
 constexpr bool Custom = true;
 constexpr bool Saved = true;
 constexpr bool NotSaved = false;
+constexpr bool Hidden = false;
 #define LUMORA_PROPERTY(name, type, initial, reader, writer, saved, help) {#name, #type, writer, saved, help},
 const Property Properties[] = {
 #include "properties/PropertyTable.def"

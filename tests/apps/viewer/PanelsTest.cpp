@@ -3,6 +3,7 @@
 #include "stage/Framing.h"
 
 #include <QAction>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QHeaderView>
 #include <QLineEdit>
@@ -65,10 +66,18 @@ TEST_F(ViewerPanels, the_inspector_changes_a_look_and_reset_restores_it)
 {
     Start({folder_ / "cube.obj"});
     ShowPanels();
-    int properties = 0;
-    for (QTreeWidgetItemIterator at{tree_}; *at; ++at)
-        properties += (*at)->childCount() == 0;
-    EXPECT_EQ(properties, 97);
+    const auto shown = [&]
+    {
+        int properties = 0;
+        for (QTreeWidgetItemIterator at{tree_, QTreeWidgetItemIterator::NotHidden}; *at; ++at)
+            properties += (*at)->childCount() == 0;
+        return properties;
+    };
+    EXPECT_EQ(shown(), 95);
+    auto* const all = window_->findChild<QCheckBox*>("all");
+    all->click();
+    EXPECT_EQ(shown(), 97);
+    all->click();
     const QImage solid = Picture();
     Enter("FillMode", "D3DRMFILL_WIREFRAME");
     EXPECT_EQ(window_->View().FillMode(), D3DRMFILL_WIREFRAME);
