@@ -281,7 +281,7 @@ void Builder::BuildHelp()
 {
     QMenu* const help = window_.menuBar()->addMenu("&Help");
     Add(help, "&How to Move About", QKeySequence::HelpContents, [&window = window_] { ShowNavigationHelp(window); });
-    Add(help, "&About Lumora Viewport...", {}, [&window = window_] { window.View().viewport().ShowAboutBox(); })
+    Add(help, "&About Lumora Viewport...", {}, [&window = window_] { window.View().ShowAboutBox(); })
         ->setObjectName("about");
 }
 

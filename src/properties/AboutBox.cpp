@@ -1,6 +1,7 @@
 #include "properties/AboutBox.h"
 
 #include "platform/automation/Registry.h"
+#include "viewport/Names.h"
 #include "viewport/Viewport.h"
 
 namespace lumora
@@ -34,12 +35,15 @@ bool TryStart(Dialogs& dialogs, const std::filesystem::path& registry)
     std::string value;
     if (GetKeyValue(registry, ToolKey, "PATH", value))
     {
+        if (value.empty())
+            return false;
         dialogs.StartProgram(value);
         return true;
     }
     if (!GetKeyValue(registry, ToolFolderKey, "MSINFO", value))
         return false;
-    const std::filesystem::path tool = std::filesystem::path{value} / "MSINFO32.EXE";
+    // The texts joined: below an empty folder lies the root of the disk, not the folder this process runs in.
+    const std::filesystem::path tool = value + "/MSINFO32.EXE";
     std::error_code problem;
     if (!std::filesystem::exists(tool, problem))
         return false;
@@ -67,7 +71,8 @@ void Viewport::ShowAboutBox()
         IgnoringErrors([&] { registry = Registry::DefaultPath(); });
         StartSysInfo(*container->TheDialogs(), *container->TheScreen(), registry);
     };
-    IgnoringErrors([&] { container->TheDialogs()->ShowAbout(Texts(), onSystemInfo); });
+    const Trap trap{Source};
+    trap([&] { container->TheDialogs()->ShowAbout(Texts(), onSystemInfo); });
 }
 
 } // namespace lumora

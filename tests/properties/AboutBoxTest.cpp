@@ -3,8 +3,8 @@
 
 #include "platform/automation/Faults.h"
 #include "platform/automation/Registry.h"
-#include "platform/headless/HostedViewport.h"
 #include "support/TemporaryFolder.h"
+#include "viewport/LiveControl.h"
 
 #include <gtest/gtest.h>
 
@@ -51,8 +51,13 @@ TEST(AboutBox, names_the_control_and_its_version_in_a_fresh_dialog_each_time)
     EXPECT_EQ(shown[1].version, "Version 2.0.353");
     EXPECT_EQ(host->Display().Messages().size() + host->DialogsShown().ProgramsStarted().size(), 2U);
 
+    host->FailNext("Dialogs.ShowAbout", 1, error::RMBadDevice);
+    hosted->Control().ShowAboutBox();
+    EXPECT_EQ(shown.size(), 3U) << "a transient failure is worth another attempt";
     host->FailNext("Dialogs.ShowAbout", 1, error::OutOfMemory);
-    EXPECT_NO_THROW(hosted->Control().ShowAboutBox());
+    const RuntimeError failure = test::ErrorOf([&] { hosted->Control().ShowAboutBox(); });
+    EXPECT_EQ(failure.Number(), error::OutOfMemory);
+    EXPECT_EQ(failure.Source(), "Viewport");
 }
 
 TEST(AboutBox, starts_the_tool_that_the_registry_names_or_says_that_there_is_none)
@@ -79,6 +84,19 @@ TEST(AboutBox, starts_the_tool_that_the_registry_names_or_says_that_there_is_non
     faults::FailNext("Dialogs.StartProgram", 1, error::FileNotFound);
     EXPECT_EQ(PressSystemInfo(file).messages, unavailable);
 
+    // Nor does a value that names nothing start what happens to lie in the current folder.
+    const auto before = std::filesystem::current_path();
+    std::filesystem::current_path(home);
+    registry.Set(ToolKey, "PATH", "");
+    registry.Write(file);
+    EXPECT_EQ(PressSystemInfo(file).messages, unavailable);
+    registry = {};
+    registry.Set(FolderKey, "MSINFO", "");
+    registry.Write(file);
+    EXPECT_EQ(PressSystemInfo(file).messages, unavailable);
+    std::filesystem::current_path(before);
+
+    registry.Set(FolderKey, "MSINFO", home);
     registry.Set(ToolKey, "PATH", std::string(Registry::MaximumValue, 'x'));
     registry.Write(file);
     EXPECT_EQ(PressSystemInfo(file).started, std::vector<std::filesystem::path>{folder / "MSINFO32.EXE"});

@@ -167,6 +167,11 @@ void ViewportWidget::RenderScene()
     Call([](Viewport& control) { control.RenderScene(); });
 }
 
+void ViewportWidget::ShowAboutBox()
+{
+    Call([](Viewport& control) { control.ShowAboutBox(); });
+}
+
 bool ViewportWidget::Guard(const Access& access) const
 {
     const std::shared_ptr<Viewport> control = control_;

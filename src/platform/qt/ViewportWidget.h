@@ -73,6 +73,9 @@ public Q_SLOTS:
     /// Draws a picture at once, unless Enabled is False.
     void RenderScene();
 
+    /// Returns when it is closed.
+    void ShowAboutBox();
+
 Q_SIGNALS:
     void CameraMoved(float PositionX, float PositionY, float PositionZ, float OrientationDirX, float OrientationDirY,
                      float OrientationDirZ, float OrientationUpX, float OrientationUpY, float OrientationUpZ);
