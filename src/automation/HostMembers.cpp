@@ -213,12 +213,12 @@ Rows MachineRows()
             "RemoveDriver", "Name",
             [](HostFace& host, const std::string& name)
             { host.Form().SetDrivers(headless::WithoutDriver(host.Form().Drivers(), name)); },
-            "takes a driver out of the machine, by identifier name"),
+            "takes a driver out of the machine, by identifier name; devices made from now on lack it"),
         Method(
             "FailDriver", "Name, Number",
             [](HostFace& host, const std::string& name, std::int32_t number)
             { host.Form().SetDrivers(headless::FailingOnCreation(host.Form().Drivers(), name, number)); },
-            "lets the creation of a driver fail with a number"),
+            "lets the creation of a driver fail with a number, from the next device on"),
         Method(
             "FailNext", "Operation, Count, Number",
             [](HostFace& host, const std::string& operation, std::int32_t count, std::int32_t number)

@@ -86,12 +86,8 @@ void Viewport::ShortenByCollision(int axis, float& distance)
 float Viewport::RayPickScreenPoint(std::int32_t X, std::int32_t Y, std::shared_ptr<Frame>& Frame,
                                    std::shared_ptr<MeshBuilder>& MeshBuilder)
 {
-    lumora::RMViewport& viewport = Required(drawing_.RMViewport);
-    const Vector near = viewport.InverseTransform({static_cast<float>(X), static_cast<float>(Y), 0, 1});
-    const Vector far = viewport.InverseTransform({static_cast<float>(X), static_cast<float>(Y), 1, 1});
-    const Vector direction = Required(drawing_.RetainedMode).VectorNormalize(far - near);
-    const auto hits =
-        Required(drawing_.SceneFrame).RayPick(drawing_.SceneFrame, {direction, near}, RayPickFlags::BoundingBoxes);
+    const Ray ray = RayThrough(X, Y, drawing_.SceneFrame);
+    const auto hits = Required(drawing_.SceneFrame).RayPick(drawing_.SceneFrame, ray, RayPickFlags::BoundingBoxes);
     if (!hits->HasPick(0))
         return NothingThere;
     const PickHit& nearest = hits->GetPick(0);

@@ -82,14 +82,14 @@ const KeyAction* ActionOf(const Properties& properties, std::int16_t code)
 
 void Viewport::OnKeyDown(std::int16_t KeyCode, std::int16_t Shift)
 {
-    if (Handle([&] { NavigateByKeyDown(KeyCode); }))
-        Handle([&] { KeyDown.Raise(KeyCode, Shift); });
+    if (Handle("KeyDown", [&] { NavigateByKeyDown(KeyCode); }))
+        Handle("KeyDown", [&] { KeyDown.Raise(KeyCode, Shift); });
 }
 
 void Viewport::OnKeyUp(std::int16_t KeyCode, std::int16_t Shift)
 {
-    if (Handle([&] { NavigateByKeyUp(KeyCode); }))
-        Handle([&] { KeyUp.Raise(KeyCode, Shift); });
+    if (Handle("KeyUp", [&] { NavigateByKeyUp(KeyCode); }))
+        Handle("KeyUp", [&] { KeyUp.Raise(KeyCode, Shift); });
 }
 
 // Encircling keys turn about the scene's origin point while they are held; released ones leave the camera's own place.

@@ -59,17 +59,17 @@ std::int32_t HoverPointerOf(std::int32_t navControl, std::int32_t own)
 
 void Viewport::OnMouseDown(std::int16_t Button, std::int16_t Shift, float X, float Y)
 {
-    Handle([&] { PressMouse(Button, Shift, X, Y); });
+    Handle("MouseDown", [&] { PressMouse(Button, Shift, X, Y); });
 }
 
 void Viewport::OnMouseMove(std::int16_t Button, std::int16_t Shift, float X, float Y)
 {
-    Handle([&] { MoveMouse(Button, Shift, X, Y); });
+    Handle("MouseMove", [&] { MoveMouse(Button, Shift, X, Y); });
 }
 
 void Viewport::OnMouseUp(std::int16_t Button, std::int16_t Shift, float X, float Y)
 {
-    Handle([&] { ReleaseMouse(Button, Shift, X, Y); });
+    Handle("MouseUp", [&] { ReleaseMouse(Button, Shift, X, Y); });
 }
 
 // The control's own mouse events report places in the container's units.

@@ -66,9 +66,10 @@ PlacedProfile PlaceProfile(RetainedMode& root, VertexSpan profile, Vector point,
 VertexList OrientProfile(RetainedMode& root, VertexSpan profile, Vector direction);
 
 /// Adds faces that cover the polygon to the mesh: triangles, by clipping ears, and one last face of what cannot be
-/// clipped (nothing, for polygons that do not cross themselves). All have the polygon's winding, so that their areas
-/// add up to the polygon's; colinear corners leave triangles without area, so that no edge is torn. Nothing is added
-/// for fewer than three points.
+/// clipped (nothing, for polygons that do not cross themselves). Corners keep the polygon's order, so that the faces'
+/// areas, as vectors, add up to the polygon's and no edge is torn. Ears have the polygon's winding. Corners that count
+/// as straight (IsColinear, IsColinearStrict) are cut off whichever way they bend: their triangles are thin, or without
+/// area, and may face the other way. Nothing is added for fewer than three points.
 ///
 /// Takes about n log n time. Polygons that are made to defeat the search end as one face once it has taken
 /// MaximumCapWork comparisons. Errors, with source "modSweep": 9 for an empty polygon, and what the mesh raises.

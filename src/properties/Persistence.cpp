@@ -1,7 +1,7 @@
 // The three handlers with which a container keeps a control's settings: initialise, load, save.
 #include "properties/DeviceNames.h"
 #include "properties/PropertyTable.h"
-#include "viewport/Names.h"
+#include "viewport/Handlers.h"
 #include "viewport/Viewport.h"
 
 #include <algorithm>
@@ -98,17 +98,16 @@ void ForEachRow(std::span<const RowRange> ranges, Visit&& visit)
 
 void Viewport::Initialise()
 {
-    ContainingTrap step{[this](const RuntimeError& failure) { HaltViewport(failure.Number(), failure.Description()); }};
     properties_.NavMouseButton = tdlCenter;
-    const auto writeDefault = [&](const PropertyRow& row) { step([&] { row.write(*this, row.defaultValue); }); };
+    const auto writeDefault = [&](const PropertyRow& row)
+    { Handle("Initialise", row.name, [&] { row.write(*this, row.defaultValue); }); };
     ForEachRow(InitialiseHead, writeDefault);
     ForEachRow(CommonTail, writeDefault);
-    step([&] { LoadContainerGraphic(); });
+    Handle("Initialise", [&] { LoadContainerGraphic(); });
 }
 
 void Viewport::Load(PropertyBag& bag)
 {
-    ContainingTrap step{[this](const RuntimeError& failure) { HaltViewport(failure.Number(), failure.Description()); }};
     // A value that its property cannot hold is no reason to halt: the default stands in, and the log says so.
     const auto read = [&](const PropertyRow& row)
     {
@@ -125,25 +124,27 @@ void Viewport::Load(PropertyBag& bag)
         }
         return value;
     };
-    const auto readByName = [&](std::string_view name) { return read(*FindProperty(name)); };
+    const auto take = [&](std::string_view name, auto&& store)
+    { Handle("Load", name, [&] { store(read(*FindProperty(name))); }); };
 
-    step([&] { LoadContainerGraphic(); });
-    step(
-        [&]
-        {
-            properties_.Direct3DDevice = static_cast<tdlDirect3DDevice>(VariantToLong(readByName("Direct3DDevice")));
-            properties_.Direct3DDeviceGUID = DeviceGuidName(properties_.Direct3DDevice);
-        });
-    step([&] { properties_.AntiAlias = static_cast<tdlAntiAlias>(VariantToLong(readByName("AntiAlias"))); });
-    step([&] { properties_.ExposeDDSurface = VariantToBoolean(readByName("ExposeDDSurface")); });
+    Handle("Load", [&] { LoadContainerGraphic(); });
+    take("Direct3DDevice",
+         [&](const Variant& value)
+         {
+             properties_.Direct3DDevice = static_cast<tdlDirect3DDevice>(VariantToLong(value));
+             properties_.Direct3DDeviceGUID = DeviceGuidName(properties_.Direct3DDevice);
+         });
+    take("AntiAlias",
+         [&](const Variant& value) { properties_.AntiAlias = static_cast<tdlAntiAlias>(VariantToLong(value)); });
+    take("ExposeDDSurface", [&](const Variant& value) { properties_.ExposeDDSurface = VariantToBoolean(value); });
     StartDrawing();
     properties_.NavMouseButton = tdlCenter;
     ForEachRow(LoadOrder,
                [&](const PropertyRow& row)
                {
                    Variant value = row.defaultValue;
-                   step([&] { value = read(row); });
-                   step([&] { row.write(*this, value); });
+                   Handle("Load", row.name, [&] { value = read(row); });
+                   Handle("Load", row.name, [&] { row.write(*this, value); });
                });
 }
 
@@ -151,11 +152,9 @@ void Viewport::Load(PropertyBag& bag)
 // one.
 void Viewport::StartDrawing()
 {
-    ContainingTrap step{[this](const RuntimeError& failure) { HaltViewport(failure.Number(), failure.Description()); }};
-    bool live = false;
-    step([&] { live = IsRunMode(); });
-    if (!live)
+    if (!IsRunMode())
         return;
+    const auto step = [&](auto&& action) { return Handle("Load", action); };
     ClientRect client;
     const bool started = step([&] { drawing_.RetainedMode = std::make_shared<RetainedMode>(container_->Drivers()); }) &&
                          step([&] { drawing_.RetainedMode->Initialise(); }) &&
@@ -168,9 +167,8 @@ void Viewport::StartDrawing()
 
 void Viewport::Save(PropertyBag& bag)
 {
-    ContainingTrap step{[this](const RuntimeError& failure) { HaltViewport(failure.Number(), failure.Description()); }};
     const auto write = [&](const PropertyRow& row)
-    { step([&] { bag.WriteProperty(row.name, row.read(*this), row.defaultValue); }); };
+    { Handle("Save", row.name, [&] { bag.WriteProperty(row.name, row.read(*this), row.defaultValue); }); };
     ForEachRow(SaveHead, write);
     ForEachRow(CommonTail, write);
 }

@@ -64,6 +64,20 @@ void Viewport::InitializeDirectX(WindowHandle Window, const std::string& DeviceN
 
 void Viewport::RecreateDirectX(const std::string& DeviceName, const ClientRect& client)
 {
+    drawing_.RebuildFailure.clear();
+    try
+    {
+        ReplaceDirectX(DeviceName, client);
+    }
+    catch (const RuntimeError& failure)
+    {
+        drawing_.RebuildFailure = Sentence(failure);
+        throw;
+    }
+}
+
+void Viewport::ReplaceDirectX(const std::string& DeviceName, const ClientRect& client)
+{
     const Trap trap{Source};
     const bool wasExposed = drawing_.RenderSurface != nullptr;
     trap([&] { ReleaseDeviceAndViewport(); });
@@ -128,6 +142,7 @@ void Viewport::CreateDevice(const std::string& DeviceName, const ClientRect& cli
 {
     const Trap trap{Source};
     trap([&] { ReapplyCamera(); });
+    trap([&] { Required(drawing_.RetainedMode).SetDrivers(container_->Drivers()); });
     DeviceRecord record;
     trap([&] { record = QueryDeviceDriver(DeviceName); });
     TakeDriver(record);
@@ -151,14 +166,23 @@ void Viewport::ReapplyCamera()
 
 void Viewport::CreateExposedDevice(const DeviceRecord& record, const ClientRect& client)
 {
-    if (TryExposedDevice(record, client))
-        return;
-    ReleaseDirectDraw();
-    CreateDirectDraw(container_->Window()->Handle());
-    const DeviceRecord fallback = QueryDeviceDriver(drivername::RGB);
-    TakeDriver(fallback);
-    if (!TryExposedDevice(fallback, client))
+    if (!TryExposedDevice(record, client) && !TryExposedFallback(client))
         throw RuntimeError{error::NoDevice, HaltSource, GetErrorDescription(2)};
+}
+
+// The control's record says from here on what was tried last.
+bool Viewport::TryExposedFallback(const ClientRect& client)
+{
+    DeviceRecord fallback;
+    return IgnoringErrors(
+               [&]
+               {
+                   fallback = QueryDeviceDriver(drivername::RGB);
+                   TakeDriver(fallback);
+                   ReleaseDirectDraw();
+                   CreateDirectDraw(container_->Window()->Handle());
+               }) &&
+           TryExposedDevice(fallback, client);
 }
 
 bool Viewport::TryExposedDevice(const DeviceRecord& record, const ClientRect& client)
@@ -228,7 +252,11 @@ void Viewport::CompleteDevice(const ClientRect& client)
                     .CreateViewport(drawing_.Device, drawing_.CameraFrame, client.Left, client.Top, width, height);
         });
     trap([&] { ApplyDeviceSettings(); });
-    trap([&] { UpdateCameraState(true); });
+    // Handlers hear of the camera here, and may halt the control: then there is no device to complete.
+    if (!IsHalted())
+        trap([&] { UpdateCameraState(true); });
+    if (IsHalted())
+        return;
     trap(
         [&]
         {

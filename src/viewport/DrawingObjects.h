@@ -6,6 +6,7 @@
 #include "platform/scenegraph/RetainedMode.h"
 
 #include <memory>
+#include <string>
 
 namespace lumora
 {
@@ -44,6 +45,7 @@ struct DrawingObjects
     std::shared_ptr<Surface> AntiAliasTarget;
     std::shared_ptr<Picture> BackgroundPicture;
     std::int32_t SamplingFactor = 1; ///< AntiAlias as it was when RenderSurface was made
+    std::string RebuildFailure;      ///< why the last rebuild left no device; empty after one that did not fail
 
     bool DeviceRebuildPending = false; ///< the next live picture rebuilds device and surfaces
     bool SurfacesPending = false;      ///< the device was made, what stands beside its surface was not yet

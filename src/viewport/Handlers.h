@@ -8,12 +8,19 @@
 namespace lumora
 {
 
-/// Runs a handler's step; a failure halts the control quietly and answers false, and the handler ends.
+/// Runs a step of a handler. A failure halts the control, raises nothing and returns false; the container's log names
+/// the handler, and the property whose value the step loads or saves.
 template<typename Step>
-bool Viewport::Handle(Step&& step)
+bool Viewport::Handle(const char* handler, std::string_view property, Step&& step)
 {
-    ContainingTrap trap{[this](const RuntimeError& failure) { HaltViewport(failure.Number(), failure.Description()); }};
+    ContainingTrap trap{[&](const RuntimeError& failure) { HaltAfter(handler, property, failure); }};
     return trap(std::forward<Step>(step));
+}
+
+template<typename Step>
+bool Viewport::Handle(const char* handler, Step&& step)
+{
+    return Handle(handler, {}, std::forward<Step>(step));
 }
 
 } // namespace lumora

@@ -27,14 +27,20 @@ void Viewport::InitializeDefaults()
 
 bool Viewport::IsRunMode() const
 {
-    if (properties_.ViewportState == tdlHalted)
+    if (IsHalted())
         return false;
     bool live = false;
     if (IgnoringErrors([&] { live = VariantToBoolean(container_->LateBoundMember("blnRealUserMode")); }))
         return live;
-    const Trap trap{Source};
-    trap([&] { live = container_->UserMode(); });
-    return live;
+    try
+    {
+        return container_->UserMode();
+    }
+    catch (const RuntimeError& failure)
+    {
+        container_->Log("UserMode failed, so the control takes this for a form designer: " + Sentence(failure));
+        return false;
+    }
 }
 
 void Viewport::LoadContainerGraphic()
@@ -73,10 +79,38 @@ void Viewport::HaltViewport(std::int32_t /*ErrNumber*/, const std::string& /*Err
     properties_.ViewportState = tdlHalted;
 }
 
+// Only the failure that halts is logged: what fails afterwards fails for want of what the halt released.
+void Viewport::HaltAfter(const char* handler, std::string_view property, const RuntimeError& failure)
+{
+    const bool wasRunning = !IsHalted();
+    HaltViewport(failure.Number(), failure.Description());
+    if (!wasRunning)
+        return;
+    const std::string entry = property.empty() ? handler : handler + (" of " + std::string{property});
+    container_->Log("The control halted in " + entry + ": " + Sentence(failure));
+}
+
+bool Viewport::IsHalted() const
+{
+    return properties_.ViewportState == tdlHalted;
+}
+
 void Viewport::RequireRunning() const
 {
-    if (properties_.ViewportState == tdlHalted)
+    if (IsHalted())
         throw RuntimeError{HaltErrorNumber_, HaltSource, HaltErrorDescription_};
+}
+
+void Viewport::RaiseMissing() const
+{
+    RequireRunning();
+    std::string missing = "There is no scene: set Scene";
+    if (!drawing_.RetainedMode)
+        missing = "There is nothing to draw with: load the control in a program whose UserMode is True";
+    else if (!drawing_.RebuildFailure.empty())
+        missing = "There is no rendering device: its last set-up failed (" + drawing_.RebuildFailure +
+                  "). Set Direct3DDevice or resize the control, and the next picture tries again";
+    throw RuntimeError{error::ObjectNotSet, Source, missing};
 }
 
 void Viewport::NotifyChanged(const char* property)
@@ -88,27 +122,27 @@ void Viewport::OnShow() {}
 
 void Viewport::OnPaint()
 {
-    Handle([&] { RenderSceneCorrectTranslucency(); });
+    Handle("Paint", [&] { RenderSceneCorrectTranslucency(); });
 }
 
 void Viewport::OnResize()
 {
-    Handle([&] { drawing_.DeviceRebuildPending = true; });
+    Handle("Resize", [&] { drawing_.DeviceRebuildPending = true; });
 }
 
 void Viewport::OnClick()
 {
-    Handle([&] { Click.Raise(); });
+    Handle("Click", [&] { Click.Raise(); });
 }
 
 void Viewport::OnDblClick()
 {
-    Handle([&] { DblClick.Raise(); });
+    Handle("DblClick", [&] { DblClick.Raise(); });
 }
 
 void Viewport::OnKeyPress(std::int16_t KeyAscii)
 {
-    Handle([&] { KeyPress.Raise(KeyAscii); });
+    Handle("KeyPress", [&] { KeyPress.Raise(KeyAscii); });
 }
 
 void Viewport::Terminate()

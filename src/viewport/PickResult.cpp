@@ -10,8 +10,7 @@ constexpr std::int32_t AppDataStep = 100; // multiples of it hide an object from
 
 } // namespace
 
-PickChoice ChooseHit(const PickedArray& hits, const PickFilter& filter, PickResult& picked,
-                     const std::function<void()>& onNegativeFace)
+PickChoice ChooseHit(const PickedArray& hits, const PickFilter& filter, PickResult& picked, Screen& screen)
 {
     PickChoice choice;
     for (std::int32_t index = 0; hits.HasPick(index); ++index)
@@ -22,7 +21,7 @@ PickChoice ChooseHit(const PickedArray& hits, const PickFilter& filter, PickResu
         picked.PickedMeshbuilder = std::dynamic_pointer_cast<MeshBuilder>(hit.visual);
         if (hit.description.faceIndex < 0)
         {
-            onNegativeFace();
+            screen.MessageBox("got a negative face element", "");
             continue;
         }
         picked.PickedFrame = hit.framePath.back();

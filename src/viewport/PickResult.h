@@ -1,11 +1,11 @@
 // What a pick found, and which of several hits it takes.
 #pragma once
 
+#include "platform/container/Screen.h"
 #include "platform/scenegraph/Frame.h"
 #include "platform/scenegraph/MeshBuilder.h"
 #include "platform/scenegraph/PickedArray.h"
 
-#include <functional>
 #include <memory>
 
 namespace lumora
@@ -33,8 +33,8 @@ struct PickChoice
 };
 
 /// Takes the first hit that counts, in the order of `hits`. What counts is written to `picked` as it is met; when
-/// nothing was accepted, frame and mesh are nothing at the end. `onNegativeFace` is told of hits without a face.
-PickChoice ChooseHit(const PickedArray& hits, const PickFilter& filter, PickResult& picked,
-                     const std::function<void()>& onNegativeFace);
+/// nothing was accepted, frame and mesh are nothing at the end. A hit with a negative face index is no hit: a message
+/// box says so.
+PickChoice ChooseHit(const PickedArray& hits, const PickFilter& filter, PickResult& picked, Screen& screen);
 
 } // namespace lumora

@@ -51,13 +51,9 @@ void RunAndPutBack(const Trap& trap, Inside&& inside, PutBack&& putBack)
 
 } // namespace
 
-PickChoice Viewport::Choose(PickedArray& hits, const PickFilter& filter, PickResult& picked)
-{
-    return ChooseHit(hits, filter, picked,
-                     [this] { container_->TheScreen()->MessageBox("got a negative face element", ""); });
-}
-
-Ray Viewport::RayThrough(std::int32_t pixelX, std::int32_t pixelY)
+// From the front plane through the pixel, in the coordinates of `frame`. The viewport knows those of the root that the
+// camera hangs in: usually the frame itself, but a scene may also lie below frames that move it.
+Ray Viewport::RayThrough(std::int32_t pixelX, std::int32_t pixelY, const std::shared_ptr<Frame>& frame)
 {
     const Trap trap{Source};
     Vector front;
@@ -65,6 +61,13 @@ Ray Viewport::RayThrough(std::int32_t pixelX, std::int32_t pixelY)
     Vector direction;
     trap([&] { front = Required(drawing_.RMViewport).InverseTransform(OnFrontPlane(pixelX, pixelY)); });
     trap([&] { back = Required(drawing_.RMViewport).InverseTransform(OnBackPlane(pixelX, pixelY)); });
+    if (const auto root = Required(drawing_.CameraFrame).Root(); root != frame)
+    {
+        Matrix4 toFrame;
+        trap([&] { toFrame = root->TransformTo(frame); });
+        front = TransformPoint(front, toFrame).ToVector();
+        back = TransformPoint(back, toFrame).ToVector();
+    }
     trap([&] { direction = Required(drawing_.RetainedMode).VectorNormalize(back - front); });
     return {direction, front};
 }
@@ -73,7 +76,7 @@ void Viewport::PickScreenPointFixed(const std::shared_ptr<Frame>& frame, std::in
                                     const PickFilter& filter, PickResult& picked, bool& NothingPicked)
 {
     const Trap trap{Source};
-    const Ray ray = RayThrough(pixelX, pixelY);
+    const Ray ray = RayThrough(pixelX, pixelY, frame);
     NothingPicked = false;
     picked.PickedWorld = {};
     std::shared_ptr<PickedArray> hits;
@@ -85,7 +88,7 @@ void Viewport::PickScreenPointFixed(const std::shared_ptr<Frame>& frame, std::in
     if (!hits->HasPick(0))
         return;
     PickChoice choice;
-    trap([&] { choice = Choose(*hits, filter, picked); });
+    trap([&] { choice = ChooseHit(*hits, filter, picked, *container_->TheScreen()); });
     NothingPicked = !choice.accepted;
     picked.PickedWorld = choice.position;
 }
@@ -99,7 +102,7 @@ void Viewport::PickScreenPoint(const std::shared_ptr<Frame>& frame, std::int32_t
     if (!hits->HasPick(0))
         return;
     PickChoice choice;
-    trap([&] { choice = Choose(*hits, filter, picked); });
+    trap([&] { choice = ChooseHit(*hits, filter, picked, *container_->TheScreen()); });
     const auto [x, y, z] = choice.position;
     trap([&, screen = Vector4{x, y, z, 1}]
          { picked.PickedWorld = Required(drawing_.RMViewport).InverseTransform(screen); });

@@ -15,6 +15,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace lumora
 {
@@ -174,7 +175,7 @@ public:
                              float& PickedWorldX, float& PickedWorldY, float& PickedWorldZ);
 
     /// Shows the about box, which names the control and its version, and returns when it is closed. Works in every
-    /// state; raises nothing.
+    /// state. What its System Info button cannot start is a message box, no error.
     void ShowAboutBox();
 
     // Events. Arguments are by reference; a handler's changes reach later handlers and the control.
@@ -199,7 +200,7 @@ public:
     Event<std::int32_t&> BeginNavigating;
     Event<> EndNavigating; ///< a drag has ended: the cursor is back where it was pressed, and velocities are 0
 
-    // Called by the container. No error reaches it: a failure halts the control.
+    // Called by the container. No error reaches it: a failure halts the control, and the container's log says which.
 
     /// A new instance without saved settings: sets the defaults. Starts no drawing objects; Load does.
     void Initialise();
@@ -249,10 +250,17 @@ private:
     bool IsRunMode() const;
     void LoadContainerGraphic();
     void HaltViewport(std::int32_t ErrNumber, const std::string& ErrDescription);
+    void HaltAfter(const char* handler, std::string_view property, const RuntimeError& failure);
+    bool IsHalted() const;
     void RequireRunning() const;
     void NotifyChanged(const char* property);
     template<typename Step>
-    bool Handle(Step&& step);
+    bool Handle(const char* handler, Step&& step);
+    template<typename Step>
+    bool Handle(const char* handler, std::string_view property, Step&& step);
+    template<typename Type>
+    Type& Required(const std::shared_ptr<Type>& object) const;
+    [[noreturn]] void RaiseMissing() const;
 
     // properties/Writers.cpp
     void WriteNavControl(bool& member, bool value, const char* name);
@@ -265,11 +273,13 @@ private:
     // viewport/DeviceSetup.cpp
     void InitializeDirectX(WindowHandle Window, const std::string& DeviceName, const ClientRect& client);
     void RecreateDirectX(const std::string& DeviceName, const ClientRect& client);
+    void ReplaceDirectX(const std::string& DeviceName, const ClientRect& client);
     void CreateDirectDraw(WindowHandle Window);
     void CreateDevice(const std::string& DeviceName, const ClientRect& client);
     void ReapplyCamera();
     void TakeDriver(const DeviceRecord& record);
     void CreateExposedDevice(const DeviceRecord& record, const ClientRect& client);
+    bool TryExposedFallback(const ClientRect& client);
     bool TryExposedDevice(const DeviceRecord& record, const ClientRect& client);
     void CreateWindowDevice(const DeviceRecord& record, const ClientRect& client);
     bool TryWindowDevice(const DeviceRecord& record, const ClientRect& client);
@@ -338,8 +348,7 @@ private:
     void PickByMethod(tdlPickMethod method, ScreenPoint pixel, const PickFilter& filter, bool withFallback,
                       PickResult& picked);
     ScreenPoint PixelOfPosition(float x, float y, double lowered) const;
-    Ray RayThrough(std::int32_t pixelX, std::int32_t pixelY);
-    PickChoice Choose(PickedArray& hits, const PickFilter& filter, PickResult& picked);
+    Ray RayThrough(std::int32_t pixelX, std::int32_t pixelY, const std::shared_ptr<Frame>& frame);
 
     // camera/MouseNavigation.cpp
     void PressMouse(std::int16_t Button, std::int16_t Shift, float X, float Y);
@@ -403,6 +412,16 @@ Type& Required(const std::shared_ptr<Type>& object)
 {
     if (!object)
         throw RuntimeError{error::ObjectNotSet, "Viewport", "Object variable not set"};
+    return *object;
+}
+
+/// The same for what the control draws with, in words: what there is not, and what to do. When a handler halted the
+/// control in the middle of a call, the halt error.
+template<typename Type>
+Type& Viewport::Required(const std::shared_ptr<Type>& object) const
+{
+    if (!object)
+        RaiseMissing();
     return *object;
 }
 

@@ -259,19 +259,4 @@ TEST(Camera, transforms_take_points_to_pixels_and_back)
     ExpectNear({x, y, z}, {2, 1, 10}, "there and back", 1e-3F);
 }
 
-TEST(Camera, a_replaced_scene_takes_the_camera_over_where_it_stood)
-{
-    LiveControl control;
-    control->SetCameraPosition(1, 2, 3);
-    const auto second = Frame::Make();
-    control->SetScene(second);
-    EXPECT_EQ(control->Camera()->GetPosition(second), (Vector{1, 2, 3}));
-    for (const auto& bad : {control->Camera(), Frame::Make(control->Camera())})
-    {
-        EXPECT_EQ(ErrorOf([&] { control->SetScene(bad); }).Number(), error::RMBadValue);
-        EXPECT_EQ(control->Scene(), second);
-        EXPECT_EQ(control->Camera()->Parent(), second);
-    }
-}
-
 } // namespace

@@ -1,6 +1,9 @@
 // Which driver a control ends up with, and what it says about it.
+#include "platform/automation/Faults.h"
 #include "properties/DeviceNames.h"
 #include "viewport/LiveControl.h"
+
+#include <gmock/gmock.h>
 
 using namespace lumora;
 using namespace lumora::test;
@@ -8,13 +11,18 @@ using namespace lumora::test;
 namespace
 {
 
-std::string NameOf(const char* identifier)
+DriverList::Entry EntryOf(const char* identifier)
 {
     const auto drivers = StandardDrivers();
     for (int i = 0; i < drivers->Count(); ++i)
         if (drivers->At(i).identifierName == identifier)
-            return drivers->At(i).name;
-    return "no such driver";
+            return drivers->At(i);
+    return {};
+}
+
+std::string NameOf(const char* identifier)
+{
+    return EntryOf(identifier).name;
 }
 
 std::shared_ptr<headless::HeadlessHost> HostWith(std::shared_ptr<const DriverList> drivers)
@@ -30,74 +38,92 @@ headless::MemoryPropertyBag Asking(tdlDirect3DDevice device, bool exposed)
     return bag;
 }
 
-TEST(DeviceSetup, properties_describe_the_driver_really_used)
+TEST(DeviceSetup, properties_describe_the_driver_really_used_and_the_surface_lies_in_its_memory)
 {
     struct Row
     {
-        tdlDirect3DDevice asked;
+        std::int32_t asked;
         bool exposed;
-        bool fails;
+        const char* driver;     ///< what this machine does with it
         const char* identifier; ///< what Direct3DDeviceGUID reads afterwards
         const char* used;
+        std::uint32_t memory = 0; ///< of the exposed surface
     };
+    constexpr std::int32_t NoSuchDevice = 7;
+    constexpr std::uint32_t System = 0x800;
+    constexpr std::uint32_t Video = 0x4000;
     const Row rows[] = {
-        {tdlDirect3DRefDevice, false, false, drivername::Reference, drivername::Reference},
-        {tdlDirect3DRefDevice, true, false, drivername::Reference, drivername::Reference},
-        {tdlDirect3DRampDevice, false, false, drivername::Ramp, drivername::Ramp},
+        {tdlDirect3DRefDevice, false, "works", drivername::Reference, drivername::Reference},
+        {tdlDirect3DRefDevice, true, "works", drivername::Reference, drivername::Reference, System},
+        {tdlDirect3DRampDevice, false, "works", drivername::Ramp, drivername::Ramp},
+        {tdlDirect3DHALDevice, true, "works", drivername::HAL, drivername::HAL, Video},
         // In the window the name that was asked for stays; exposed it is replaced.
-        {tdlDirect3DRefDevice, false, true, drivername::Reference, drivername::RGB},
-        {tdlDirect3DRefDevice, true, true, drivername::RGB, drivername::RGB},
+        {tdlDirect3DRefDevice, false, "fails", drivername::Reference, drivername::RGB},
+        {tdlDirect3DHALDevice, true, "fails", drivername::RGB, drivername::RGB, System},
+        {tdlDirect3DRefDevice, false, "missing", "", drivername::RGB},
+        {NoSuchDevice, true, "works", drivername::RGB, drivername::RGB, System},
     };
     for (const Row& row : rows)
     {
-        auto drivers = StandardDrivers();
-        if (row.fails)
-            drivers = headless::FailingOnCreation(drivers, DeviceGuidName(row.asked), error::DDNo3D);
-        LiveControl control{Asking(row.asked, row.exposed), HostWith(drivers)};
+        SCOPED_TRACE(testing::Message() << "device " << row.asked << ", exposed " << row.exposed);
+        const auto asked = static_cast<tdlDirect3DDevice>(row.asked);
+        auto drivers = headless::MadeBy(StandardDrivers(), drivername::HAL, EntryOf(drivername::RGB).create);
+        if (std::string_view{row.driver} == "missing")
+            drivers = headless::WithoutDriver(drivers, DeviceGuidName(asked));
+        if (std::string_view{row.driver} == "fails")
+            drivers = headless::FailingOnCreation(drivers, DeviceGuidName(asked), error::DDNo3D);
+        auto bag = Asking(asked, row.exposed);
+        bag.Remove("Enabled"); // a first picture would rebuild, and an empty name means the first driver
+        LiveControl control{bag, HostWith(drivers)};
         EXPECT_EQ(control->ViewportState(), tdlRunning);
         EXPECT_EQ(control->Direct3DDevice(), row.asked);
         EXPECT_EQ(control->Direct3DDeviceGUID(), row.identifier);
         EXPECT_EQ(control->Direct3DDeviceName(), NameOf(row.used));
+        const auto surface = control->DirectDrawSurface();
+        EXPECT_EQ(surface ? surface->Description().caps & (System | Video) : 0, row.memory);
     }
 }
 
-TEST(DeviceSetup, a_name_that_no_driver_has_ends_at_the_rgb_driver)
+TEST(DeviceSetup, without_a_usable_driver_load_halts_and_a_rebuild_tells_why_until_one_succeeds)
 {
-    for (const bool exposed : {false, true})
-    {
-        auto bag = Asking(static_cast<tdlDirect3DDevice>(7), exposed);
-        bag.Remove("Enabled"); // a first picture would rebuild, and an empty name means the first driver
-        LiveControl control{bag};
-        EXPECT_EQ(control->ViewportState(), tdlRunning);
-        EXPECT_EQ(control->Direct3DDevice(), 7);
-        EXPECT_EQ(control->Direct3DDeviceName(), NameOf(drivername::RGB));
-        EXPECT_EQ(control->Direct3DDeviceGUID(), exposed ? drivername::RGB : "");
-        control->RenderScene();
-    }
-}
-
-TEST(DeviceSetup, without_a_usable_driver_load_halts_and_a_rebuild_tells_the_caller)
-{
-    for (const bool exposed : {false, true})
+    for (const auto& [exposed, failsToo] :
+         {std::pair{false, ""}, std::pair{true, ""}, std::pair{true, "DirectDraw.CreateClipper"}})
     {
         LiveControl halted{Asking(tdlDirect3DRefDevice, exposed), HostWith(nullptr)};
         EXPECT_EQ(halted->ViewportState(), tdlHalted);
+        EXPECT_EQ(halted.Host().Logged(),
+                  std::vector<std::string>{"The control halted in Load: Unable to create "
+                                           "Direct3D Device (error -2147221502 from Viewport)"});
 
+        // The machine changes under a control that runs: no driver is left, or its fall-back does not even begin.
         LiveControl control{Asking(tdlDirect3DRGBDevice, exposed)};
-        const char* creation =
-            exposed ? "RetainedMode.CreateDeviceFromSurface" : "RetainedMode.CreateDeviceFromClipper";
-        control.Host().FailNext(creation, 2, error::DDNo3D);
-        control->OnResize();
+        const std::string operation = failsToo;
+        auto drivers = headless::MadeBy(StandardDrivers(), drivername::Reference,
+                                        [operation]() -> std::unique_ptr<Driver>
+                                        {
+                                            faults::FailNext(operation, 1, error::OutOfMemory);
+                                            throw RuntimeError{error::DDNo3D, "test", "gone"};
+                                        });
+        if (operation.empty())
+            drivers = headless::FailingOnCreation(drivers, drivername::RGB, error::DDNo3D);
+        control.Host().SetDrivers(drivers);
+        control->SetDirect3DDevice(tdlDirect3DRefDevice);
         const RuntimeError failure = ErrorOf([&] { control->RenderScene(); });
         EXPECT_EQ(failure.Number(), -2147221502);
         EXPECT_EQ(failure.Source(), "Viewport");
         EXPECT_EQ(failure.Description(), "Unable to create Direct3D Device");
         EXPECT_EQ(control->ViewportState(), tdlRunning);
-        EXPECT_NE(ErrorOf([&] { control->RenderScene(); }).Number(), -2147221502) << "no rebuild without a reason";
+        EXPECT_EQ(control->Direct3DDeviceName(), NameOf(exposed ? drivername::RGB : drivername::Reference));
+        const RuntimeError next = ErrorOf([&] { control->RenderScene(); });
+        EXPECT_EQ(next.Number(), error::ObjectNotSet) << "no rebuild without a reason";
+        EXPECT_THAT(next.Description(), testing::HasSubstr("no rendering device: its last set-up failed (Unable to"));
 
+        control.Host().SetDrivers(StandardDrivers());
         control->SetDirect3DDevice(tdlDirect3DRGBDevice);
         control->RenderScene();
         EXPECT_EQ(control->Direct3DDeviceName(), NameOf(drivername::RGB)) << "a later rebuild recovers";
+        control->SetScene(nullptr);
+        EXPECT_EQ(ErrorOf([&] { control->Pick(tdlScene, 5, 5); }).Description(), "There is no scene: set Scene");
     }
 }
 
@@ -118,6 +144,8 @@ TEST(DeviceSetup, writing_the_device_takes_effect_at_the_next_picture_and_keeps_
     moved = 0;
     control->RenderScene();
     EXPECT_EQ(moved, 0) << "one rebuild for one change";
+    control->SetDirect3DDevice(static_cast<tdlDirect3DDevice>(7));
+    EXPECT_EQ(control->Direct3DDeviceGUID(), "IID_IDirect3DDefaultDevice");
 }
 
 TEST(DeviceSetup, surfaces_have_the_size_that_border_and_sampling_ask_for)
@@ -139,7 +167,9 @@ TEST(DeviceSetup, surfaces_have_the_size_that_border_and_sampling_ask_for)
         control->OnResize(); // the border is loaded after the device
         control->RenderScene();
         EXPECT_EQ(control->DirectDrawSurface()->Width(), row.render);
-        EXPECT_EQ(control->AntiAliasSurface() ? control->AntiAliasSurface()->Height() : 0, row.target);
+        const auto target = control->AntiAliasSurface();
+        EXPECT_EQ(target ? target->Height() : 0, row.target);
+        EXPECT_TRUE(!target || (target->Description().caps & surfacecaps::SystemMemory) != 0);
     }
 }
 

@@ -23,20 +23,31 @@ void ExpectHaltError(const std::function<void()>& call)
     EXPECT_EQ(failure.Description(), HaltText);
 }
 
-TEST(Lifecycle, a_control_in_a_designer_creates_nothing_and_ignores_scenes_and_paints)
+TEST(Lifecycle, a_control_in_a_designer_or_only_initialised_creates_nothing_and_stores_what_is_written)
 {
-    const auto host = MakeHost();
-    auto bag = UsualSettings();
-    const auto hosted = headless::HostedViewport::AtDesignTime(host, bag);
-    Viewport& control = hosted->Control();
-    control.SetScene(Frame::Make());
-    host->PaintNow();
-    EXPECT_EQ(control.ViewportState(), tdlRunning);
-    EXPECT_FALSE(control.Scene());
-    EXPECT_FALSE(control.Camera());
-    EXPECT_FALSE(control.DirectDraw());
-    EXPECT_THAT(host->PropertyChanges(), testing::Not(Contains("Scene")));
-    EXPECT_EQ(control.FieldOfView(), 0.5F);
+    for (const bool designed : {true, false})
+    {
+        const auto host = MakeHost();
+        host->SetUserMode(!designed);
+        headless::HostedViewport hosted{host};
+        Viewport& control = hosted.Control();
+        auto bag = UsualSettings();
+        designed ? control.Load(bag) : control.Initialise();
+        if (designed)
+            control.SetScene(Frame::Make()); // ignored there
+        control.SetFieldOfView(0.3F);
+        control.SetEnabled(true);
+        control.SetExposeDDSurface(true);
+        control.RenderScene();
+        host->PaintNow();
+        EXPECT_EQ(control.ViewportState(), tdlRunning);
+        EXPECT_FALSE(control.Scene());
+        EXPECT_FALSE(control.Camera());
+        EXPECT_FALSE(control.DirectDraw());
+        EXPECT_THAT(host->PropertyChanges(), testing::Not(Contains("Scene")));
+        EXPECT_EQ(control.FieldOfView(), 0.3F);
+        EXPECT_TRUE(control.ExposeDDSurface());
+    }
 }
 
 TEST(Lifecycle, the_container_s_own_word_on_user_mode_wins_over_the_ambient_one)
@@ -53,6 +64,12 @@ TEST(Lifecycle, the_container_s_own_word_on_user_mode_wins_over_the_ambient_one)
         hosted.Control().Load(bag);
         EXPECT_EQ(hosted.Control().Camera() != nullptr, live);
     }
+    // A container that does not answer is a designer; it is not asked twice.
+    LiveControl control;
+    control.Host().FailNext("Container.UserMode", 1, error::RMBadDevice);
+    control->SetScene(Frame::Make());
+    EXPECT_THAT(control.Host().PropertyChanges(), testing::Not(Contains("Scene")));
+    EXPECT_EQ(control.Host().Logged().size(), 1U);
 }
 
 TEST(Lifecycle, a_designer_s_picture_shows_until_the_control_runs)
@@ -107,7 +124,43 @@ TEST(Lifecycle, a_handler_that_throws_in_a_window_event_halts_but_in_a_method_re
     EXPECT_EQ(failure.Description(), "the host's own trouble");
     EXPECT_EQ(control->ViewportState(), tdlRunning);
     control.Host().PaintNow();
+    control.Host().PaintNow();
     EXPECT_EQ(control->ViewportState(), tdlHalted);
+    EXPECT_EQ(
+        control.Host().Logged(),
+        std::vector<std::string>{"The control halted in Paint: the host's own trouble (error 1234 from Viewport)"});
+}
+
+TEST(Lifecycle, a_handler_that_halts_in_the_middle_of_a_call_ends_it_with_the_halt_error)
+{
+    using Call = void (*)(Viewport&);
+    const auto haltIn = [](auto event, Call call)
+    {
+        LiveControl control{ExposedSettings(tdl2X)};
+        const auto scene = AmbientScene(1);
+        scene->AddVisual(Square(0, 0, 10, 20, 0));
+        control->SetScene(scene);
+        control->SetCollisionDetection(true);
+        control->SetCollisionSamples(3);
+        (control.Control().*event).Connect([&](auto&...) { control->Terminate(); });
+        call(control.Control());
+    };
+    const Call draw = [](Viewport& control) { control.RenderScene(); };
+    const Call rebuild = [](Viewport& control)
+    {
+        control.OnResize();
+        control.RenderScene();
+    };
+    const Call move = [](Viewport& control) { control.AddCameraMovement({0, 0, 20}, tdlAdvance); };
+    const Call view = [](Viewport& control) { control.InitializeCameraPositionAndOrientation(tdlTopView); };
+    ExpectHaltError([&] { haltIn(&Viewport::UpdatePositions, draw); });
+    ExpectHaltError([&] { haltIn(&Viewport::CameraMoved, rebuild); });
+    ExpectHaltError([&] { haltIn(&Viewport::DDSurfaceAvailable, draw); });
+    ExpectHaltError([&] { haltIn(&Viewport::AntiAliasSurfaceAvailable, draw); });
+    ExpectHaltError([&] { haltIn(&Viewport::Collision, move); });
+    ExpectHaltError([&] { haltIn(&Viewport::CameraMoved, view); });
+    haltIn(&Viewport::CameraMoved,
+           [](Viewport& control) { control.SetExposeDDSurface(false); }); // a writer raises none
 }
 
 TEST(Lifecycle, a_failing_release_does_not_stop_the_halt)
@@ -117,21 +170,6 @@ TEST(Lifecycle, a_failing_release_does_not_stop_the_halt)
     control->Terminate();
     EXPECT_EQ(control->ViewportState(), tdlHalted);
     EXPECT_FALSE(control->DirectDraw());
-}
-
-TEST(Lifecycle, transient_errors_are_retried_until_they_pass_or_the_bound_is_reached)
-{
-    for (const auto& [failures, passes] :
-         {std::pair{1, true}, std::pair{MaximumRetries, true}, std::pair{MaximumRetries + 1, false}})
-    {
-        LiveControl control;
-        control.Host().FailNext("Frame.SetPosition", failures, error::RMBadDevice);
-        if (passes)
-            control->SetCameraPosition(1, 2, 3);
-        else
-            EXPECT_EQ(ErrorOf([&] { control->SetCameraPosition(1, 2, 3); }).Number(), error::RMBadDevice);
-        EXPECT_EQ(control->GetCameraPosition(), (passes ? Vector{1, 2, 3} : Vector{})) << failures;
-    }
 }
 
 TEST(Lifecycle, an_exhausted_error_is_not_tried_again_further_up)
@@ -149,33 +187,21 @@ TEST(Lifecycle, an_exhausted_error_is_not_tried_again_further_up)
     EXPECT_EQ(attempts, 1 + MaximumRetries);
 }
 
-TEST(Lifecycle, a_live_control_that_was_only_initialised_stores_its_properties_and_draws_nothing)
-{
-    const auto host = MakeHost();
-    headless::HostedViewport hosted{host};
-    Viewport& control = hosted.Control();
-    control.Initialise();
-    control.SetFieldOfView(0.3F);
-    control.SetEnabled(true);
-    control.SetExposeDDSurface(true);
-    EXPECT_EQ(control.ViewportState(), tdlRunning);
-    EXPECT_EQ(control.FieldOfView(), 0.3F);
-    EXPECT_TRUE(control.ExposeDDSurface());
-    control.RenderScene();
-}
-
-TEST(Lifecycle, an_unusable_stored_value_takes_its_default_and_is_logged)
+TEST(Lifecycle, an_unusable_stored_value_takes_its_default_and_a_refused_one_halts_and_both_are_logged)
 {
     const auto host = MakeHost();
     auto bag = UsualSettings();
     bag.Set("FieldOfView", std::string{"wide"});
     bag.Set("KeyZoomIn", 1e12);
+    bag.Set("FrontClippingPlane", -1.0F); // fits its property; the platform refuses it
     const auto hosted = headless::HostedViewport::Live(host, bag);
-    EXPECT_EQ(hosted->Control().ViewportState(), tdlRunning);
+    EXPECT_EQ(hosted->Control().ViewportState(), tdlHalted);
     EXPECT_EQ(hosted->Control().FieldOfView(), 0.5F);
     EXPECT_EQ(hosted->Control().KeyZoomIn(), 0);
-    ASSERT_EQ(host->Logged().size(), 2U);
-    EXPECT_THAT(host->Logged()[0], testing::HasSubstr("FieldOfView"));
+    using testing::HasSubstr;
+    EXPECT_THAT(host->Logged(), testing::UnorderedElementsAre(HasSubstr("halted in Load of FrontClippingPlane: "),
+                                                              HasSubstr("value of FieldOfView was replaced"),
+                                                              HasSubstr("value of KeyZoomIn was replaced")));
 }
 
 // The whole life of a control with each platform call in turn failing once: by a transient number nothing may change,
@@ -200,14 +226,7 @@ public:
         control.RenderScene();
     }
 
-    std::vector<std::uint32_t> Picture()
-    {
-        std::vector<std::uint32_t> pixels;
-        for (int y = 0; y < 60; ++y)
-            for (int x = 0; x < 60; ++x)
-                pixels.push_back(hosted_->PixelAt(x, y));
-        return pixels;
-    }
+    std::vector<std::uint32_t> Picture() { return PictureOf(*hosted_); }
 
     /// Nothing when not even the object came into being.
     headless::HostedViewport* Hosted() { return hosted_.get(); }
@@ -229,8 +248,9 @@ TEST(Lifecycle, a_transient_failure_of_any_single_platform_call_leaves_no_trace)
     for (std::size_t i = 0; i < calls.size(); ++i)
     {
         // What is asked with errors ignored is not retried: it answers by itself.
-        if (calls[i] == "Container.LateBoundMember" || calls[i].starts_with("RetainedMode.CreateDevice") ||
-            calls[i] == "DirectDraw.CreateSurface" || calls[i] == "Surface.SetClipper" || calls[i] == "Clipper.SetHWnd")
+        if (calls[i] == "Container.LateBoundMember" || calls[i] == "Container.UserMode" ||
+            calls[i].starts_with("RetainedMode.CreateDevice") || calls[i] == "DirectDraw.CreateSurface" ||
+            calls[i] == "Surface.SetClipper" || calls[i] == "Clipper.SetHWnd")
             continue;
         SCOPED_TRACE(testing::Message() << "call " << i << ", " << calls[i]);
         Session session;
@@ -267,7 +287,7 @@ TEST(Lifecycle, a_lasting_failure_of_any_single_platform_call_leaves_a_control_t
         if (!session.Hosted())
             continue;
         Viewport& control = session.Hosted()->Control();
-        if (control.ViewportState() == tdlHalted)
+        if (control.ViewportState() == tdlHalted || !control.Camera()) // the latter: taken for one in a designer
         {
             EXPECT_FALSE(control.Camera());
             continue;

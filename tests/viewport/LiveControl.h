@@ -59,6 +59,17 @@ inline std::shared_ptr<Frame> AmbientScene(float brightness)
     return scene;
 }
 
+/// Everything that is seen in the window.
+inline std::vector<std::uint32_t> PictureOf(headless::HostedViewport& hosted)
+{
+    const PixelRect client = hosted.Host().ControlArea().ClientRect();
+    std::vector<std::uint32_t> pixels;
+    for (int y = 0; y < client.Height(); ++y)
+        for (int x = 0; x < client.Width(); ++x)
+            pixels.push_back(hosted.PixelAt(x, y));
+    return pixels;
+}
+
 class LiveControl
 {
 public:
@@ -73,16 +84,7 @@ public:
     headless::HeadlessHost& Host() { return hosted_->Host(); }
     std::uint32_t PixelAt(int x, int y) { return hosted_->PixelAt(x, y); }
 
-    /// Everything a person sees in the window.
-    std::vector<std::uint32_t> Picture()
-    {
-        const PixelRect client = Host().ControlArea().ClientRect();
-        std::vector<std::uint32_t> pixels;
-        for (int y = 0; y < client.Height(); ++y)
-            for (int x = 0; x < client.Width(); ++x)
-                pixels.push_back(PixelAt(x, y));
-        return pixels;
-    }
+    std::vector<std::uint32_t> Picture() { return PictureOf(*hosted_); }
 
 private:
     std::unique_ptr<headless::HostedViewport> hosted_;

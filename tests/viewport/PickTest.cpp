@@ -192,6 +192,57 @@ TEST_F(PickScene, a_miss_beside_a_box_leaves_objects_alone_and_one_within_a_box_
     EXPECT_EQ(passesOfNextPicture(), usual); // by the ray alone
 }
 
+TEST_F(PickScene, a_scene_below_frames_that_move_it_is_searched_like_a_root)
+{
+    Show(Frame::Make(scene), 3);
+    control->SetCollisionDetection(true);
+    control->SetCollisionSamples(3);
+    const auto root = Frame::Make();
+    const auto above = Frame::Make(root);
+    std::optional<std::pair<Vector, Vector>> ofRoot;
+    for (const auto& change :
+         std::vector<std::function<void()>>{[] {}, [&] { above->AddChild(scene); },
+                                            [&] { above->SetPosition(nullptr, 5, -2, 40); },
+                                            [&] {
+                                                above->AddRotation(CombineType::Before, {1, 2, 3}, 0.7F);
+                                            },
+                                            [&] { above->AddScale(CombineType::Before, 2, 2, 2); }})
+    {
+        change();
+        control->SetCameraPosition(0, 0, 0);
+        const PickResult picked = control->Pick(tdlScene, 60, 45);
+        EXPECT_TRUE(picked.PickedFrame);
+        const Vector left = control->AddCameraMovement({0, 0, 20}, tdlAdvance);
+        EXPECT_LT(left.z, 3) << "stopped by the square";
+        if (!ofRoot)
+            ofRoot = {picked.PickedWorld, left};
+        ExpectNear(picked.PickedWorld, ofRoot->first, 1e-4F);
+        ExpectNear(left, ofRoot->second, 1e-4F);
+    }
+}
+
+TEST(Pick, says_of_a_hit_without_a_face_that_there_is_one_and_takes_the_next)
+{
+    struct Hits : HitSource
+    {
+        std::optional<PickHit> Next() override
+        {
+            if (next == 2)
+                return std::nullopt;
+            return PickHit{mesh, {Frame::Make()}, {next++ == 0 ? -1 : 4, {}}};
+        }
+        std::shared_ptr<MeshBuilder> mesh = Square(0, 0, 5, 1, 0);
+        std::int32_t next = 0;
+    };
+    const auto host = MakeHost();
+    PickResult picked;
+    EXPECT_TRUE(ChooseHit(PickedArray{std::make_unique<Hits>()}, {true, true}, picked, host->Display()).accepted);
+    EXPECT_EQ(picked.PickedFaceID, 4);
+    ASSERT_EQ(host->Display().Messages().size(), 1U);
+    EXPECT_EQ(host->Display().Messages()[0].text, "got a negative face element");
+    EXPECT_EQ(host->Display().Messages()[0].title, "");
+}
+
 TEST_F(PickScene, answers_odd_questions_with_nothing_or_a_clear_error)
 {
     EXPECT_EQ(control->Pick(tdlScene, 50, 50).PickedFrame, nullptr); // an empty scene

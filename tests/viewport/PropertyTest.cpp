@@ -62,31 +62,4 @@ TEST(Properties, defaults_are_not_saved_and_initialising_equals_loading_nothing)
     EXPECT_FLOAT_EQ(initialised.Control().KeyVelocityRotate(), 1.571F);
 }
 
-TEST(Properties, a_value_that_the_platform_refuses_is_stored_and_raised)
-{
-    LiveControl control;
-    const RuntimeError failure = ErrorOf([&] { control->SetFrontClippingPlane(-1); });
-    EXPECT_EQ(failure.Number(), error::RMBadValue);
-    EXPECT_EQ(failure.Source(), "Viewport");
-    EXPECT_EQ(control->FrontClippingPlane(), -1);
-    EXPECT_EQ(ErrorOf([&] { control->SetBorderStyle(static_cast<tdlBorderStyle>(40000)); }).Number(), error::Overflow);
-    EXPECT_EQ(control->BorderStyle(), tdlBSNone);
-    EXPECT_EQ(ErrorOf([&] { control->SetMousePointer(77); }).Number(), error::InvalidPropertyValue);
-}
-
-TEST(Properties, some_writers_have_their_own_mind)
-{
-    LiveControl control;
-    control->SetNavMouseButton(tdlLeft);
-    EXPECT_EQ(control->NavMouseButton(), tdlCenter);
-
-    control->SetDirect3DDevice(static_cast<tdlDirect3DDevice>(7));
-    EXPECT_EQ(control->Direct3DDeviceGUID(), "IID_IDirect3DDefaultDevice");
-
-    control->SetMousePointer(5);
-    control->SetHighlightPointer(9);
-    EXPECT_EQ(control->MousePointer(), 9);
-    EXPECT_EQ(control->HighlightPointer(), 9);
-}
-
 } // namespace

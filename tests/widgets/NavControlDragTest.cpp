@@ -1,7 +1,7 @@
 // Dragging the on-screen controls, by a person's hand: which one a press grabs, and where the camera goes.
 #include "camera/Desk.h"
 
-#include <set>
+#include <map>
 
 namespace lumora::test
 {
@@ -30,7 +30,7 @@ struct NavDesk : Desk
         control->BeginNavigating.Connect(
             [this](std::int32_t& id)
             {
-                grabbed.insert(id);
+                grabbed.try_emplace(id, here);
                 if (id != 0 && wanted != 0)
                     id = wanted;
             });
@@ -46,6 +46,7 @@ struct NavDesk : Desk
             {
                 const std::size_t before = grabbed.size();
                 raised.clear();
+                here = {x, y};
                 Host().PressButton(Left, x, y);
                 if (!raised.empty() && raised[0].starts_with("BeginNavigating"))
                     found = {x, y};
@@ -56,7 +57,8 @@ struct NavDesk : Desk
         return found;
     }
 
-    std::set<std::int32_t> grabbed;
+    std::map<std::int32_t, ScreenPoint> grabbed; ///< where each was grabbed first
+    ScreenPoint here;
     std::int32_t wanted = 0;
 };
 
@@ -75,16 +77,25 @@ void SetModes(Viewport& control, tdlNavigationMode mode)
 
 } // namespace
 
-TEST(NavControls, every_part_that_can_be_dragged_is_grabbed_by_a_press)
+TEST(NavControls, every_part_that_can_be_dragged_is_grabbed_by_a_press_and_shows_its_pointer)
 {
-    NavDesk deep{Deep};
-    deep.Sweep(1);
-    EXPECT_EQ(deep.grabbed, (std::set<std::int32_t>{1, 2, 3, 4, 6, 7, 8, 9}));
-    EXPECT_EQ(deep.Host().Display().CursorDisplayCounter(), 0);
-
-    NavDesk flat{Flat};
-    flat.Sweep(1);
-    EXPECT_EQ(flat.grabbed, (std::set<std::int32_t>{5, 10}));
+    const auto pointersOf = [](D3DRMPROJECTIONTYPE projection)
+    {
+        NavDesk desk{projection};
+        desk.Sweep(1);
+        EXPECT_EQ(desk.Host().Display().CursorDisplayCounter(), 0);
+        std::string pointers;
+        for (const auto& [id, place] : desk.grabbed)
+        {
+            desk.Host().AdvanceTime(40);
+            desk.Host().MoveMouseTo(place.x, place.y);
+            pointers += std::to_string(id) + ":" + std::to_string(desk.Host().ControlArea().MousePointer()) + " ";
+        }
+        return pointers;
+    };
+    // Pointers: 2 cross, 5 size all, 7 size north and south, 10 arrow upwards.
+    EXPECT_EQ(pointersOf(Deep), "1:2 2:2 3:2 4:5 6:7 7:5 8:5 9:2 ");
+    EXPECT_EQ(pointersOf(Flat), "5:5 10:10 ");
 }
 
 TEST(NavControls, a_step_moves_the_camera_as_its_control_says)

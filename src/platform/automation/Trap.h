@@ -54,7 +54,8 @@ void RunStep(Step&& step, OnFailure&& onFailure)
 }
 
 /// Methods, trapped writers and private procedures: a failed step's error is raised again with this trap's source,
-/// and the rest of the procedure is abandoned.
+/// and the rest of the procedure is abandoned. The halt error keeps its own source: it is raised straight to the
+/// caller, however deep the procedure was when a handler halted the control.
 class Trap
 {
 public:
@@ -64,7 +65,11 @@ public:
     void operator()(Step&& step) const
     {
         RunStep(std::forward<Step>(step),
-                [this](const RuntimeError& failure, bool exhausted) { throw failure.RaisedBy(source_, exhausted); });
+                [this](const RuntimeError& failure, bool exhausted)
+                {
+                    const std::string source = failure.Number() == error::Halted ? failure.Source() : source_;
+                    throw failure.RaisedBy(source, exhausted);
+                });
     }
 
 private:

@@ -30,7 +30,7 @@ public:
     virtual std::shared_ptr<Screen> TheScreen() = 0;
     virtual std::shared_ptr<Dialogs> TheDialogs() = 0;
 
-    /// The Direct3D drivers that the control chooses from.
+    /// The Direct3D drivers that the control chooses from; asked for anew for each device.
     virtual std::shared_ptr<const DriverList> Drivers() = 0;
 
     /// Positions in the container's coordinate units to pixels, and back.
@@ -39,7 +39,8 @@ public:
     virtual double PixelsToPositionX(double pixels) = 0;
     virtual double PixelsToPositionY(double pixels) = 0;
 
-    /// A sentence for whoever maintains the program; nothing is raised.
+    /// A sentence for whoever maintains the program (why a control halted, which stored value was unusable); nothing is
+    /// raised.
     virtual void Log(std::string_view message) = 0;
 };
 

@@ -31,12 +31,19 @@ std::shared_ptr<const DriverList> WithoutDriver(const std::shared_ptr<const Driv
 std::shared_ptr<const DriverList> FailingOnCreation(const std::shared_ptr<const DriverList>& list,
                                                     std::string_view name, std::int32_t number)
 {
+    return MadeBy(list, name,
+                  [number, refused = std::string{name}]() -> std::unique_ptr<Driver> {
+                      throw RuntimeError{number, "Direct3D", "This machine cannot create the driver " + refused};
+                  });
+}
+
+std::shared_ptr<const DriverList> MadeBy(const std::shared_ptr<const DriverList>& list, std::string_view name,
+                                         const std::function<std::unique_ptr<Driver>()>& create)
+{
     std::vector<DriverList::Entry> entries = EntriesOf(*list);
     for (DriverList::Entry& entry : entries)
         if (entry.identifierName == name)
-            entry.create = [number, refused = entry.name]() -> std::unique_ptr<Driver> {
-                throw RuntimeError{number, "Direct3D", "This machine cannot create the driver " + refused};
-            };
+            entry.create = create;
     return std::make_shared<const DriverList>(std::move(entries));
 }
 

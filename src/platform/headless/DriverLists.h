@@ -4,6 +4,7 @@
 #include "platform/drivers/DriverList.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string_view>
 
@@ -16,5 +17,9 @@ std::shared_ptr<const DriverList> WithoutDriver(const std::shared_ptr<const Driv
 /// `list`, but creating a driver of this identifier name raises `number`.
 std::shared_ptr<const DriverList> FailingOnCreation(const std::shared_ptr<const DriverList>& list,
                                                     std::string_view name, std::int32_t number);
+
+/// `list`, but a driver of this identifier name is made by `create`.
+std::shared_ptr<const DriverList> MadeBy(const std::shared_ptr<const DriverList>& list, std::string_view name,
+                                         const std::function<std::unique_ptr<Driver>()>& create);
 
 } // namespace lumora::headless

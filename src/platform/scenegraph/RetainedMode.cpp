@@ -30,9 +30,15 @@ float FiniteResult(double value)
 
 } // namespace
 
-RetainedMode::RetainedMode(std::shared_ptr<const DriverList> drivers) : drivers_(std::move(drivers))
+RetainedMode::RetainedMode(std::shared_ptr<const DriverList> drivers)
 {
-    RequireObject(Source, drivers_, "The list of drivers");
+    SetDrivers(std::move(drivers));
+}
+
+void RetainedMode::SetDrivers(std::shared_ptr<const DriverList> drivers)
+{
+    RequireObject(Source, drivers, "The list of drivers");
+    drivers_ = std::move(drivers);
 }
 
 void RetainedMode::Initialise()

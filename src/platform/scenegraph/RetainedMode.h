@@ -20,6 +20,9 @@ public:
     /// Must be called once before anything else.
     void Initialise();
 
+    /// From now on devices are made with these. RMBadObject for nothing.
+    void SetDrivers(std::shared_ptr<const DriverList> drivers);
+
     std::shared_ptr<Frame> CreateFrame(const std::shared_ptr<Frame>& parent);
     std::shared_ptr<MeshBuilder> CreateMeshBuilder();
     std::shared_ptr<Material> CreateMaterial(float power);
