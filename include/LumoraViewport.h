@@ -82,8 +82,33 @@ extern "C"
         LumoraString = 8,
         LumoraObject = 9,   /* a null pointer is nothing */
         LumoraBoolean = 11, /* -1 is True and 0 False, in `integer`; any other value counts as True */
-        LumoraVariant = 12  /* only as the type of an argument: any of the others */
+        LumoraVariant = 12, /* only as the type of an argument: any of the others */
+        LumoraNumbers = 0x2000 /* many numbers, in `buffer` */
     };
+
+    /* Types of a buffer's elements. */
+    enum LumoraElement
+    {
+        LumoraElementLong = 3, /* 32 bits, signed */
+        LumoraElementSingle = 4,
+        LumoraElementDouble = 5,
+        LumoraElementByte = 17,
+        LumoraElementUnsignedLong = 19 /* 32 bits: pixels and colors */
+    };
+
+    /* Many numbers of one type, one after another. As an argument it is the caller's record of the caller's memory,
+     * which is only looked at during the call and may have any alignment; ClearValue leaves both alone. As a result,
+     * record and memory are the library's, valid until ClearValue; writing to them counts where LUMORA_WRITABLE is set.
+     * Null with a count, or a type there is not, raises error 13; more than LUMORA_MAXIMUM_BUFFER bytes error 7. */
+    typedef struct LumoraBuffer
+    {
+        void* data;
+        uint64_t count; /* elements */
+        int32_t elementType;
+        uint32_t flags; /* 0, or LUMORA_WRITABLE */
+    } LumoraBuffer;
+#define LUMORA_WRITABLE 1u
+#define LUMORA_MAXIMUM_BUFFER 4294967296u
 
     struct LumoraDispatch;
 
@@ -100,6 +125,7 @@ extern "C"
             double real;
             LumoraText text;
             struct LumoraDispatch* object;
+            LumoraBuffer* buffer;
             uint64_t bits;
         } value;
     } LumoraValue;
@@ -186,7 +212,7 @@ extern "C"
         LumoraText (*MakeTextFromUtf8)(struct LumoraDispatch* self, const char* text);
         void (*FreeText)(struct LumoraDispatch* self, LumoraText text);
 
-        /* Frees a value's text or releases its object, and leaves it empty. */
+        /* Frees a value's text or buffer or releases its object, and leaves it empty. */
         void (*ClearValue)(struct LumoraDispatch* self, LumoraValue* value);
     } LumoraDispatchFunctions;
 

@@ -24,6 +24,10 @@ template<> inline constexpr const char* ClassNameOf<Surface> = "Surface";
 template<> inline constexpr const char* ClassNameOf<DirectDraw> = "DirectDraw";
 template<> inline constexpr const char* ClassNameOf<headless::MemoryPropertyBag> = "PropertyBag";
 template<> inline constexpr const char* ClassNameOf<RetainedMode> = "RetainedMode";
+template<> inline constexpr const char* ClassNameOf<DeviceContext> = "DeviceContext";
+template<> inline constexpr const char* ClassNameOf<Clipper> = "Clipper";
+template<> inline constexpr const char* ClassNameOf<Animation> = "Animation";
+template<> inline constexpr const char* ClassNameOf<PickedArray> = "PickedArray";
 // clang-format on
 
 /// The face of an object: itself when it is one, nothing for nothing. An object that no class here knows has a face

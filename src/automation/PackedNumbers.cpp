@@ -4,8 +4,7 @@
 #include "platform/directdraw/Bitmap.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
+#include <iterator>
 
 namespace lumora::automation
 {
@@ -13,58 +12,39 @@ namespace lumora::automation
 namespace
 {
 
-bool IsSeparator(char c)
-{
-    return c == ' ' || c == ',' || c == '\t' || c == '\n' || c == '\r';
-}
+constexpr std::size_t MatrixSide = 4;
 
-[[noreturn]] void RaiseNotNumbers(std::string_view where)
+[[noreturn]] void RaiseCount(std::size_t count, const char* what)
 {
     throw RuntimeError{error::TypeMismatch, "automation",
-                       "Type mismatch: not a number at \"" + std::string{where.substr(0, 20)} + "\""};
-}
-
-template<typename Number>
-std::vector<Number> NumbersIn(std::string_view text)
-{
-    std::vector<Number> numbers;
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    while ((at = std::find_if_not(at, end, IsSeparator)) != end)
-    {
-        Number number{};
-        const auto [stop, problem] = std::from_chars(at, end, number);
-        if (problem == std::errc::result_out_of_range)
-            throw RuntimeError{error::Overflow, "automation", "Overflow: a number in the list is out of range"};
-        if (problem != std::errc{} || (stop != end && !IsSeparator(*stop)))
-            RaiseNotNumbers({at, static_cast<std::size_t>(end - at)});
-        if constexpr (std::is_floating_point_v<Number>)
-            if (!std::isfinite(number))
-                RaiseNotNumbers({at, static_cast<std::size_t>(end - at)});
-        numbers.push_back(number);
-        at = stop;
-    }
-    return numbers;
+                       "Type mismatch: " + std::to_string(count) + " numbers are " + what};
 }
 
 } // namespace
 
-std::vector<Vector> VectorsIn(std::string_view text)
+Vectors::Vectors(Numbers<float> numbers) : numbers_(std::move(numbers))
 {
-    const std::vector<float> numbers = NumbersIn<float>(text);
-    if (numbers.size() % 3 != 0)
-        throw RuntimeError{error::TypeMismatch, "automation",
-                           "Type mismatch: " + std::to_string(numbers.size()) + " numbers are not whole vectors"};
-    std::vector<Vector> vectors;
-    vectors.reserve(numbers.size() / 3);
-    for (std::size_t i = 0; i < numbers.size(); i += 3)
-        vectors.push_back({numbers[i], numbers[i + 1], numbers[i + 2]});
-    return vectors;
+    if (numbers_.View().size() % 3 != 0)
+        RaiseCount(numbers_.View().size(), "not whole vectors");
 }
 
-std::vector<std::int32_t> WholeNumbersIn(std::string_view text)
+Variant Crossing<Matrix4>::Out(const Matrix4& matrix)
 {
-    return NumbersIn<std::int32_t>(text);
+    std::vector<double> numbers;
+    for (const auto& row : matrix.m)
+        numbers.insert(numbers.end(), std::begin(row), std::end(row));
+    return OwnedBuffer<double>(std::move(numbers));
+}
+
+Matrix4 Crossing<Matrix4>::In(const Variant& value)
+{
+    const Numbers<double> numbers = Crossing<Numbers<double>>::In(value);
+    if (numbers.View().size() != MatrixSide * MatrixSide)
+        RaiseCount(numbers.View().size(), "no transform, which has 16");
+    Matrix4 matrix;
+    for (std::size_t i = 0; i < MatrixSide * MatrixSide; ++i)
+        matrix.m[i / MatrixSide][i % MatrixSide] = numbers.View()[i];
+    return matrix;
 }
 
 std::shared_ptr<Picture> NewPicture(std::int32_t width, std::int32_t height, std::uint32_t color)

@@ -1,24 +1,58 @@
-// Lists as texts of numbers, and pictures made of one colour: what callers without arrays and pixels give.
+// Lists of vectors, and pictures made of one color, as callers give them.
 #pragma once
 
+#include "platform/automation/DispatchTable.h"
 #include "platform/container/Picture.h"
-#include "platform/math/Vector.h"
+#include "platform/math/Matrix.h"
 
-#include <string_view>
-#include <vector>
-
-namespace lumora::automation
+namespace lumora
 {
 
-/// Numbers separated by blanks (or commas), three a vector. Error 13 for what is not a number and for a count that
-/// three does not divide; error 6 for numbers out of range.
-std::vector<Vector> VectorsIn(std::string_view text);
+// clang-format off
+template<> struct NumberOf<Vector> { using Type = float; };
+// clang-format on
 
-/// Error 13 for what is not a whole number, error 6 outside 32 bits.
-std::vector<std::int32_t> WholeNumbersIn(std::string_view text);
+namespace automation
+{
+
+/// Vectors from a caller: a buffer or a text of numbers, three a vector.
+class Vectors
+{
+public:
+    /// Error 13 for a count that three does not divide.
+    explicit Vectors(Numbers<float> numbers);
+
+    std::span<const Vector> View() const
+    {
+        return {reinterpret_cast<const Vector*>(numbers_.View().data()), numbers_.View().size() / 3};
+    }
+
+private:
+    Numbers<float> numbers_;
+};
+
+template<>
+struct Crossing<Vectors>
+{
+    static constexpr ValueType Kind = ValueType::Buffer;
+    static constexpr const char* Name = BufferNameOf(ElementType::Single);
+    static Vectors In(const Variant& value) { return Vectors{Crossing<Numbers<float>>::In(value)}; }
+};
+
+/// Transforms cross as 16 Doubles, row by row. Error 13 for another count.
+template<>
+struct Crossing<Matrix4>
+{
+    static constexpr ValueType Kind = ValueType::Buffer;
+    static constexpr const char* Name = BufferNameOf(ElementType::Double);
+    static Variant Out(const Matrix4& matrix);
+    static Matrix4 In(const Variant& value);
+};
 
 /// A picture filled with 0xAARRGGBB. DDInvalidParams for sides that a bitmap cannot have, error 7 for more than 2^26
 /// pixels.
 std::shared_ptr<Picture> NewPicture(std::int32_t width, std::int32_t height, std::uint32_t color);
 
-} // namespace lumora::automation
+} // namespace automation
+
+} // namespace lumora

@@ -1,4 +1,4 @@
-// Pictures, surfaces and property bags: a row for each member.
+// Pictures and property bags: a row for each member.
 #include "automation/SceneTables.h"
 #include "platform/directdraw/Bitmap.h"
 
@@ -21,6 +21,11 @@ std::uint32_t& PixelOf(Picture& picture, std::int32_t x, std::int32_t y)
     if (x < 0 || y < 0 || x >= pixels.width || y >= pixels.height)
         throw RuntimeError{error::SubscriptOutOfRange, "Picture", "Subscript out of range: no such pixel"};
     return pixels.Row(y)[x];
+}
+
+std::size_t CountOf(const PixelView& pixels)
+{
+    return static_cast<std::size_t>(pixels.width) * static_cast<std::size_t>(pixels.height);
 }
 
 const headless::MemoryPropertyBag::Entry& EntryOf(const headless::MemoryPropertyBag& bag, std::int32_t index)
@@ -59,28 +64,15 @@ const MemberTable<Picture>& TableOf<Picture>()
                 "Save", "Path",
                 [](Picture& picture, const std::string& path) { SavePicture(path, BitmapOf(picture).Pixels()); },
                 "writes a PNG file"),
-        }};
-    return table;
-}
-
-template<>
-const MemberTable<Surface>& TableOf<Surface>()
-{
-    static const MemberTable<Surface> table{
-        "Surface",
-        {
             Property(
-                "Width", [](const Surface& surface) { return std::int32_t{surface.Width()}; }, "pixels"),
-            Property(
-                "Height", [](const Surface& surface) { return std::int32_t{surface.Height()}; }, "pixels"),
+                "Pixels",
+                [](Picture& picture)
+                {
+                    const PixelView pixels = BitmapOf(picture).Pixels();
+                    return SharedNumbers<std::uint32_t>{{pixels.pixels, CountOf(pixels)}, picture.Handle()};
+                },
+                "the picture's own pixels, row by row, 0xAARRGGBB: what is written into them is in the picture"),
         }};
-    return table;
-}
-
-template<>
-const MemberTable<DirectDraw>& TableOf<DirectDraw>()
-{
-    static const MemberTable<DirectDraw> table{"DirectDraw", {}};
     return table;
 }
 

@@ -2,6 +2,7 @@
 #include "automation/SceneTables.h"
 
 #include "automation/PackedNumbers.h"
+#include "automation/TableTools.h"
 #include "platform/directdraw/Bitmap.h"
 
 #include <limits>
@@ -14,50 +15,12 @@ namespace
 
 using FrameReference = std::shared_ptr<Frame>;
 
-// What every object of the scene has.
-template<typename Target>
-std::vector<MemberRow<Target>> WithNames(std::vector<MemberRow<Target>> rows)
-{
-    rows.push_back(Property(
-        "Name", [](const Target& target) -> std::string { return target.Name(); },
-        [](Target& target, const std::string& name) { target.SetName(name); }, "a name for the host"));
-    rows.push_back(Property(
-        "AppData", [](const Target& target) { return target.GetAppData(); },
-        [](Target& target, std::int32_t data) { target.SetAppData(data); },
-        "a number for the host; on a mesh it decides whether picks see it"));
-    return rows;
-}
-
-// The element of a list, error 9 outside it.
-template<typename List>
-auto ElementOf(const List& list, std::int32_t index)
-{
-    if (index < 0 || static_cast<std::size_t>(index) >= list.size())
-        throw RuntimeError{error::SubscriptOutOfRange, "automation",
-                           "Subscript out of range: " + std::to_string(index) + " of " + std::to_string(list.size())};
-    return list[static_cast<std::size_t>(index)];
-}
-
-void Split(Vector vector, float& x, float& y, float& z)
-{
-    x = vector.x;
-    y = vector.y;
-    z = vector.z;
-}
-
 void GetFrameOrientation(Frame& frame, const FrameReference& reference, float& dirX, float& dirY, float& dirZ,
                          float& upX, float& upY, float& upZ)
 {
     const Orientation orientation = frame.GetOrientation(reference);
     Split(orientation.direction, dirX, dirY, dirZ);
     Split(orientation.up, upX, upY, upZ);
-}
-
-CombineType CombineFrom(std::int32_t combine)
-{
-    if (combine < 0 || combine > 2)
-        throw RuntimeError{error::RMBadValue, "Frame", "Combine is 0 replace, 1 before or 2 after"};
-    return static_cast<CombineType>(combine);
 }
 
 FrameConstraint ConstraintFrom(std::int32_t constraint)
@@ -95,17 +58,15 @@ std::shared_ptr<Texture> CreateTexture(RetainedMode& factory, const std::shared_
     return factory.CreateTexture(bitmap.Width(), bitmap.Height(), bitmap.Data());
 }
 
-std::int32_t AddFaces(MeshBuilder& mesh, const std::string& vertices, const std::string& normals,
-                      const std::string& faceList)
+std::int32_t AddFaces(MeshBuilder& mesh, const Vectors& vertices, const Vectors& normals,
+                      const Numbers<std::int32_t>& faceList)
 {
-    return mesh.AddFaces(VectorsIn(vertices), VectorsIn(normals), WholeNumbersIn(faceList));
+    return mesh.AddFaces(vertices.View(), normals.View(), faceList.View());
 }
 
 void GetMeshBox(MeshBuilder& mesh, float& minX, float& minY, float& minZ, float& maxX, float& maxY, float& maxZ)
 {
-    const Box box = mesh.GetBox();
-    Split(box.minimum, minX, minY, minZ);
-    Split(box.maximum, maxX, maxY, maxZ);
+    Split(mesh.GetBox(), minX, minY, minZ, maxX, maxY, maxZ);
 }
 
 std::vector<MemberRow<Frame>> FramePlaceRows()
@@ -201,10 +162,10 @@ std::vector<MemberRow<MeshBuilder>> MeshRows()
     return {
         Method("CreateFace", "", &MeshBuilder::CreateFace, "a new face without corners in this mesh"),
         Method("AddFace", "Face", &MeshBuilder::AddFace, "moves a face that stands on its own into this mesh"),
-        Method(
-            "AddFaces", "Vertices, Normals, FaceList", &AddFaces,
-            "adds polygons; texts of numbers separated by blanks: x y z of each vertex and normal, and the packed face "
-            "list. Answers the first new face"),
+        Method("AddFaces", "Vertices, Normals, FaceList", &AddFaces,
+               "adds polygons, from buffers or texts of numbers: x y z of each vertex and normal, and the packed face "
+               "list. "
+               "Returns the first new face"),
         Method("AddMeshBuilder", "Other", &MeshBuilder::AddMeshBuilder, "adds a copy of another mesh's faces"),
         Method("ReserveSpace", "Vertices, Normals, Faces", &MeshBuilder::ReserveSpace, "room for so many more"),
         Method("Empty", "", &MeshBuilder::Empty, "removes everything"),
@@ -236,14 +197,14 @@ std::vector<MemberRow<MeshBuilder>> MeshRows()
 template<>
 const MemberTable<Frame>& TableOf<Frame>()
 {
-    static const MemberTable<Frame> table{"Frame", WithNames(FrameRows())};
+    static const MemberTable<Frame> table{"Frame", Joined(WithNames(FrameRows()), FrameReadingRows())};
     return table;
 }
 
 template<>
 const MemberTable<MeshBuilder>& TableOf<MeshBuilder>()
 {
-    static const MemberTable<MeshBuilder> table{"MeshBuilder", WithNames(MeshRows())};
+    static const MemberTable<MeshBuilder> table{"MeshBuilder", Joined(WithNames(MeshRows()), MeshReadingRows())};
     return table;
 }
 
@@ -251,13 +212,14 @@ template<>
 const MemberTable<Face>& TableOf<Face>()
 {
     static const MemberTable<Face> table{
-        "Face", WithNames<Face>({
-                    Method("AddVertex", "X, Y, Z", &Face::AddVertex, "adds a corner"),
-                    Property("VertexCount", &Face::VertexCount, "how many corners there are"),
-                    Property("Color", &Face::GetColor, &Face::SetColor, "0xAARRGGBB"),
-                    Method("SetMaterial", "Material", &Face::SetMaterial, "how the face answers light"),
-                    Method("SetTexture", "Texture", &Face::SetTexture, "the image on the face"),
-                })};
+        "Face", Joined(WithNames<Face>({
+                           Method("AddVertex", "X, Y, Z", &Face::AddVertex, "adds a corner"),
+                           Property("VertexCount", &Face::VertexCount, "how many corners there are"),
+                           Property("Color", &Face::GetColor, &Face::SetColor, "0xAARRGGBB"),
+                           Method("SetMaterial", "Material", &Face::SetMaterial, "how the face answers light"),
+                           Method("SetTexture", "Texture", &Face::SetTexture, "the image on the face"),
+                       }),
+                       FaceReadingRows())};
     return table;
 }
 
@@ -315,24 +277,28 @@ const MemberTable<RetainedMode>& TableOf<RetainedMode>()
 {
     static const MemberTable<RetainedMode> table{
         "RetainedMode",
-        {
-            Method("CreateFrame", "Parent", &RetainedMode::CreateFrame, "a frame below another, or a root for nothing"),
-            Method("CreateMeshBuilder", "", &RetainedMode::CreateMeshBuilder, "an empty mesh"),
-            Method(
-                "CreateFace", "", [](RetainedMode&) { return std::make_shared<Face>(); },
-                "a face on its own, for AddFace"),
-            Method("CreateLight", "Kind, Red, Green, Blue", &CreateLight, "0 ambient, 1 directional, 2 point, 3 spot"),
-            Method("CreateMaterial", "Power", &RetainedMode::CreateMaterial, "the exponent of its highlight"),
-            Method("CreateTexture", "Picture", &CreateTexture, "a copy of a picture's pixels"),
-            Method(
-                "CreatePicture", "Width, Height, Color",
-                [](RetainedMode&, std::int32_t width, std::int32_t height, std::uint32_t color)
-                { return NewPicture(width, height, color); },
-                "a picture of one colour, 0xAARRGGBB"),
-            Method(
-                "LoadPicture", "Path", [](RetainedMode&, const std::string& path) { return LoadPicture(path); },
-                "decodes a picture file"),
-        }};
+        Joined<RetainedMode>(
+            {
+                Method("CreateFrame", "Parent", &RetainedMode::CreateFrame,
+                       "a frame below another, or a root for nothing"),
+                Method("CreateMeshBuilder", "", &RetainedMode::CreateMeshBuilder, "an empty mesh"),
+                Method(
+                    "CreateFace", "", [](RetainedMode&) { return std::make_shared<Face>(); },
+                    "a face on its own, for AddFace"),
+                Method("CreateLight", "Kind, Red, Green, Blue", &CreateLight,
+                       "0 ambient, 1 directional, 2 point, 3 spot"),
+                Method("CreateMaterial", "Power", &RetainedMode::CreateMaterial, "the exponent of its highlight"),
+                Method("CreateTexture", "Picture", &CreateTexture, "a copy of a picture's pixels"),
+                Method(
+                    "CreatePicture", "Width, Height, Color",
+                    [](RetainedMode&, std::int32_t width, std::int32_t height, std::uint32_t color)
+                    { return NewPicture(width, height, color); },
+                    "a picture of one colour, 0xAARRGGBB"),
+                Method(
+                    "LoadPicture", "Path", [](RetainedMode&, const std::string& path) { return LoadPicture(path); },
+                    "decodes a picture file"),
+            },
+            FactoryRows())};
     return table;
 }
 

@@ -230,11 +230,19 @@ public:
         FreeTexts(error);
         std::vector<Variant> changed;
         for (std::size_t i = 0; i < arguments.size(); ++i)
-            changed.push_back(ReadValue(values.Data()[i]));
+            changed.push_back(Kept(ReadValue(values.Data()[i])));
         std::ranges::move(changed, arguments.begin());
     }
 
 private:
+    // What a sink lent is its own again as soon as it has returned.
+    static Variant Kept(Variant value)
+    {
+        if (const auto* buffer = std::get_if<NumberBuffer>(&value))
+            return KeptBuffer(*buffer);
+        return value;
+    }
+
     static void FreeTexts(LumoraError& error)
     {
         FreeText(error.source);

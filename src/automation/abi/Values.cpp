@@ -1,5 +1,6 @@
 #include "automation/abi/Values.h"
 
+#include "automation/abi/Buffers.h"
 #include "automation/abi/DispatchObject.h"
 #include "platform/automation/Json.h"
 
@@ -158,6 +159,8 @@ Variant ReadValue(const LumoraValue& value)
         return ObjectOf(value.value.object);
     case LumoraBoolean:
         return value.value.integer != 0;
+    case LumoraNumbers:
+        return ReadBuffer(value.value.buffer);
     default:
         throw RuntimeError{error::TypeMismatch, "automation",
                            "Type mismatch: there is no type number " + std::to_string(value.type)};
@@ -199,6 +202,11 @@ LumoraValue MakeValue(const Variant& value)
         made.value.object = *object ? DispatchObjectFor(AsDispatchable(*object)) : nullptr;
         made.type = LumoraObject;
     }
+    else if (const auto* buffer = std::get_if<NumberBuffer>(&value))
+    {
+        made.value.buffer = MakeBuffer(*buffer);
+        made.type = LumoraNumbers;
+    }
     return made;
 }
 
@@ -209,6 +217,8 @@ void ClearValue(LumoraValue& value) noexcept
         FreeText(old.value.text);
     else if (old.type == LumoraObject && old.value.object != nullptr)
         old.value.object->functions->Release(old.value.object);
+    else if (old.type == LumoraNumbers)
+        FreeBuffer(old.value.buffer);
 }
 
 LumoraResult Report(LumoraError* error, std::int32_t number, std::string_view source,

@@ -22,7 +22,8 @@ void FreeText(LumoraText text) noexcept;
 /// Error 14 for a text longer than LUMORA_MAXIMUM_TEXT.
 std::string ReadText(LumoraText text);
 
-/// What a caller gave. Error 13 for a type there is not and for an object that is none of this library's.
+/// What a caller gave; a buffer is still the caller's. Error 13 for a type there is not, for an object that is none of
+/// this library's and for a buffer without memory, error 7 for one that is too large.
 Variant ReadValue(const LumoraValue& value);
 
 /// A value of the receiver's own. Errors 7 and 14 when it cannot be made.

@@ -37,6 +37,8 @@ std::string_view NameOf(ValueType type)
         return "Boolean";
     case ValueType::Any:
         return "Variant";
+    case ValueType::Buffer:
+        return "Buffer";
     }
     return "Variant";
 }

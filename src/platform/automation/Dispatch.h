@@ -45,6 +45,7 @@ enum class ValueType : std::int32_t
     Object = 9,
     Boolean = 11,
     Any = 12,
+    Buffer = 0x2000, ///< many numbers of one type
 };
 
 /// The type's name in documents: "Long", "Object" and so on.

@@ -12,7 +12,6 @@
 #include "platform/automation/Dispatch.h"
 #include "platform/automation/Numbers.h"
 
-#include <cmath>
 #include <functional>
 #include <tuple>
 #include <type_traits>
@@ -75,17 +74,51 @@ struct Crossing<std::uint32_t>
     static constexpr ValueType Kind = ValueType::Long;
     static constexpr const char* Name = nullptr;
     static Variant Out(std::uint32_t value) { return static_cast<std::int32_t>(value); }
-    static std::uint32_t In(const Variant& value)
+    static std::uint32_t In(const Variant& value) { return ToBits(VariantToDouble(value)); }
+};
+
+/// Many numbers from a caller: a buffer or a text of them; nothing is none at all.
+template<typename Number>
+struct Crossing<Numbers<Number>>
+{
+    static constexpr ValueType Kind = ValueType::Buffer;
+    static constexpr const char* Name = BufferNameOf(ElementTypeOf<Number>);
+    static Numbers<Number> In(const Variant& value)
     {
-        constexpr double Wrap = 4294967296.0;
-        const double number = VariantToDouble(value);
-        if (number >= 2147483648.0 && number < Wrap - 0.5)
-            return static_cast<std::uint32_t>(std::nearbyint(number));
-        return static_cast<std::uint32_t>(ToLong(number));
+        if (const auto* buffer = std::get_if<NumberBuffer>(&value))
+            return NumbersIn<Number>(*buffer);
+        if (const auto* text = std::get_if<std::string>(&value))
+            return NumbersIn<Number>(*text);
+        if (VariantToObject(value))
+            throw RuntimeError{error::TypeMismatch, "automation", "Type mismatch: an object is no list of numbers"};
+        return {};
     }
 };
 
-/// Anything at all. A face stands for its object.
+/// Many numbers for a caller, who becomes their owner. What an argument held before its result is not looked at.
+template<typename Element>
+struct Crossing<std::vector<Element>>
+{
+    using Number = typename NumberOf<Element>::Type;
+    static constexpr ValueType Kind = ValueType::Buffer;
+    static constexpr const char* Name = BufferNameOf(ElementTypeOf<Number>);
+    static Variant Out(std::vector<Element> elements) { return OwnedBuffer<Number>(std::move(elements)); }
+    static std::vector<Element> In(const Variant&) { return {}; }
+};
+
+/// Memory that is shared with the caller, such as the pixels of a locked surface.
+template<typename Number>
+struct Crossing<SharedNumbers<Number>>
+{
+    static constexpr ValueType Kind = ValueType::Buffer;
+    static constexpr const char* Name = BufferNameOf(ElementTypeOf<Number>);
+    static Variant Out(const SharedNumbers<Number>& numbers)
+    {
+        return NumberBuffer{ElementTypeOf<Number>, numbers.view.data(), numbers.view.size(), true, numbers.owner};
+    }
+};
+
+/// Anything at all. A face stands for its object, and what is kept is no caller's memory.
 template<>
 struct Crossing<Variant>
 {
@@ -98,6 +131,8 @@ struct Crossing<Variant>
             if (const auto* face = dynamic_cast<const Dispatchable*>(object->get()))
                 if (ObjectReference target = face->Target())
                     return target;
+        if (const auto* buffer = std::get_if<NumberBuffer>(&value))
+            return KeptBuffer(*buffer);
         return value;
     }
 };

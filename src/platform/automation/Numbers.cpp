@@ -45,6 +45,11 @@ std::int32_t ToLong(double value)
     return ToWhole<std::int32_t>(value);
 }
 
+std::uint32_t ToBits(double value)
+{
+    return value > 0 ? ToWhole<std::uint32_t>(value) : static_cast<std::uint32_t>(ToLong(value));
+}
+
 std::int16_t ToInteger(double value)
 {
     return ToWhole<std::int16_t>(value);

@@ -9,6 +9,9 @@ namespace lumora
 /// The nearest 32-bit whole number, halves to even. Error 6 (overflow) outside its range and for NaN.
 std::int32_t ToLong(double value);
 
+/// The nearest 32-bit pattern: as ToLong for negative numbers, and up to 4294967295 for others.
+std::uint32_t ToBits(double value);
+
 /// The nearest 16-bit whole number, halves to even. Error 6 (overflow) outside its range and for NaN.
 std::int16_t ToInteger(double value);
 

@@ -1,6 +1,8 @@
 // The value type of everything that is reached by name: property bags and late-bound members.
 #pragma once
 
+#include "platform/automation/NumberBuffer.h"
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -18,8 +20,9 @@ public:
 
 using ObjectReference = std::shared_ptr<Object>;
 
-/// Empty, Boolean, Long, Single, Double, String (UTF-8) or an object reference (possibly nothing).
-using Variant = std::variant<std::monostate, bool, std::int32_t, float, double, std::string, ObjectReference>;
+/// Empty, Boolean, Long, Single, Double, String (UTF-8), an object reference (possibly nothing), or many numbers.
+using Variant =
+    std::variant<std::monostate, bool, std::int32_t, float, double, std::string, ObjectReference, NumberBuffer>;
 
 /// Conversions with the rules of automation: numbers round to nearest with halves to even; non-zero is True;
 /// True is -1; a string converts when the whole of it is a number. Error 13 when the value has no such meaning,
@@ -31,7 +34,7 @@ bool VariantToBoolean(const Variant& value);
 std::string VariantToString(const Variant& value);
 ObjectReference VariantToObject(const Variant& value);
 
-/// Equal values; numbers compare numerically whatever their types.
+/// Equal values; numbers compare numerically whatever their types. Buffers are equal when they are the same memory.
 bool VariantsEqual(const Variant& left, const Variant& right);
 
 } // namespace lumora

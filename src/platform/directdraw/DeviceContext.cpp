@@ -1,7 +1,9 @@
 // Drawing with device-context colours: single pixels, lines, rectangles and blocks, all clipped to the picture.
 #include "platform/directdraw/DeviceContext.h"
 
+#include "platform/automation/RuntimeError.h"
 #include "platform/directdraw/Blit.h"
+#include "platform/directdraw/TextGlyphs.h"
 
 #include <algorithm>
 #include <cmath>
@@ -55,6 +57,33 @@ StepRange VisibleSteps(int start, bool forward, std::int64_t steps, int size)
     return {std::max<std::int64_t>(first, 0), std::min(first + size, steps)};
 }
 
+void RequireTextScale(int scale)
+{
+    if (scale < 1 || scale > DeviceContext::MaximumTextScale)
+        throw RuntimeError{error::DDInvalidParams, "DeviceContext",
+                           "A text's scale is 1 to " + std::to_string(DeviceContext::MaximumTextScale) + ", not " +
+                               std::to_string(scale)};
+}
+
+/// Calls `visit(column, line, character)` for each cell of a text; a character of several bytes has one cell.
+template<typename Visit>
+void VisitCells(std::string_view text, Visit&& visit)
+{
+    const auto goesOn = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; };
+    std::int64_t column = 0;
+    std::int64_t line = 0;
+    for (const char character : text)
+    {
+        if (character == '\n')
+        {
+            column = 0;
+            ++line;
+        }
+        else if (!goesOn(character))
+            visit(column++, line, character);
+    }
+}
+
 } // namespace
 
 void DeviceContext::SetPixel(int x, int y, ColorRef color)
@@ -97,6 +126,48 @@ void DeviceContext::FillRectangle(const PixelRect& rect, ColorRef color)
     for (int y = visible.top; y < visible.bottom; ++y)
         for (int x = visible.left; x < visible.right; ++x)
             WriteColor(pixels_.Row(y)[x], word);
+}
+
+void DeviceContext::FrameRectangle(const PixelRect& rect, ColorRef color)
+{
+    if (rect.IsEmpty())
+        return;
+    FillRectangle({rect.left, rect.top, rect.right, rect.top + 1}, color);
+    FillRectangle({rect.left, rect.bottom - 1, rect.right, rect.bottom}, color);
+    FillRectangle({rect.left, rect.top, rect.left + 1, rect.bottom}, color);
+    FillRectangle({rect.right - 1, rect.top, rect.right, rect.bottom}, color);
+}
+
+void DeviceContext::WriteText(int x, int y, std::string_view text, ColorRef color, int scale)
+{
+    RequireTextScale(scale);
+    VisitCells(text,
+               [&](std::int64_t column, std::int64_t line, char character)
+               {
+                   const std::int64_t left = x + column * CellWidth * scale;
+                   const std::int64_t top = y + line * CellHeight * scale;
+                   if (left >= Width() || top >= Height() || left + CellWidth * scale <= 0 ||
+                       top + CellHeight * scale <= 0)
+                       return;
+                   WriteGlyph(static_cast<int>(left), static_cast<int>(top), character, color, scale);
+               });
+}
+
+void DeviceContext::WriteGlyph(int x, int y, char character, ColorRef color, int scale)
+{
+    for (int row = 0; row < GlyphHeight; ++row)
+        for (int column = 0; column < GlyphWidth; ++column)
+            if (HasInk(character, column, row))
+                FillRectangle(RectAt(x + column * scale, y + row * scale, scale, scale), color);
+}
+
+PixelRect DeviceContext::TextExtent(std::string_view text, int scale)
+{
+    RequireTextScale(scale);
+    std::int64_t columns = 0;
+    VisitCells(text, [&](std::int64_t column, std::int64_t, char) { columns = std::max(columns, column + 1); });
+    const std::int64_t lines = text.empty() ? 0 : 1 + std::ranges::count(text, '\n');
+    return {0, 0, Saturated(columns * CellWidth * scale), Saturated(lines * CellHeight * scale)};
 }
 
 void DeviceContext::BitBlt(int x, int y, int width, int height, const DeviceContext& source, int sourceX, int sourceY)

@@ -4,6 +4,8 @@
 #include "platform/directdraw/Bitmap.h"
 #include "platform/drivers/PixelView.h"
 
+#include <string_view>
+
 namespace lumora
 {
 
@@ -30,6 +32,21 @@ public:
     /// Filled; right and bottom are outside.
     void FillRectangle(const PixelRect& rect, ColorRef color);
 
+    /// The rectangle's outline, one pixel wide, within it.
+    void FrameRectangle(const PixelRect& rect, ColorRef color);
+
+    /// The largest `scale` of texts.
+    static constexpr int MaximumTextScale = 64;
+
+    /// Writes from (x, y), the first cell's top-left corner, to the right; a line feed goes back to x in the next line.
+    /// What lies under the letters stays between their strokes. `text` is UTF-8, of which ASCII has glyphs and every
+    /// other character shows as a frame; a cell is 6 by 10 pixels times `scale`. DDInvalidParams for a scale outside
+    /// 1 .. MaximumTextScale.
+    void WriteText(int x, int y, std::string_view text, ColorRef color, int scale);
+
+    /// The size of what WriteText covers, pixels: the longest line's cells, and a cell's height for each line.
+    static PixelRect TextExtent(std::string_view text, int scale);
+
     /// Copies a block of another context, unscaled, clipped on both sides. Overlapping copies within one picture are
     /// exact.
     void BitBlt(int x, int y, int width, int height, const DeviceContext& source, int sourceX, int sourceY);
@@ -45,6 +62,7 @@ public:
 private:
     friend class Surface;
     void Release() { pixels_ = {}; }
+    void WriteGlyph(int x, int y, char character, ColorRef color, int scale);
 
     PixelView pixels_;
 };

@@ -101,6 +101,18 @@ void Surface::BlitToScreen(const PixelRect& destination, const PixelView& pictur
     window->Present(picture, destination);
 }
 
+void Surface::Fill(const std::optional<PixelRect>& area, std::uint32_t pixel)
+{
+    faults::Point("Surface.Fill");
+    RequirePixels();
+    RequireFree();
+    const PixelRect rect = area.value_or(Pixels().Bounds());
+    if (rect.IsEmpty() || !Contains(Pixels().Bounds(), rect))
+        Raise(error::DDInvalidRect, "The rectangle to fill is empty or reaches outside the surface");
+    FinishDrawing();
+    FillBlock(Pixels(), rect, pixel);
+}
+
 std::shared_ptr<DeviceContext> Surface::GetDC()
 {
     faults::Point("Surface.GetDC");
@@ -122,21 +134,35 @@ void Surface::ReleaseDC(const std::shared_ptr<DeviceContext>& context)
     context->Release();
 }
 
-PixelView Surface::Lock()
+void Surface::BeginLock()
 {
     faults::Point("Surface.Lock");
     RequirePixels();
     RequireFree();
     FinishDrawing();
+}
+
+PixelView Surface::Lock()
+{
+    BeginLock();
     lockedSelf_ = shared_from_this();
     return Pixels();
+}
+
+std::shared_ptr<const SurfaceLock> Surface::LockShared()
+{
+    BeginLock();
+    auto lock = std::make_shared<const SurfaceLock>(SurfaceLock{shared_from_this(), Pixels()});
+    sharedLock_ = lock;
+    return lock;
 }
 
 void Surface::Unlock()
 {
     faults::Point("Surface.Unlock");
-    if (!lockedSelf_)
+    if (!lockedSelf_ && sharedLock_.expired())
         Raise(error::DDInvalidParams, "The surface is not locked");
+    sharedLock_.reset();
     const auto self = std::move(lockedSelf_); // may be the last one
 }
 
@@ -150,12 +176,13 @@ PixelView Surface::Pixels()
 void Surface::RequireFree() const
 {
     if (!IsFree())
-        Raise(error::DDSurfaceBusy, "The surface is locked or its device context is out");
+        Raise(error::DDSurfaceBusy,
+              "The surface is locked or its device context is out: Unlock it, or release the context, first");
 }
 
 bool Surface::IsFree() const
 {
-    return !lockedSelf_ && !IsContextOut();
+    return !lockedSelf_ && sharedLock_.expired() && !IsContextOut();
 }
 
 bool Surface::IsContextOut() const

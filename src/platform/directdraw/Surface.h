@@ -31,6 +31,15 @@ struct SurfaceDescription
 };
 
 class DeviceContext;
+class Surface;
+
+/// The pixels of a locked surface, which stay where they are as long as this is held. The lock itself ends with
+/// Surface::Unlock, or when this is let go of.
+struct SurfaceLock
+{
+    std::shared_ptr<Surface> surface;
+    PixelView pixels;
+};
 
 /// Draws into a surface and may put the work off. Its surface tells it when somebody else is about to read or write the
 /// pixels.
@@ -89,8 +98,15 @@ public:
     /// surface any more. DDSurfaceBusy when locked or a context is out. Not on the primary.
     PixelView Lock();
 
-    /// DDInvalidParams when it is not locked.
+    /// The same for callers who may forget to unlock: the lock also ends when nobody refers to it any more.
+    std::shared_ptr<const SurfaceLock> LockShared();
+
+    /// Ends either kind of lock. DDInvalidParams when it is not locked.
     void Unlock();
+
+    /// Fills `area` (all of it when absent) with a pixel value. DDInvalidRect for a rectangle that is empty or reaches
+    /// outside; DDSurfaceBusy when locked or a context is out. Not on the primary.
+    void Fill(const std::optional<PixelRect>& area, std::uint32_t pixel);
 
     /// The pixels, for devices of this library: no lock is taken, and what a device put off is not drawn. None on the
     /// primary.
@@ -109,6 +125,7 @@ private:
     Surface() = default;
     void BlitToScreen(const PixelRect& destination, const PixelView& picture);
     void RequirePixels() const;
+    void BeginLock();
     bool IsContextOut() const;
     void FinishDrawing();
 
@@ -118,6 +135,7 @@ private:
     std::shared_ptr<Clipper> clipper_;
     std::shared_ptr<DeviceContext> context_; // kept to be handed out again
     std::shared_ptr<Surface> lockedSelf_;    // while locked
+    std::weak_ptr<const SurfaceLock> sharedLock_;
     SurfacePainter* painter_ = nullptr;
 };
 

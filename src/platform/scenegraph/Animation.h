@@ -40,9 +40,20 @@ public:
     void SetOptions(std::uint32_t options);
     std::uint32_t GetOptions() const;
 
+    struct Key
+    {
+        float time;
+        Vector position;
+    };
+
+    /// By time.
+    const std::vector<Key>& Keys() const { return keys_; }
+
     /// Adds a key, or replaces the one at the same time. RMBadValue for numbers that are not finite.
     void AddPositionKey(float time, float x, float y, float z);
 
+    /// The frame that SetTime moves, or nothing.
+    const std::shared_ptr<Frame>& BoundFrame() const { return frame_; }
     void SetFrame(const std::shared_ptr<Frame>& frame);
 
     /// The position at `time`; RMNotFound without keys.
@@ -52,12 +63,6 @@ public:
     void SetTime(float time);
 
 private:
-    struct Key
-    {
-        float time;
-        Vector position;
-    };
-
     struct Instant
     {
         double time;

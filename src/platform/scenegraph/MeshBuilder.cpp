@@ -194,6 +194,19 @@ std::int32_t Face::VertexCount() const
     return static_cast<std::int32_t>(data.faceStart[face + 1] - data.faceStart[face]);
 }
 
+Vector Face::GetVertex(std::int32_t corner) const
+{
+    const std::int32_t count = VertexCount();
+    if (corner < 0 || corner >= count)
+        throw RuntimeError{error::SubscriptOutOfRange, "Face",
+                           "There is no corner " + std::to_string(corner) + " among " + std::to_string(count)};
+    if (index_ < 0)
+        return corners_[static_cast<std::size_t>(corner)];
+    const MeshData& data = Mesh().data_;
+    return data.vertices[data.cornerVertex[data.faceStart[static_cast<std::size_t>(index_)] +
+                                           static_cast<std::uint32_t>(corner)]];
+}
+
 // Building.
 
 std::shared_ptr<MeshBuilder> MeshBuilder::Make()
@@ -467,6 +480,12 @@ MeshGeometry MeshBuilder::GetGeometry() const
     }
     geometry.faceList.push_back(0);
     return geometry;
+}
+
+std::vector<Vector> MeshBuilder::GetVertices() const
+{
+    faults::Point("MeshBuilder.GetVertices");
+    return data_.vertices;
 }
 
 std::int32_t MeshBuilder::GetFaceCount() const

@@ -61,15 +61,21 @@ public:
 
     std::int32_t VertexCount() const;
 
+    /// A corner's position, from 0. Error 9 for one that is not there.
+    Vector GetVertex(std::int32_t corner) const;
+
     /// White, opaque at first.
     Color GetColor() const;
     void SetColor(Color color);
+    std::shared_ptr<Material> GetMaterial() const; ///< or nothing
     void SetMaterial(const std::shared_ptr<Material>& material);
+    std::shared_ptr<Texture> GetTexture() const; ///< or nothing
     void SetTexture(const std::shared_ptr<Texture>& texture);
 
 private:
     friend class MeshBuilder;
     MeshBuilder& Mesh() const;
+    const MeshLook& Look() const;
 
     std::vector<Vector> corners_; // while on its own
     Color color_ = 0xFFFFFFFF;
@@ -123,6 +129,9 @@ public:
     /// The polygons as a packed list. Where only some faces have normals, the others are listed with their faces' own,
     /// which follow the mesh's normals.
     MeshGeometry GetGeometry() const;
+    std::vector<Vector> GetVertices() const;
+    std::vector<Color> GetFaceColors() const;          ///< one per face
+    std::vector<float> GetTextureCoordinates() const; ///< u, v of every vertex; 0 where none were set
     std::int32_t GetFaceCount() const;
     std::int32_t GetVertexCount() const;
     std::int32_t GetNormalCount() const;

@@ -45,6 +45,24 @@ void Face::SetColor(Color color)
     mesh.Changed();
 }
 
+const MeshLook& Face::Look() const
+{
+    const MeshData& data = Mesh().data_;
+    return data.looks[data.look[static_cast<std::size_t>(index_)]];
+}
+
+std::shared_ptr<Material> Face::GetMaterial() const
+{
+    faults::Point("Face.GetMaterial");
+    return index_ < 0 ? material_ : Look().material;
+}
+
+std::shared_ptr<Texture> Face::GetTexture() const
+{
+    faults::Point("Face.GetTexture");
+    return index_ < 0 ? texture_ : Look().texture;
+}
+
 void Face::SetMaterial(const std::shared_ptr<Material>& material)
 {
     faults::Point("Face.SetMaterial");
@@ -55,7 +73,7 @@ void Face::SetMaterial(const std::shared_ptr<Material>& material)
     }
     MeshBuilder& mesh = Mesh();
     const auto face = static_cast<std::size_t>(index_);
-    MeshLook look = mesh.data_.looks[mesh.data_.look[face]];
+    MeshLook look = Look();
     look.material = material;
     mesh.SetLook(face, look);
 }
@@ -70,7 +88,7 @@ void Face::SetTexture(const std::shared_ptr<Texture>& texture)
     }
     MeshBuilder& mesh = Mesh();
     const auto face = static_cast<std::size_t>(index_);
-    MeshLook look = mesh.data_.looks[mesh.data_.look[face]];
+    MeshLook look = Look();
     look.texture = texture;
     mesh.SetLook(face, look);
 }
@@ -154,6 +172,15 @@ void MeshBuilder::SetFaceColors(std::span<const Color> colors)
     Changed();
 }
 
+std::vector<Color> MeshBuilder::GetFaceColors() const
+{
+    faults::Point("MeshBuilder.GetFaceColors");
+    std::vector<Color> colors(data_.FaceCount());
+    for (std::size_t face = 0; face < colors.size(); ++face)
+        colors[face] = data_.color[face];
+    return colors;
+}
+
 void MeshBuilder::SetMaterial(const std::shared_ptr<Material>& material)
 {
     faults::Point("MeshBuilder.SetMaterial");
@@ -187,6 +214,14 @@ void MeshBuilder::SetTextureCoordinates(std::span<const float> uv)
         RequireFinite(Source, {value});
     data_.uv.assign(uv.begin(), uv.end());
     Changed();
+}
+
+std::vector<float> MeshBuilder::GetTextureCoordinates() const
+{
+    faults::Point("MeshBuilder.GetTextureCoordinates");
+    std::vector<float> uv = data_.uv;
+    uv.resize(2 * data_.vertices.size());
+    return uv;
 }
 
 void MeshBuilder::GenerateNormals(float creaseAngle)

@@ -1,0 +1,21 @@
+// Buffers as they cross the binary interface: a caller's for the length of a call, the library's until they are
+// cleared.
+#pragma once
+
+#include "LumoraViewport.h"
+#include "platform/automation/NumberBuffer.h"
+
+namespace lumora::automation
+{
+
+/// A caller's buffer, whose memory stays the caller's. Error 13 for no record, for an unknown element type and for a
+/// count without memory; error 7 for more than LUMORA_MAXIMUM_BUFFER bytes.
+NumberBuffer ReadBuffer(const LumoraBuffer* buffer);
+
+/// A record of the receiver's own; the memory stays as long as it.
+LumoraBuffer* MakeBuffer(const NumberBuffer& buffer);
+
+/// Frees a record that MakeBuffer made; any other pointer is left alone, without being looked into.
+void FreeBuffer(LumoraBuffer* buffer) noexcept;
+
+} // namespace lumora::automation
