@@ -30,7 +30,7 @@ static void Give_up(const char* what, const LumoraError* error)
     exit(1);
 }
 
-/* Fills values from a list of C values: i number, f float, b boolean, s text, o object. */
+/* Fills values from a list of C values: i number, f float, b boolean, s text, n numbers (a LumoraBuffer*), o object. */
 static int32_t Fill(LumoraDispatch* object, LumoraValue* values, const char* types, va_list list)
 {
     const int32_t count = (int32_t)strlen(types);
@@ -54,6 +54,10 @@ static int32_t Fill(LumoraDispatch* object, LumoraValue* values, const char* typ
         case 's':
             values[i].type = LumoraString;
             values[i].value.text = object->functions->MakeTextFromUtf8(object, va_arg(list, const char*));
+            break;
+        case 'n':
+            values[i].type = LumoraNumbers;
+            values[i].value.buffer = va_arg(list, LumoraBuffer*);
             break;
         default:
             values[i].type = LumoraObject;
@@ -132,8 +136,11 @@ static int32_t Put(LumoraDispatch* object, const char* name, const char* type, .
 static LumoraDispatch* Pyramid(LumoraDispatch* factory)
 {
     LumoraDispatch* mesh = Call(factory, "CreateMeshBuilder", "").value.object;
-    Call(mesh, "AddFaces", "sss", "-1 0 -1  1 0 -1  1 0 1  -1 0 1  0 2 0", "",
-         "3 0 4 1  3 1 4 2  3 2 4 3  3 3 4 0  4 0 1 2 3  0");
+    float corners[] = {-1, 0, -1, 1, 0, -1, 1, 0, 1, -1, 0, 1, 0, 2, 0};
+    int32_t faceList[] = {3, 0, 4, 1, 3, 1, 4, 2, 3, 2, 4, 3, 3, 3, 4, 0, 4, 0, 1, 2, 3, 0};
+    LumoraBuffer vertices = {corners, sizeof corners / sizeof corners[0], LumoraElementSingle, 0};
+    LumoraBuffer polygons = {faceList, sizeof faceList / sizeof faceList[0], LumoraElementLong, 0};
+    Call(mesh, "AddFaces", "non", &vertices, NULL, &polygons);
     Call(mesh, "GenerateNormals", "f", 0.0);
     const int32_t faces[] = {0, 3};
     const uint32_t colors[] = {0xFFE04030u, 0xFF3060E0u};
@@ -146,19 +153,46 @@ static LumoraDispatch* Pyramid(LumoraDispatch* factory)
     return mesh;
 }
 
-/* What the camera told. */
+/* On the picture before it is shown: letters on a plate with a frame. Colors have red in the low byte. */
+static void Draw_label(LumoraDispatch* viewport, const char* text)
+{
+    enum
+    {
+        Left = 8,
+        Top = 8,
+        Right = 128,
+        Bottom = 36
+    };
+    LumoraDispatch* surface = Get(viewport, "DirectDrawSurface", "").value.object;
+    LumoraDispatch* context = Call(surface, "GetDC", "").value.object;
+    Call(context, "FillRectangle", "iiiii", Left, Top, Right, Bottom, 0x402810);
+    Call(context, "WriteText", "iisii", Left + 7, Top + 5, text, 0xFFFFFF, 2);
+    Call(context, "FrameRectangle", "iiiii", Left, Top, Right, Bottom, 0x20A0FF);
+    Call(surface, "ReleaseDC", "o", context);
+    context->functions->Release(context);
+    surface->functions->Release(surface);
+}
+
+/* What the control told. */
 typedef struct Moves
 {
+    LumoraDispatch* viewport;
     int count;
     float last[3];
 } Moves;
 
 static LumoraResult On_event(void* context, int32_t id, LumoraValue* arguments, int32_t count, LumoraError* error)
 {
-    const int32_t cameraMoved = 1;
+    enum
+    {
+        CameraMoved = 1,
+        SurfaceAvailable = 10
+    };
     Moves* moves = context;
     (void)error;
-    if (id != cameraMoved || count < 3)
+    if (id == SurfaceAvailable)
+        Draw_label(moves->viewport, "Pyramid 1");
+    if (id != CameraMoved || count < 3)
         return LUMORA_OK;
     ++moves->count;
     for (int i = 0; i < 3; ++i)
@@ -186,13 +220,14 @@ static void Run(LumoraDispatch* host, const char* picture)
     Call(lamp, "AddLight", "o", light);
     Call(scene, "SetSceneBackgroundRGB", "fff", 0.1, 0.15, 0.2);
 
-    Moves moves = {0, {0, 0, 0}};
+    Moves moves = {viewport, 0, {0, 0, 0}};
     const LumoraSink sink = {&moves, On_event, NULL};
     uint32_t connection = 0;
     if (viewport->functions->Advise(viewport, &sink, &connection, NULL) < 0)
         Give_up("Advise", NULL);
 
     float left[4], camera[3], screen[7];
+    Put(viewport, "ExposeDDSurface", "b", 1);
     Put(viewport, "Scene", "o", scene);
     Put(viewport, "Enabled", "b", 1);
     Put(viewport, "FieldOfView", "f", 0.7);

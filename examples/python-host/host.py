@@ -3,20 +3,36 @@
     python3 host.py libLumoraViewport.so picture.png
 """
 
+import array
 import sys
 
 import lumora
 
 POINT_LIGHT = 2
+LABEL = (8, 8, 128, 36)  # left, top, right, bottom
 
 
 def build_pyramid(factory):
     mesh = factory.CreateMeshBuilder()
-    mesh.AddFaces("-1 0 -1  1 0 -1  1 0 1  -1 0 1  0 2 0", "", "3 0 4 1  3 1 4 2  3 2 4 3  3 3 4 0  4 0 1 2 3  0")
+    corners = array.array("f", (-1, 0, -1, 1, 0, -1, 1, 0, 1, -1, 0, 1, 0, 2, 0))
+    faces = array.array("i", (3, 0, 4, 1, 3, 1, 4, 2, 3, 2, 4, 3, 3, 3, 4, 0, 4, 0, 1, 2, 3, 0))
+    mesh.AddFaces(corners, None, faces)
     mesh.GenerateNormals(0.0)
     mesh.GetFace(0).Color = 0xFFE04030
     mesh.GetFace(3).Color = 0xFF3060E0
     return mesh
+
+
+def draw_label(surface, text):
+    """On the picture before it is shown: a plate written into its pixels, then letters and a frame."""
+    left, top, right, bottom = LABEL
+    row, pitch = array.array("I", [0x102840]) * (right - left), surface.Pitch
+    with surface.locked() as pixels:
+        for y in range(top, bottom):
+            pixels[y * pitch + left:y * pitch + right] = row
+    with surface.drawing() as context:
+        context.WriteText(left + 7, top + 5, text, 0xFFFFFF, 2)
+        context.FrameRectangle(left, top, right, bottom, 0x20A0FF)
 
 
 def main(library_path, picture_path):
@@ -37,6 +53,8 @@ def main(library_path, picture_path):
 
     moves = []
     viewport.on("CameraMoved", lambda *place: moves.append(place[:3]))
+    viewport.on("DDSurfaceAvailable", lambda: draw_label(viewport.DirectDrawSurface, "Pyramid 1"))
+    viewport.ExposeDDSurface = True
     viewport.Scene = scene
     viewport.Enabled = True
     viewport.FieldOfView = 0.7

@@ -10,15 +10,22 @@
 A method answers its result, and after it whatever it wrote into its arguments: `x, y, z = viewport.GetCameraPosition()`.
 Arguments that are only written may be left out from the end. A handler that returns something not None writes it back
 into the event's arguments (a tuple for more than one). Failures are `lumora.Error`. Needs nothing but Python itself.
+
+Many numbers cross as buffers. Anything with the buffer protocol (array.array, bytes, memoryview, arrays of numpy) is
+read where it lies when it is contiguous and of 32-bit whole numbers, Singles, Doubles or bytes, and converted otherwise.
+Results are memoryviews of the library's memory, which stays as long as they do.
 """
 
+import array
+import contextlib
 import ctypes
 import os
 from ctypes import (CFUNCTYPE, POINTER, Structure, Union, byref, c_char_p, c_double, c_float, c_int16, c_int32,
-                    c_ubyte, c_uint32, c_void_p)
+                    c_ubyte, c_uint32, c_uint64, c_void_p)
 
 METHOD, GET, PUT, PUT_REFERENCE = 1, 2, 4, 8
 EMPTY, INTEGER, LONG, SINGLE, DOUBLE, STRING, OBJECT, BOOLEAN = 0, 2, 3, 4, 5, 8, 9, 11
+NUMBERS, WRITABLE = 0x2000, 1
 
 
 class Id(Structure):
@@ -36,11 +43,15 @@ DISPATCH, CLASS_OBJECT = _id(0x20), _id(0x21)
 
 class _Content(Union):
     _fields_ = [("integer", c_int16), ("number", c_int32), ("single", c_float), ("real", c_double),
-                ("text", c_void_p), ("object", c_void_p)]
+                ("text", c_void_p), ("object", c_void_p), ("buffer", c_void_p)]
 
 
 class Value(Structure):
     _fields_ = [("type", c_int32), ("reserved", c_int32), ("content", _Content)]
+
+
+class BufferRecord(Structure):
+    _fields_ = [("data", c_void_p), ("count", c_uint64), ("elementType", c_int32), ("flags", c_uint32)]
 
 
 class ErrorRecord(Structure):
@@ -112,9 +123,70 @@ def _text(pointer):
     return ctypes.string_at(pointer, length).decode("utf-16-le")
 
 
+def _has_buffer(content):
+    try:
+        memoryview(content).release()
+        return True
+    except TypeError:
+        return False
+
+
 def _check(answer, what):
     if answer < 0:
         raise Error(answer, "LumoraViewport", f"{what} failed: 0x{answer & 0xFFFFFFFF:08X}")
+
+
+class _View(Structure):
+    """What Python tells of an object with the buffer protocol."""
+    _fields_ = [("buf", c_void_p), ("obj", c_void_p), ("len", ctypes.c_ssize_t), ("itemsize", ctypes.c_ssize_t),
+                ("readonly", ctypes.c_int), ("ndim", ctypes.c_int), ("format", c_char_p), ("shape", c_void_p),
+                ("strides", c_void_p), ("suboffsets", c_void_p), ("internal", c_void_p)]
+
+
+ELEMENTS = {3: "i", 4: "f", 5: "d", 17: "B", 19: "I"}  # types of a buffer's elements, and Python's letters for them
+
+
+class _Lent:
+    """A record of Python's own memory, for the length of a call."""
+
+    def __init__(self, content):
+        view = memoryview(content)
+        letter, size = view.format.lstrip("@=<"), view.itemsize
+        if letter in tuple("hHlLqQ"):
+            letter, size = "i", 4
+            view = memoryview(array.array("i", array.array(view.format.lstrip("@=<"), view.tobytes())))
+        kinds = [kind for kind, known in ELEMENTS.items() if known == letter]
+        if not kinds:
+            raise TypeError(f'numbers of the format "{view.format}" cannot cross to the library')
+        self._view = _View()
+        self._lent = view if view.c_contiguous else view.tobytes()
+        ctypes.pythonapi.PyObject_GetBuffer(ctypes.py_object(self._lent), byref(self._view), 0)
+        self.record = BufferRecord(self._view.buf, self._view.len // size, kinds[0], 0)
+
+    def __del__(self):
+        if self.__dict__.get("record") is not None:
+            ctypes.pythonapi.PyBuffer_Release(byref(self._view))
+
+
+class _Kept:
+    """A value of the library's that is cleared when no view of its memory is left."""
+
+    def __init__(self, owner, value):
+        self._owner, self._value = owner, Value.from_buffer_copy(value)
+        value.type = EMPTY
+
+    def __del__(self):
+        self._owner._functions.ClearValue(self._owner._pointer, byref(self._value))
+
+    def view(self):
+        record = ctypes.cast(self._value.content.buffer, POINTER(BufferRecord))[0]
+        letter = ELEMENTS[record.elementType]
+        if record.count == 0:
+            return memoryview(array.array(letter))
+        memory = (c_ubyte * (record.count * array.array(letter).itemsize)).from_address(record.data)
+        memory.kept = self
+        view = memoryview(memory).cast("B").cast(letter)
+        return view if record.flags & WRITABLE else view.toreadonly()
 
 
 class Library:
@@ -213,7 +285,8 @@ class Object:
 
     # Values.
 
-    def _fill(self, value, content):
+    def _fill(self, value, content, lent=None):
+        """Buffers are only lent: what keeps them goes into the list `lent`."""
         if content is None:
             value.type, value.content.object = OBJECT, None
         elif isinstance(content, bool):
@@ -228,6 +301,9 @@ class Object:
         elif isinstance(content, Object):
             content._functions.AddRef(content._pointer)
             value.type, value.content.object = OBJECT, content._pointer
+        elif lent is not None and _has_buffer(content):
+            lent.append(_Lent(content))
+            value.type, value.content.buffer = NUMBERS, ctypes.addressof(lent[-1].record)
         else:
             raise TypeError(f"{type(content).__name__} cannot cross to the library")
 
@@ -242,6 +318,8 @@ class Object:
             return Object(content.object)
         if kind == BOOLEAN:
             return content.integer != 0
+        if kind == NUMBERS:
+            return _Kept(self, value).view()
         return {INTEGER: content.integer, LONG: content.number, SINGLE: content.single,
                 DOUBLE: content.real}.get(kind)
 
@@ -252,10 +330,10 @@ class Object:
         raise Error(error.number or answer, source, description or f"failed: 0x{answer & 0xFFFFFFFF:08X}")
 
     def _invoke(self, member, kinds, contents):
-        values, result, error = (Value * len(contents))(), Value(), ErrorRecord()
+        values, result, error, lent = (Value * len(contents))(), Value(), ErrorRecord(), []
         try:
             for value, content in zip(values, contents):
-                self._fill(value, content)
+                self._fill(value, content, lent)
             answer = self._functions.Invoke(self._pointer, member.id, kinds, values, len(contents), byref(result),
                                             byref(error))
             if answer < 0:
@@ -294,6 +372,26 @@ class Object:
     def __setattr__(self, name, content):
         kind = PUT_REFERENCE if content is None or isinstance(content, Object) else PUT
         self._invoke(self._find(name), kind, [content])
+
+    # Surfaces.
+
+    @contextlib.contextmanager
+    def locked(self):
+        """A surface's pixels (0x00RRGGBB) as a writable memoryview, `Pitch` for each row, locked within the block."""
+        pixels = self.Lock()
+        try:
+            yield pixels
+        finally:
+            self.Unlock()
+
+    @contextlib.contextmanager
+    def drawing(self):
+        """A surface's device context, given back at the end of the block."""
+        context = self.GetDC()
+        try:
+            yield context
+        finally:
+            self.ReleaseDC(context)
 
     # Events.
 

@@ -1,4 +1,5 @@
 // One session in three languages: the C and the Python host print what C++ computes by itself, and draw the same bytes.
+#include "platform/directdraw/DeviceContext.h"
 #include "platform/drivers/StandardDrivers.h"
 #include "platform/headless/HostedViewport.h"
 #include "platform/scenegraph/RetainedMode.h"
@@ -44,6 +45,16 @@ std::shared_ptr<MeshBuilder> Pyramid()
     return mesh;
 }
 
+void DrawLabel(Surface& surface)
+{
+    constexpr PixelRect Plate{8, 8, 128, 36};
+    const auto context = surface.GetDC();
+    context->FillRectangle(Plate, 0x402810);
+    context->WriteText(Plate.left + 7, Plate.top + 5, "Pyramid 1", 0xFFFFFF, 2);
+    context->FrameRectangle(Plate, 0x20A0FF);
+    surface.ReleaseDC(context);
+}
+
 // The session as a C++ program has it, without any late binding; what the others should print.
 std::string OwnSession(const std::string& picture)
 {
@@ -68,6 +79,8 @@ std::string OwnSession(const std::string& picture)
             ++moves;
             last = {x, y, z};
         });
+    viewport.DDSurfaceAvailable.Connect([&] { DrawLabel(*viewport.DirectDrawSurface()); });
+    viewport.SetExposeDDSurface(true);
     viewport.SetScene(scene);
     viewport.SetEnabled(true);
     viewport.SetFieldOfView(0.7F);
