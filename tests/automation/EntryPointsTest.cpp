@@ -239,6 +239,47 @@ TEST(EntryPoints, foreign_values_are_refused_without_being_looked_into)
     viewport->functions->Release(viewport);
 }
 
+TEST(EntryPoints, buffers_are_refused_that_cannot_be_looked_into)
+{
+    LumoraDispatch* factory = Create(LUMORA_CLASS_RETAINED_MODE);
+    LumoraDispatch* mesh = ObjectFrom(factory, "CreateMeshBuilder", LUMORA_METHOD);
+    float corners[] = {0, 0, 0, 1, 0, 0, 0, 1, 0};
+    const auto adding = [&](LumoraBuffer* vertices)
+    {
+        LumoraValue value{};
+        value.type = LumoraNumbers;
+        value.value.buffer = vertices;
+        LumoraValue none{};
+        LumoraBuffer closing{corners, 1, LumoraElementLong, 0}; // a single 0
+        LumoraValue faces{};
+        faces.type = LumoraNumbers;
+        faces.value.buffer = &closing;
+        const std::int32_t number = Use(mesh, "AddFaces", LUMORA_METHOD, {value, none, faces});
+        mesh->functions->ClearValue(mesh, &value); // the record is the test's own: it stays
+        return number;
+    };
+    LumoraBuffer rows[] = {{nullptr, 3, LumoraElementSingle, 0},
+                           {corners, 9, 5000, 0},
+                           {corners, LUMORA_MAXIMUM_BUFFER / sizeof(float) + 1, LumoraElementSingle, 0},
+                           {corners, ~std::uint64_t{0}, LumoraElementDouble, 0},
+                           {corners, 8, LumoraElementSingle, 0},
+                           {corners, 9, LumoraElementSingle, 0}};
+    const std::int32_t numbers[] = {13, 13, 7, 7, 13, 0};
+    EXPECT_EQ(adding(nullptr), 13);
+    for (std::size_t i = 0; i < std::size(rows); ++i)
+        EXPECT_EQ(adding(&rows[i]), numbers[i]) << i;
+
+    LumoraValue read{};
+    EXPECT_EQ(Use(mesh, "Vertices", LUMORA_GET, {}, &read), 0);
+    mesh->functions->Release(mesh);
+    ASSERT_EQ(read.type, LumoraNumbers);
+    ASSERT_EQ(read.value.buffer->count, 9U); // and outlives the mesh
+    EXPECT_EQ(std::memcmp(read.value.buffer->data, corners, sizeof corners), 0);
+    factory->functions->ClearValue(factory, &read);
+    factory->functions->Release(factory);
+    EXPECT_EQ(CanUnload(), LUMORA_OK);
+}
+
 TEST(EntryPoints, texts_cross_in_every_script)
 {
     LumoraDispatch* viewport = Create(ViewportClass);

@@ -91,7 +91,16 @@ private:
                                             "Frame.SetPosition",
                                             "1e999",
                                             "\xFF"};
-        switch (Below(8))
+        static float singles[] = {0, 0, 0, 1, 0, 0, 0, 1, 0, Single::infinity()};
+        static std::int32_t faces[] = {3, 0, 1, 2, 0, 3, 0};
+        static double doubles[] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 2, 0, 0, 1};
+        static std::uint32_t pixels[] = {0xFFFF0000, 0x00FF00, 0, 7};
+        const NumberBuffer buffers[] = {{ElementType::Single, singles, Below(11), false, {}},
+                                        {ElementType::Long, faces, Below(8), true, {}},
+                                        {ElementType::Double, doubles, Below(17), false, {}},
+                                        {ElementType::UnsignedLong, pixels, Below(5), true, {}},
+                                        {ElementType::Byte, pixels, Below(17), false, {}}};
+        switch (Below(10))
         {
         case 0:
             return {};
@@ -106,6 +115,8 @@ private:
             return reals[Below(std::size(reals))];
         case 6:
             return std::string{texts[Below(std::size(texts))]};
+        case 7:
+            return buffers[Below(std::size(buffers))];
         default:
             return Below(6) == 0 ? ObjectReference{} : ObjectReference{objects_[Below(objects_.size())]};
         }

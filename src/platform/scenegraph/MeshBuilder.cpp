@@ -458,7 +458,9 @@ MeshGeometry MeshBuilder::GetGeometry() const
     faults::Point("MeshBuilder.GetGeometry");
     MeshGeometry geometry{data_.vertices, data_.normals, {}};
     const bool withNormals = !data_.normals.empty();
-    geometry.faceList.reserve(data_.FaceCount() + (withNormals ? 2 : 1) * data_.CornerCount() + 1);
+    // Filled through a pointer: the list has millions of entries, and ends before its room where faces are empty.
+    geometry.faceList.resize(data_.FaceCount() + (withNormals ? 2 : 1) * data_.CornerCount() + 1);
+    std::int32_t* entry = geometry.faceList.data();
     for (std::size_t face = 0; face < data_.FaceCount(); ++face)
     {
         const std::uint32_t first = data_.faceStart[face];
@@ -468,17 +470,18 @@ MeshGeometry MeshBuilder::GetGeometry() const
         const auto own = static_cast<std::uint32_t>(geometry.normals.size());
         if (withNormals && LacksNormals(data_, face))
             geometry.normals.push_back(FaceNormal(data_, face));
-        geometry.faceList.push_back(static_cast<std::int32_t>(end - first));
+        *entry++ = static_cast<std::int32_t>(end - first);
         for (std::uint32_t corner = first; corner < end; ++corner)
         {
-            geometry.faceList.push_back(static_cast<std::int32_t>(data_.cornerVertex[corner]));
+            *entry++ = static_cast<std::int32_t>(data_.cornerVertex[corner]);
             if (!withNormals)
                 continue;
             const std::uint32_t normal = data_.NormalOf(corner);
-            geometry.faceList.push_back(static_cast<std::int32_t>(normal == MeshData::NoNormal ? own : normal));
+            *entry++ = static_cast<std::int32_t>(normal == MeshData::NoNormal ? own : normal);
         }
     }
-    geometry.faceList.push_back(0);
+    *entry++ = 0;
+    geometry.faceList.resize(static_cast<std::size_t>(entry - geometry.faceList.data()));
     return geometry;
 }
 
