@@ -261,7 +261,7 @@ TEST(EntryPoints, buffers_are_refused_that_cannot_be_looked_into)
     LumoraBuffer rows[] = {{nullptr, 3, LumoraElementSingle, 0},
                            {corners, 9, 5000, 0},
                            {corners, LUMORA_MAXIMUM_BUFFER / sizeof(float) + 1, LumoraElementSingle, 0},
-                           {corners, ~std::uint64_t{0}, LumoraElementDouble, 0},
+                           {corners, (std::uint64_t{1} << 61) + 1, LumoraElementDouble, 0},
                            {corners, 8, LumoraElementSingle, 0},
                            {corners, 9, LumoraElementSingle, 0}};
     const std::int32_t numbers[] = {13, 13, 7, 7, 13, 0};

@@ -214,6 +214,13 @@ TEST_F(ScenesByName, picks_transforms_and_animations_are_those_of_the_scene)
     EXPECT_THAT(NumbersOf<double>(moved->CallWith("TransformTo", {Variant{}})),
                 testing::ElementsAre(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 5, 0, 2, 1));
 
+    const auto twin = AsDispatchable(session_.factory->CallWith("CreateFrame", {Variant{}}));
+    twin->CallWith("AddTransform", {0, moved->Get("LocalTransform")});
+    std::vector<Variant> place{{}, {}, {}, {}};
+    twin->Call("GetPosition", place);
+    EXPECT_THAT(place, testing::ElementsAre(Variant{}, Variant{5.0F}, Variant{0.0F}, Variant{2.0F}));
+    EXPECT_EQ(NumberOf([&] { twin->CallWith("AddTransform", {0, Lent(corners_)}); }), error::TypeMismatch);
+
     const auto hits = AsDispatchable(session_.scene->CallWith("RayPick", {Variant{}, 0, 0, 3, 5.5F, 0.25F, -1, 0}));
     ASSERT_EQ(hits->Get("Count"), Variant{1});
     std::vector<Variant> hit(7);
