@@ -242,7 +242,7 @@ Action<Target> MakeAction(Function function, std::type_identity<std::tuple<Param
                 {
                     using Parameter = std::tuple_element_t<i, std::tuple<Parameters...>>;
                     if constexpr (IsResult<Parameter>)
-                        given[i] = Crossing<std::remove_cvref_t<Parameter>>::Out(std::get<i>(values));
+                        given[i] = Crossing<std::remove_cvref_t<Parameter>>::Out(std::move(std::get<i>(values)));
                 };
                 (one(std::integral_constant<std::size_t, index>{}), ...);
             };
