@@ -6,6 +6,8 @@
 
 #include <QScreen>
 #include <algorithm>
+#include <chrono>
+#include <utility>
 
 namespace lumora::viewer
 {
@@ -14,7 +16,7 @@ namespace
 {
 
 // After a pause, a dialog for example, the camera goes on where it was instead of catching up.
-constexpr float LongestStep = 0.1F; // seconds
+constexpr double LongestStep = 0.1; // seconds
 
 // A velocity remembers the point to turn about. One that turns the camera on the spot keeps doing so while the camera
 // moves.
@@ -31,12 +33,17 @@ void TurnOnTheSpot(Viewport& control, const Vector& before)
 
 } // namespace
 
-CameraMotion::CameraMotion(ViewportWidget& widget) : widget_(widget)
+CameraMotion::CameraMotion(ViewportWidget& widget, Clock clock) : widget_(widget), clock_(std::move(clock))
 {
     timer_.setTimerType(Qt::PreciseTimer);
     timer_.callOnTimeout([this] { Step(); });
     QObject::connect(&widget, &ViewportWidget::KeyDown, &timer_, [this] { Start(); });
     QObject::connect(&widget, &ViewportWidget::UpdatePositions, &timer_, [this] { Apply(); });
+}
+
+double CameraMotion::SystemClock()
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
 void CameraMotion::Start()
@@ -46,7 +53,7 @@ void CameraMotion::Start()
     const QScreen* const screen = widget_.screen();
     const double rate = screen ? screen->refreshRate() : 0;
     timer_.start(rate >= 1 ? static_cast<int>(1000 / rate) : 16);
-    clock_.start();
+    applied_ = clock_();
 }
 
 void CameraMotion::Apply()
@@ -54,11 +61,11 @@ void CameraMotion::Apply()
     Start(); // a drag that flies
     if (!timer_.isActive())
         return;
-    const auto elapsed = static_cast<float>(static_cast<double>(clock_.nsecsElapsed()) * 1e-9);
-    clock_.start();
+    const double now = clock_();
+    const double elapsed = now - std::exchange(applied_, now);
     Viewport& control = widget_.viewport();
     const Vector before = control.GetCameraPosition();
-    ApplyCameraVelocities(control, std::min(elapsed, LongestStep));
+    ApplyCameraVelocities(control, static_cast<float>(std::min(elapsed, LongestStep)));
     TurnOnTheSpot(control, before);
 }
 

@@ -3,8 +3,8 @@
 
 #include "platform/math/Vector.h"
 
-#include <QElapsedTimer>
 #include <QTimer>
+#include <functional>
 
 namespace lumora
 {
@@ -19,19 +19,25 @@ namespace lumora::viewer
 class CameraMotion
 {
 public:
+    /// Seconds since some moment.
+    using Clock = std::function<double()>;
+
     /// `widget` must live longer.
-    explicit CameraMotion(ViewportWidget& widget);
+    explicit CameraMotion(ViewportWidget& widget, Clock clock = SystemClock);
 
     bool IsRunning() const { return timer_.isActive(); }
 
 private:
+    static double SystemClock();
+
     void Apply();
     void Step();
     void Start();
 
     ViewportWidget& widget_;
+    Clock clock_;
     QTimer timer_;
-    QElapsedTimer clock_; ///< since the velocities were last applied
+    double applied_ = 0; ///< when the velocities last were, by the clock
 };
 
 } // namespace lumora::viewer

@@ -6,6 +6,7 @@
 #include "lumora-viewer/StageView.h"
 #include "lumora-viewer/ViewerSettings.h"
 
+#include <QElapsedTimer>
 #include <QMainWindow>
 #include <chrono>
 #include <memory>

@@ -312,7 +312,8 @@ WorkerEnd Watch(const Child& child, Listener& listener, const WorkerJob& job, Cl
     {
         if (job.tick && !job.tick(listener.fraction))
             return WorkerEnd::Cancelled;
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(start + job.timeLimit - Clock::now());
+        // Rounded up: a worker that has a part of a millisecond left is not late yet.
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(start + job.timeLimit - Clock::now());
         if (left.count() <= 0)
             return WorkerEnd::TimedOut;
         listener.Listen(static_cast<int>(std::min<std::int64_t>(left.count(), TickMilliseconds)));

@@ -1,18 +1,19 @@
 #include "RandomCalls.h"
 
+#include "support/TemporaryFolder.h"
+
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <random>
-#include <unistd.h>
 
 namespace lumora::test
 {
 
 TEST(RandomCalls, end_in_an_answer_or_an_error_with_a_number)
 {
-    const auto folder = std::filesystem::temp_directory_path() / ("lumora-random-" + std::to_string(::getpid()));
-    std::filesystem::create_directories(folder);
-    std::filesystem::current_path(folder); // numbers make file names too
+    const tests::TemporaryFolder folder;
+    const auto before = std::filesystem::current_path();
+    std::filesystem::current_path(folder / ""); // numbers make file names too
     int accepted = 0;
     for (unsigned session = 0; session < 12; ++session)
     {
@@ -22,8 +23,7 @@ TEST(RandomCalls, end_in_an_answer_or_an_error_with_a_number)
             accepted += calls.One() ? 1 : 0;
     }
     EXPECT_GT(accepted, 600); // the calls reach something
-    std::filesystem::current_path("/");
-    std::filesystem::remove_all(folder);
+    std::filesystem::current_path(before);
 }
 
 TEST(RandomCalls, texts_of_a_hundred_megabytes_are_handled)

@@ -2,20 +2,21 @@
 #include "support/TemporaryFolder.h"
 
 #include <algorithm>
-#include <atomic>
+#include <cerrno>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <unistd.h>
+#include <system_error>
 
 namespace lumora::tests
 {
 
 TemporaryFolder::TemporaryFolder()
 {
-    static std::atomic<int> count{0};
-    path_ = std::filesystem::temp_directory_path() /
-            ("lumora-test-" + std::to_string(::getpid()) + "-" + std::to_string(count++));
-    std::filesystem::create_directories(path_);
+    std::string name = std::filesystem::temp_directory_path() / "lumora-test-XXXXXX";
+    if (::mkdtemp(name.data()) == nullptr)
+        throw std::filesystem::filesystem_error{"no folder for a test", name, {errno, std::generic_category()}};
+    path_ = name;
 }
 
 TemporaryFolder::~TemporaryFolder()

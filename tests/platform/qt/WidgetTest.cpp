@@ -142,14 +142,14 @@ TEST(QtWidget, draws_once_for_each_reason_and_rests_without_one)
     ASSERT_TRUE(Show(*widget));
     int pictures = 0;
     QObject::connect(widget.get(), &ViewportWidget::UpdatePositions, [&] { ++pictures; });
-    QTest::qWait(100); // whatever is still under way
+    Settle();
     pictures = 0;
     widget->RenderScene();
-    QTest::qWait(100);
+    Settle();
     EXPECT_EQ(pictures, 1);
     widget->setFieldOfView(0.7);
     widget->setBackClippingPlane(500);
-    QTest::qWait(100);
+    Settle();
     EXPECT_EQ(pictures, 2); // both changes in one
 }
 

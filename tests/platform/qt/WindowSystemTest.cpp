@@ -52,9 +52,6 @@ protected:
 
     void MovePointerBy(int x, int y) { Do({"mousemove_relative", "--", QString::number(x), QString::number(y)}); }
 
-    /// The control ignores moves that follow another within 33 milliseconds.
-    static void LetMovesCount() { QTest::qWait(40); }
-
     float Depth() { return widget_->viewport().GetCameraPosition().z; }
 
     std::unique_ptr<ViewportWidget> widget_;
@@ -150,19 +147,12 @@ TEST_F(QtWindowSystem, clicks_and_keys_arrive_in_their_order)
 TEST_F(QtWindowSystem, keys_go_up_when_another_window_takes_the_focus)
 {
     widget_->setKeyMoveForward(tdlNavKeyW);
-    const auto speed = [&]
-    {
-        Vector velocity;
-        tdlNavigationMethod method{};
-        widget_->viewport().GetCameraVelocity(velocity.x, velocity.y, velocity.z, method);
-        return velocity.z;
-    };
     Do({"keydown", "w"});
-    ASSERT_TRUE(Eventually([&] { return speed() == 3; }));
+    ASSERT_TRUE(Eventually([&] { return ForwardSpeed(*widget_) == 3; }));
     QWidget other;
     ASSERT_TRUE(Show(other));
     other.activateWindow();
-    EXPECT_TRUE(Eventually([&] { return speed() == 0; }));
+    EXPECT_TRUE(Eventually([&] { return ForwardSpeed(*widget_) == 0; }));
     Do({"keyup", "w"});
 }
 
@@ -175,7 +165,7 @@ TEST(QtDesigner, opens_a_form_with_the_control_and_finds_nothing_to_complain_abo
     designer.setProcessEnvironment(environment);
     designer.setProcessChannelMode(QProcess::MergedChannels);
     designer.start(LUMORA_DESIGNER, {LUMORA_FORM});
-    ASSERT_TRUE(designer.waitForStarted());
+    ASSERT_TRUE(designer.waitForStarted(Patience));
     // The colour that the form gives the control is on the screen; its words would be among the designer's.
     const auto isShown = []
     {
@@ -186,16 +176,10 @@ TEST(QtDesigner, opens_a_form_with_the_control_and_finds_nothing_to_complain_abo
                 blue += screen.pixelColor(x, y) == QColor(0, 0, 128);
         return blue > 500;
     };
-    QElapsedTimer waited;
-    waited.start();
-    while (!isShown() && waited.elapsed() < 60000)
-        QTest::qWait(100);
-    EXPECT_TRUE(isShown());
+    EXPECT_TRUE(Eventually(isShown));
     EXPECT_EQ(QProcess::execute("xdotool", {"search", "--name", "warning"}), 1) << "the designer shows a warning";
     designer.terminate();
-    if (!designer.waitForFinished(10000))
-        designer.kill();
-    designer.waitForFinished();
+    EXPECT_TRUE(designer.waitForFinished(Patience));
     const QByteArray said = designer.readAll();
     EXPECT_FALSE(said.contains("Viewport")) << said.toStdString();
 }
