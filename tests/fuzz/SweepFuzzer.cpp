@@ -1,5 +1,6 @@
 // Sweeps of small whole numbers, where points coincide and lines cross all the time: a finite mesh or a RuntimeError.
 #include "fuzz/Fuzzing.h"
+#include "geometry/Kernel.h"
 #include "geometry/modOptimize.h"
 #include "geometry/modSweep.h"
 #include "platform/automation/RuntimeError.h"
@@ -62,32 +63,18 @@ Sweep SweepFrom(Numbers bytes)
     return sweep;
 }
 
-// Twice the area, as a vector: that of a cap is its polygon's, however it was cut.
-Double3 CapArea(const VertexList& polygon)
-{
-    Double3 sum;
-    for (std::size_t i = 2; i < polygon.size(); ++i)
-        sum = sum + Cross(Double3{polygon[i - 1]} - polygon[0], Double3{polygon[i]} - polygon[0]);
-    return sum;
-}
-
+// The area of a cap is its polygon's, however it was cut.
 void CheckCap(RetainedMode& root, const VertexList& polygon)
 {
     if (std::ranges::any_of(polygon, [](Vector p) { return std::abs(p.x) + std::abs(p.y) + std::abs(p.z) > 100; }))
         return;
     const auto cap = MeshBuilder::Make();
     TriangulateCap(root, polygon, *cap);
-    const MeshGeometry geometry = cap->GetGeometry();
     Double3 sum;
-    for (std::size_t at = 0; geometry.faceList[at] != 0;)
-    {
-        VertexList face;
-        for (std::int32_t left = geometry.faceList[at++]; left > 0; --left)
-            face.push_back(geometry.vertices[static_cast<std::size_t>(geometry.faceList[at++])]);
-        sum = sum + CapArea(face);
-    }
+    for (const test::Polygon& face : test::PolygonsOf(*cap))
+        sum = sum + test::VectorArea(face);
     // Whole numbers: exact.
-    const Double3 off = sum - CapArea(polygon);
+    const Double3 off = sum - test::VectorArea(polygon);
     Require(polygon.size() < 3 || Dot(off, off) == 0);
 }
 

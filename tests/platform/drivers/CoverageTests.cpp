@@ -1,4 +1,5 @@
 // Which pixels a primitive covers: fill rule, clipping, culling, depth, scissor, lines and points.
+#include "fuzz/StrangeDrawing.h"
 #include "platform/automation/RuntimeError.h"
 #include "platform/drivers/DriversUnderTest.h"
 #include "platform/drivers/TestCanvas.h"
@@ -6,7 +7,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cmath>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -26,11 +26,7 @@ constexpr float NotANumber = std::numeric_limits<float>::quiet_NaN();
 
 DrawItem UnlitItem(std::shared_ptr<const DrawMesh> mesh, FillStyle fill = FillStyle::Solid)
 {
-    DrawItem item;
-    item.mesh = std::move(mesh);
-    item.lit = false;
-    item.fill = fill;
-    return item;
+    return Filled(Unlit(Item(std::move(mesh))), fill);
 }
 
 void AppendVertex(DrawMesh& mesh, const Vector& position)
@@ -63,29 +59,22 @@ protected:
     {
         MeshMaker maker;
         for (const std::vector<Vector>& face : faces)
-        {
-            std::vector<Corner> corners;
-            for (const Vector& position : face)
-                corners.push_back({position, 0, 0, {}, {}});
-            maker.Face(corners);
-        }
+            maker.Polygon(face);
         return Draw(PixelPass(Side, Side), {UnlitItem(maker.Make(), fill)});
+    }
+
+    /// Draws over all of a target that was set before, and finishes.
+    void Cover(float z, std::uint32_t color = White)
+    {
+        driver_->Begin(PixelPass(Side, Side));
+        driver_->Draw(UnlitItem(Quad(-10, 80, 80, -10, z, color)));
+        driver_->End();
+        driver_->Finish();
     }
 
     int CountFaces(const std::vector<std::vector<Vector>>& faces) { return DrawFaces(faces).CountNot(0); }
 };
 LUMORA_FOR_EVERY_DRIVER(Coverage);
-
-TEST_P(Coverage, counts_pixel_centres_of_right_triangles_exactly)
-{
-    constexpr float n = 20;
-    const float z = 0.5F;
-    // Whole-numbered corners lie on pixel centres. Left and top sides belong to a triangle, right and bottom ones
-    // do not: the count is n (n + 1) / 2 with the two straight sides, n (n - 1) / 2 with the slanted one.
-    EXPECT_EQ(CountFaces({{{5, 7, z}, {5 + n, 7, z}, {5, 7 + n, z}}}), 210);
-    EXPECT_EQ(CountFaces({{{5 + n, 7, z}, {5 + n, 7 + n, z}, {5, 7 + n, z}}}), 190);
-    EXPECT_EQ(CountFaces({{{5, 7, z}, {5, 7 + n, z}, {5 + n, 7, z}}}), 210) << "winding must not matter";
-}
 
 TEST_P(Coverage, takes_pixels_on_top_and_left_edges_only)
 {
@@ -110,22 +99,6 @@ TEST_P(Coverage, rounds_positions_to_a_256th_of_a_pixel)
     EXPECT_EQ(firstColumn(10.0F - 1.0F / 400), 10);
 }
 
-TEST_P(Coverage, of_a_parallelogram_with_whole_sides_is_its_area)
-{
-    // Copies of it tile the plane, one for each point of a grid of that density, so each holds `area` pixel centres.
-    std::mt19937 engine{20};
-    const auto whole = [&](int low, int high) { return low + static_cast<int>(engine() % (high - low + 1)); };
-    for (int round = 0; round < 200; ++round)
-    {
-        const Vector a{static_cast<float>(whole(-15, 15)), static_cast<float>(whole(-15, 15)), 0};
-        const Vector b{static_cast<float>(whole(-15, 15)), static_cast<float>(whole(-15, 15)), 0};
-        const Vector origin{32 + static_cast<float>(whole(0, 255)) / 256, 32 + static_cast<float>(whole(0, 255)) / 256,
-                            0.5F};
-        const int area = std::abs(static_cast<int>(a.x * b.y - a.y * b.x));
-        EXPECT_EQ(CountFaces({{origin, origin + a, origin + a + b, origin + b}}), area) << "round " << round;
-    }
-}
-
 TEST_P(Coverage, draws_shared_edges_exactly_once)
 {
     // A blend that happens twice, or not at all, shows. Sorted triangles leave the depth alone, so none hides another.
@@ -145,19 +118,16 @@ TEST_P(Coverage, draws_shared_edges_exactly_once)
             }
         MeshMaker maker;
         maker.color = HalfWhite;
-        const auto face = [&](Vector a, Vector b, Vector c) {
-            maker.Face({{a, 0, 0, {}, {}}, {b, 0, 0, {}, {}}, {c, 0, 0, {}, {}}});
-        };
         for (int row = 0; row < Cells; ++row)
             for (int column = 0; column < Cells; ++column)
             {
                 const Vector middle =
                     (grid[row][column] + grid[row][column + 1] + grid[row + 1][column] + grid[row + 1][column + 1]) *
                     0.25F;
-                face(grid[row][column], grid[row][column + 1], middle);
-                face(grid[row][column + 1], grid[row + 1][column + 1], middle);
-                face(grid[row + 1][column + 1], grid[row + 1][column], middle);
-                face(grid[row + 1][column], grid[row][column], middle);
+                maker.Polygon({grid[row][column], grid[row][column + 1], middle});
+                maker.Polygon({grid[row][column + 1], grid[row + 1][column + 1], middle});
+                maker.Polygon({grid[row + 1][column + 1], grid[row + 1][column], middle});
+                maker.Polygon({grid[row + 1][column], grid[row][column], middle});
             }
         // Triangles may fold over each other, but a fold covers by winding: two ways forth and one back.
         pass.cull = CullMode::CounterClockwise;
@@ -173,8 +143,8 @@ TEST_P(Coverage, draws_shared_edges_exactly_once)
 TEST_P(Coverage, leaves_out_the_winding_that_is_culled)
 {
     // Clockwise on the screen, whose y goes down.
-    const auto clockwise = UnlitItem(OneFace({{10, 10, 0.5F}, {30, 10, 0.5F}, {10, 30, 0.5F}}));
-    const auto counter = UnlitItem(OneFace({{10, 10, 0.5F}, {10, 30, 0.5F}, {30, 10, 0.5F}}));
+    const auto clockwise = OneFace({{10, 10, 0.5F}, {30, 10, 0.5F}, {10, 30, 0.5F}});
+    const auto counter = OneFace({{10, 10, 0.5F}, {10, 30, 0.5F}, {30, 10, 0.5F}});
     for (const auto& [cull, isClockwiseSeen, isCounterSeen] :
          {std::tuple{CullMode::None, true, true}, std::tuple{CullMode::Clockwise, false, true},
           std::tuple{CullMode::CounterClockwise, true, false}})
@@ -183,12 +153,9 @@ TEST_P(Coverage, leaves_out_the_winding_that_is_culled)
         {
             PassState pass = PixelPass(Side, Side);
             pass.cull = cull;
-            DrawItem item = clockwise;
-            item.fill = fill;
-            EXPECT_EQ(Draw(pass, {item}).CountNot(0) > 0, isClockwiseSeen) << static_cast<int>(cull);
-            item = counter;
-            item.fill = fill;
-            EXPECT_EQ(Draw(pass, {item}).CountNot(0) > 0, isCounterSeen) << static_cast<int>(cull);
+            EXPECT_EQ(Draw(pass, {UnlitItem(clockwise, fill)}).CountNot(0) > 0, isClockwiseSeen)
+                << static_cast<int>(cull);
+            EXPECT_EQ(Draw(pass, {UnlitItem(counter, fill)}).CountNot(0) > 0, isCounterSeen) << static_cast<int>(cull);
         }
     }
 }
@@ -236,21 +203,14 @@ TEST_P(Coverage, clears_color_and_depth_apart_and_only_inside_the_area)
 {
     Canvas canvas{Side, Side};
     driver_->SetTarget(canvas.View());
-    const auto draw = [&](float z, std::uint32_t color)
-    {
-        driver_->Begin(PixelPass(Side, Side));
-        driver_->Draw(UnlitItem(Quad(-10, 80, 80, -10, z, color)));
-        driver_->End();
-        driver_->Finish();
-    };
     driver_->Clear({true, true}, canvas.View().Bounds(), 0);
-    draw(0.25F, 0xFFFF0000);
+    Cover(0.25F, 0xFFFF0000);
     driver_->Clear({false, true}, {-100, -100, 20, 20}, 0x123456);
     driver_->Clear({true, false}, {40, 40, 1000, 1000}, 0x123456);
     driver_->Finish();
     EXPECT_EQ(canvas.At(10, 10), 0xFF0000U);
     EXPECT_EQ(canvas.At(50, 50), 0x123456U);
-    draw(0.75F, 0xFF00FF00);
+    Cover(0.75F, 0xFF00FF00);
     EXPECT_EQ(canvas.At(10, 10), 0x00FF00U) << "the depth was cleared here";
     EXPECT_EQ(canvas.At(30, 30), 0xFF0000U);
     EXPECT_EQ(canvas.At(50, 50), 0x123456U) << "the depth was kept here";
@@ -259,20 +219,15 @@ TEST_P(Coverage, clears_color_and_depth_apart_and_only_inside_the_area)
 
 TEST_P(Coverage, starts_a_new_target_with_the_farthest_depth)
 {
-    const auto quad = UnlitItem(Quad(-10, 80, 80, -10, 0.9F, White));
-    const auto nearer = UnlitItem(Quad(-10, 80, 80, -10, 0.1F, White));
-    Draw(PixelPass(Side, Side), {nearer});
+    Draw(PixelPass(Side, Side), {UnlitItem(Quad(-10, 80, 80, -10, 0.1F, White))});
     Canvas other{Side + 9, Side + 3};
     driver_->SetTarget(other.View());
     driver_->Clear({true, false}, other.View().Bounds(), 0);
-    driver_->Begin(PixelPass(Side, Side));
-    driver_->Draw(quad);
-    driver_->End();
-    driver_->Finish();
+    Cover(0.9F);
     EXPECT_EQ(other.CountNot(0), Side * Side);
 }
 
-// --- numbers that nobody should send ---
+// --- numbers that no caller should pass ---
 
 TEST_P(Coverage, draws_nothing_for_faces_without_area_or_with_numbers_that_are_none)
 {
@@ -298,10 +253,7 @@ TEST_P(Coverage, refuses_a_target_without_pixels_or_memory_and_keeps_the_old_one
     EXPECT_THROW(driver_->SetTarget({nullptr, 4, 4, 4}), RuntimeError);
     EXPECT_THROW(driver_->SetTarget({canvas.View().pixels, -4, 4, 4}), RuntimeError);
     driver_->Clear({true, true}, canvas.View().Bounds(), 0);
-    driver_->Begin(PixelPass(Side, Side));
-    driver_->Draw(UnlitItem(Quad(-10, 80, 80, -10, 0.5F, White)));
-    driver_->End();
-    driver_->Finish();
+    Cover(0.5F);
     EXPECT_EQ(canvas.CountNot(0), Side * Side);
 }
 
@@ -310,78 +262,29 @@ TEST_P(Coverage, draws_nothing_into_a_target_without_area)
     std::uint32_t pixel = 7;
     driver_->SetTarget({&pixel, 0, 5, 1});
     driver_->Clear({true, true}, {0, 0, 5, 5}, 0);
-    driver_->Begin(PixelPass(Side, Side));
-    driver_->Draw(UnlitItem(Quad(-10, 80, 80, -10, 0.5F, White)));
-    driver_->End();
-    driver_->Finish();
+    Cover(0.5F);
     EXPECT_EQ(pixel, 7U);
 }
 
 TEST_P(Coverage, survives_arbitrary_numbers)
 {
-    // Any 32 bits are a float: half of these are huge, tiny, infinite or none.
     std::mt19937 engine{99};
-    const auto strange = [&]() -> float
+    for (int round = 0; round < 600; ++round)
     {
-        const std::uint32_t bits = engine();
-        return bits % 3 == 0 ? std::bit_cast<float>(static_cast<std::uint32_t>(engine()))
-                             : static_cast<float>(bits % 200) / 10 - 10;
-    };
-    for (int round = 0; round < 300; ++round)
-    {
-        PassState pass = round % 2 == 0 ? PerspectivePass(Side, Side, {}) : PixelPass(Side, Side);
-        pass.filter = static_cast<TextureFilter>(engine() % 6);
-        pass.transparency = static_cast<Transparency>(engine() % 3);
-        pass.fog = {
-            static_cast<FogMode>(engine() % 4), {strange(), strange(), strange()}, strange(), strange(), strange()};
-        if (round % 5 == 0)
-            pass.cameraToClip.m[engine() % 4][engine() % 4] = strange();
-        LightState light;
-        light.kind = static_cast<LightKind>(engine() % 4);
-        light.position = {strange(), strange(), strange()};
-        light.direction = {strange(), strange(), strange()};
-        light.range = strange();
-        light.linearAttenuation = strange();
-        light.umbra = strange();
-        const std::vector<LightState> lights{light};
-        pass.lights = lights;
-        MeshMaker maker;
-        SurfaceMaterial material;
-        material.power = strange();
-        maker.Group(material, engine() % 2 == 0 ? Ramp(8, 8, 0x80) : nullptr);
-        for (int face = 0; face < 10; ++face)
-        {
-            std::vector<Corner> corners;
-            for (int corner = 0; corner < 3; ++corner)
-                corners.push_back({{strange(), strange(), strange()},
-                                   strange(),
-                                   strange(),
-                                   Vector{strange(), strange(), strange()},
-                                   static_cast<std::uint32_t>(engine())});
-            maker.Face(corners);
-        }
-        DrawItem item;
-        item.mesh = maker.Make();
-        item.fill = static_cast<FillStyle>(engine() % 3);
-        item.gouraud = engine() % 2 == 0;
-        item.world.m[engine() % 4][engine() % 3] = strange();
-        Draw(pass, {item});
+        std::vector<std::uint8_t> bytes(600);
+        for (std::uint8_t& byte : bytes)
+            byte = static_cast<std::uint8_t>(engine());
+        auto drawing = fuzz::StrangeDrawing::From({bytes.data(), bytes.size()});
+        drawing.pass.lights = drawing.lights;
+        Canvas canvas{drawing.width, drawing.height};
+        DrawPicture(*driver_, canvas, drawing.pass, drawing.items);
+        EXPECT_FALSE(canvas.IsMarginTouched());
     }
 }
 
-TEST_P(Coverage, survives_huge_numbers)
+TEST_P(Coverage, of_a_triangle_around_the_screen_is_the_screen)
 {
-    constexpr float Huge = 3e38F;
-    // The corner at the top left is far outside, and so are both others: the screen is inside.
     EXPECT_EQ(CountFaces({{{-1e6F, -1e6F, 0.5F}, {3e6F, -1e6F, 0.5F}, {-1e6F, 3e6F, 0.5F}}}), Side * Side);
-    DrawFaces({{{-Huge, -Huge, 0.5F}, {Huge, -Huge, 0.5F}, {0, Huge, 0.5F}}});
-    DrawFaces({{{-Huge, 5, -Huge}, {Huge, 10, Huge}, {0, Huge, 0.5F}}}, FillStyle::Wireframe);
-    PassState pass = PerspectivePass(Side, Side, {});
-    Draw(pass, {UnlitItem(OneFace({{-Huge, -Huge, Huge}, {0, Huge, -Huge}, {Huge, 0, Huge}}))});
-    pass.halfWidth = 1e300;
-    Draw(pass, {UnlitItem(OneFace({{-1, -1, 0}, {0, 1, 0}, {1, -1, 0}}))});
-    pass.halfWidth = std::nan("");
-    Draw(pass, {UnlitItem(OneFace({{-1, -1, 0}, {0, 1, 0}, {1, -1, 0}}))});
 }
 
 // --- perspective ---
@@ -456,38 +359,6 @@ TEST_P(Coverage, sees_what_rays_from_the_eye_hit_however_triangles_are_clipped)
 
 // --- lines and points ---
 
-TEST_P(Coverage, draws_one_pixel_per_step_of_a_line)
-{
-    // Expected by the rule itself in exact arithmetic: m whole with min <= m < max, minor rounded half up.
-    struct Line
-    {
-        Vector from, to;
-        std::vector<std::pair<int, int>> pixels;
-    };
-    const std::vector<Line> lines{
-        {{2, 3, 0.5F}, {6, 3, 0.5F}, {{2, 3}, {3, 3}, {4, 3}, {5, 3}}},
-        {{6, 3, 0.5F}, {2, 3, 0.5F}, {{2, 3}, {3, 3}, {4, 3}, {5, 3}}},
-        {{2, 3, 0.5F}, {6, 5, 0.5F}, {{2, 3}, {3, 4}, {4, 4}, {5, 5}}},
-        {{2.25F, 3, 0.5F}, {4.5F, 3, 0.5F}, {{3, 3}, {4, 3}}},
-        {{2.25F, 3, 0.5F}, {4.25F, 5, 0.5F}, {{3, 4}, {4, 5}}}, // as wide as high counts as wide
-        {{7, 2, 0.5F}, {5, 6, 0.5F}, {{7, 2}, {7, 3}, {6, 4}, {6, 5}}},
-        {{7.25F, 2.5F, 0.5F}, {7.5F, 2.5F, 0.5F}, {{7, 3}}}, // no whole column between: the nearest pixel
-    };
-    for (const Line& line : lines)
-    {
-        // A mesh whose only edge this is: drivers draw edges, not faces, in wireframe.
-        auto mesh = std::make_shared<DrawMesh>(*OneFace({line.from, line.to, {60, 60, 0.5F}}));
-        mesh->edges = {{0, 1, 0, DrawMesh::NoFace}};
-        mesh->groups[0].edgeCount = 1;
-        mesh->identity += 1U << 30;
-        const Canvas canvas = Draw(PixelPass(Side, Side), {UnlitItem(mesh, FillStyle::Wireframe)});
-        EXPECT_EQ(canvas.CountNot(0), static_cast<int>(line.pixels.size()))
-            << line.from.x << ", " << line.from.y << " to " << line.to.x << ", " << line.to.y;
-        for (const auto& [x, y] : line.pixels)
-            EXPECT_EQ(canvas.At(x, y), 0xFFFFFFU) << x << ", " << y;
-    }
-}
-
 TEST_P(Coverage, draws_lines_of_any_length_where_exact_arithmetic_puts_them)
 {
     // Short ones, and such as run through many tiles, in all directions; a scissor cuts them on all sides.
@@ -507,7 +378,8 @@ TEST_P(Coverage, draws_lines_of_any_length_where_exact_arithmetic_puts_them)
         const std::int64_t startX = below(Width - 20);
         const std::int64_t startY = below(Height - 20);
         const std::int64_t x[2] = {startX, isShort ? startX + below(20) : below(Width - 1)};
-        const std::int64_t y[2] = {startY, isShort ? startY + below(20) : below(Height - 1)};
+        const std::int64_t diagonal = startY + x[1] - startX; // as wide as high counts as wide
+        const std::int64_t y[2] = {startY, isShort ? (i % 5 == 0 ? diagonal : startY + below(20)) : below(Height - 1)};
         const int first = i % 2;
         for (const int end : {first, 1 - first})
             AppendVertex(*mesh, {static_cast<float>(x[end]) / Scale, static_cast<float>(y[end]) / Scale, 0.5F});
@@ -561,12 +433,8 @@ TEST_P(Coverage, draws_an_edge_once_however_many_faces_share_it)
     // A fold in the middle of a sheet, translucent: drawn twice it would be brighter than the other sides.
     MeshMaker maker;
     maker.color = HalfWhite;
-    const auto quad = [&](float left, float right)
-    {
-        maker.Face({{{left, 10, 0.5F}, 0, 0, {}, {}},
-                    {{right, 10, 0.5F}, 0, 0, {}, {}},
-                    {{right, 50, 0.5F}, 0, 0, {}, {}},
-                    {{left, 50, 0.5F}, 0, 0, {}, {}}});
+    const auto quad = [&](float left, float right) {
+        maker.Polygon({{left, 10, 0.5F}, {right, 10, 0.5F}, {right, 50, 0.5F}, {left, 50, 0.5F}});
     };
     quad(10, 30);
     quad(30, 55);

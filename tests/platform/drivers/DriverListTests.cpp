@@ -1,11 +1,9 @@
 // How drivers are found by position and by identifier.
-#include "platform/automation/RuntimeError.h"
 #include "platform/drivers/DriverList.h"
-#include "platform/drivers/reference/ReferenceDriver.h"
-
-#ifdef LUMORA_HAS_RGB_DRIVER
 #include "platform/drivers/StandardDrivers.h"
-#endif
+#include "platform/drivers/reference/ReferenceDriver.h"
+#include "platform/headless/DriverLists.h"
+#include "platform/hosts/Errors.h"
 
 #include <cstdio>
 #include <gtest/gtest.h>
@@ -16,22 +14,6 @@ namespace lumora::test
 
 namespace
 {
-
-template<typename Call>
-std::int32_t NumberRaisedBy(Call call)
-{
-    try
-    {
-        call();
-    }
-    catch (const RuntimeError& failure)
-    {
-        EXPECT_FALSE(failure.Source().empty());
-        EXPECT_FALSE(failure.Description().empty());
-        return failure.Number();
-    }
-    return 0;
-}
 
 TEST(DriverList, creates_the_first_driver_with_the_identifier)
 {
@@ -56,13 +38,26 @@ TEST(DriverList, refuses_positions_and_identifiers_that_it_does_not_have)
 {
     const DriverList empty;
     const DriverList one{{{"one", {1, 0, 0, {}}, "", "", [] { return MakeReferenceDriver(); }}}};
-    EXPECT_EQ(NumberRaisedBy([&] { empty.At(0); }), error::SubscriptOutOfRange);
-    EXPECT_EQ(NumberRaisedBy([&] { one.At(-1); }), error::SubscriptOutOfRange);
-    EXPECT_EQ(NumberRaisedBy([&] { one.At(1); }), error::SubscriptOutOfRange);
-    EXPECT_EQ(NumberRaisedBy([&] { static_cast<void>(one.Create({})); }), error::DDInvalidParams);
+    EXPECT_EQ(ErrorOf([&] { empty.At(0); }), error::SubscriptOutOfRange);
+    EXPECT_EQ(ErrorOf([&] { one.At(-1); }), error::SubscriptOutOfRange);
+    EXPECT_EQ(ErrorOf([&] { one.At(1); }), error::SubscriptOutOfRange);
+    EXPECT_EQ(ErrorOf([&] { static_cast<void>(one.Create({})); }), error::DDInvalidParams);
 }
 
-#ifdef LUMORA_HAS_RGB_DRIVER
+TEST(DriverList, of_a_machine_without_a_driver_keeps_the_others_working)
+{
+    const auto create = [] { return MakeReferenceDriver(); };
+    const Guid hal{1, 0, 0, {}};
+    const Guid rgb{2, 0, 0, {}};
+    const auto machine = headless::WithoutDriver(
+        std::make_shared<const DriverList>(std::vector<DriverList::Entry>{
+            {drivername::HAL, hal, "HAL", "hardware", create}, {drivername::RGB, rgb, "RGB", "software", create}}),
+        drivername::HAL);
+    ASSERT_EQ(machine->Count(), 1);
+    EXPECT_EQ(machine->At(0).identifierName, drivername::RGB);
+    EXPECT_NE(machine->Create(rgb), nullptr);
+    EXPECT_EQ(ErrorOf([&] { machine->Create(hal); }), error::DDInvalidParams);
+}
 
 std::string Written(const Guid& guid)
 {
@@ -102,11 +97,9 @@ TEST(StandardDrivers, creates_every_software_driver)
 TEST(StandardDrivers, says_that_there_is_no_hardware_where_there_is_none)
 {
     const std::int32_t number =
-        NumberRaisedBy([] { static_cast<void>(StandardDrivers()->Create(StandardDrivers()->At(0).guid)); });
+        ErrorOf([] { static_cast<void>(StandardDrivers()->Create(StandardDrivers()->At(0).guid)); });
     EXPECT_TRUE(number == 0 || number == error::DDNo3D) << number;
 }
-
-#endif
 
 } // namespace
 

@@ -30,32 +30,6 @@ Matrix4 Turned(double aboutY, double aboutX, Double3 place = {})
     return y * x;
 }
 
-DrawItem Item(Mesh mesh, const Matrix4& world = Matrix4::Identity())
-{
-    DrawItem item;
-    item.mesh = std::move(mesh);
-    item.world = world;
-    return item;
-}
-
-DrawItem Unlit(DrawItem item)
-{
-    item.lit = false;
-    return item;
-}
-
-DrawItem Flat(DrawItem item)
-{
-    item.gouraud = false;
-    return item;
-}
-
-DrawItem Filled(DrawItem item, FillStyle fill)
-{
-    item.fill = fill;
-    return item;
-}
-
 ScenePass Perspective(const CameraPlace& place = {})
 {
     ScenePass pass{PerspectivePass(SceneWidth, SceneHeight, place), {}, {}};
@@ -326,11 +300,11 @@ Passes Fogged(FogMode mode)
 
 // --- lines and points ---
 
-Passes WirePrism(CullMode cull)
+Passes WireCube(CullMode cull)
 {
     ScenePass pass = Perspective();
     pass.state.cull = cull;
-    return With(pass, {Unlit(Filled(Item(Prism(1.5F, 0.8F, 7, 0xFFFFFFA0), Turned(0.7, 0.5)), FillStyle::Wireframe))});
+    return With(pass, {Unlit(Filled(Item(Cube(1.3F), Turned(0.7, 0.5)), FillStyle::Wireframe))});
 }
 
 Passes FoggedFlatWireBall()
@@ -461,8 +435,8 @@ const std::vector<DriverScene>& DriverScenes()
         {"fog_linear", [] { return Fogged(FogMode::Linear); }, {}},
         {"fog_exponential", [] { return Fogged(FogMode::Exponential); }, {}},
         {"fog_exponential_squared", [] { return Fogged(FogMode::ExponentialSquared); }, {}},
-        {"wire_prism", [] { return WirePrism(CullMode::None); }, {}},
-        {"wire_prism_culled", [] { return WirePrism(CullMode::CounterClockwise); }, {}},
+        {"wire_cube", [] { return WireCube(CullMode::None); }, {}},
+        {"wire_cube_culled", [] { return WireCube(CullMode::CounterClockwise); }, {}},
         {"wire_ball_flat_fogged", FoggedFlatWireBall, {}},
         {"wires_through_the_eye", WiresThroughTheEye, {}},
         {"wires_translucent_blended", [] { return TranslucentWires(Transparency::Blended); }, {}},

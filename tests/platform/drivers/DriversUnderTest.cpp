@@ -1,31 +1,18 @@
 // The drivers of this library by name, for tests that each of them must pass.
 #include "platform/drivers/DriversUnderTest.h"
 
-#include "platform/drivers/reference/ReferenceDriver.h"
-#ifdef LUMORA_HAS_RGB_DRIVER
 #include "platform/drivers/ramp/RampDriver.h"
+#include "platform/drivers/reference/ReferenceDriver.h"
 #include "platform/drivers/rgb/RgbDriver.h"
-#endif
 
 namespace lumora::test
 {
 
 std::vector<NamedDriver> ProductionDrivers()
 {
-#ifdef LUMORA_HAS_RGB_DRIVER
     return {{"rgb", [] { return MakeRgbDriver({}); }, false},
-            {"rgb_one_thread",
-             []
-             {
-                 RgbOptions options;
-                 options.threads = 1;
-                 return MakeRgbDriver(options);
-             },
-             false},
+            {"rgb_one_thread", [] { return MakeRgbDriver({.threads = 1}); }, false},
             {"ramp", [] { return MakeRampDriver(); }, true}};
-#else
-    return {};
-#endif
 }
 
 std::vector<NamedDriver> ColorDrivers()

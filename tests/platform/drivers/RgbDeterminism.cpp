@@ -29,17 +29,7 @@ struct LargeScene
 
 DrawItem Placed(std::shared_ptr<const DrawMesh> mesh, Double3 place = {}, FillStyle fill = FillStyle::Solid)
 {
-    DrawItem item;
-    item.mesh = std::move(mesh);
-    item.world = Matrix4::FromAxes({0.8, 0, -0.6}, {0, 1, 0}, {0.6, 0, 0.8}, place);
-    item.fill = fill;
-    return item;
-}
-
-DrawItem Flat(DrawItem item)
-{
-    item.gouraud = false;
-    return item;
+    return Filled(Item(std::move(mesh), Matrix4::FromAxes({0.8, 0, -0.6}, {0, 1, 0}, {0.6, 0, 0.8}, place)), fill);
 }
 
 /// Two colors by turns, in a few distances, often in the same one.
@@ -110,16 +100,7 @@ std::vector<LargeScene> LargeScenes()
     };
 }
 
-std::vector<std::uint32_t> Pixels(const Canvas& canvas)
-{
-    std::vector<std::uint32_t> pixels;
-    for (int y = 0; y < canvas.Height(); ++y)
-        for (int x = 0; x < canvas.Width(); ++x)
-            pixels.push_back(canvas.At(x, y));
-    return pixels;
-}
-
-std::vector<std::uint32_t> Drawn(const LargeScene& scene, const RgbOptions& options)
+Canvas Drawn(const LargeScene& scene, const RgbOptions& options)
 {
     const std::unique_ptr<Driver> driver = MakeRgbDriver(options);
     Canvas canvas{Width, Height};
@@ -140,7 +121,7 @@ std::vector<std::uint32_t> Drawn(const LargeScene& scene, const RgbOptions& opti
     pass.cull = CullMode::CounterClockwise;
     pass.fog = {scene.fog, {0.5F, 0.6F, 0.7F}, 3, 9, 0.2};
     DrawPicture(*driver, canvas, pass, scene.items, 0x102030);
-    return Pixels(canvas);
+    return canvas;
 }
 
 std::vector<RgbOptions> Variants()
@@ -155,24 +136,16 @@ std::vector<RgbOptions> Variants()
     return variants;
 }
 
-std::size_t DifferentPixels(const std::vector<std::uint32_t>& a, const std::vector<std::uint32_t>& b)
-{
-    std::size_t different = 0;
-    for (std::size_t i = 0; i < a.size(); ++i)
-        different += a[i] != b[i] ? 1 : 0;
-    return different;
-}
-
 class RgbDeterminism : public ::testing::TestWithParam<LargeScene>
 {
 };
 
 TEST_P(RgbDeterminism, draws_the_same_bytes_with_any_threads_and_instructions)
 {
-    const std::vector<std::uint32_t> expected = Drawn(GetParam(), {1, false, SimdLevel::Plain});
-    EXPECT_GT(DifferentPixels(expected, std::vector<std::uint32_t>(expected.size(), 0x102030)), expected.size() / 20);
+    const Canvas expected = Drawn(GetParam(), {1, false, SimdLevel::Plain});
+    EXPECT_GT(expected.CountNot(0x102030), Width * Height / 20);
     for (const RgbOptions& options : Variants())
-        EXPECT_EQ(DifferentPixels(Drawn(GetParam(), options), expected), 0U)
+        EXPECT_EQ(CountDifferent(Drawn(GetParam(), options), expected), 0)
             << options.threads << " threads, level " << static_cast<int>(options.simd);
 }
 
@@ -185,9 +158,9 @@ class RgbLevels : public ::testing::TestWithParam<DriverScene>
 
 TEST_P(RgbLevels, draw_the_same_bytes)
 {
-    const auto expected = Pixels(DrawScene(*MakeRgbDriver({1, false, SimdLevel::Plain}), GetParam()));
+    const Canvas expected = DrawScene(*MakeRgbDriver({1, false, SimdLevel::Plain}), GetParam());
     for (const SimdLevel level : AvailableSimdLevels())
-        EXPECT_EQ(DifferentPixels(Pixels(DrawScene(*MakeRgbDriver({1, false, level}), GetParam())), expected), 0U)
+        EXPECT_EQ(CountDifferent(DrawScene(*MakeRgbDriver({1, false, level}), GetParam()), expected), 0)
             << "level " << static_cast<int>(level);
 }
 

@@ -70,6 +70,15 @@ bool Canvas::IsMarginTouched() const
     return false;
 }
 
+int CountDifferent(const Canvas& a, const Canvas& b)
+{
+    int different = 0;
+    for (int y = 0; y < a.Height(); ++y)
+        for (int x = 0; x < a.Width(); ++x)
+            different += a.At(x, y) != b.At(x, y) ? 1 : 0;
+    return different;
+}
+
 Channels ChannelsOf(std::uint32_t color)
 {
     const auto channel = [color](int shift) { return static_cast<int>((color >> shift) & 0xFFU); };

@@ -34,6 +34,9 @@ private:
     std::vector<std::uint32_t> pixels_;
 };
 
+/// Of two pictures of one size.
+int CountDifferent(const Canvas& a, const Canvas& b);
+
 /// The three channels of a color, for tests that compare them one by one.
 struct Channels
 {

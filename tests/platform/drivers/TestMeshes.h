@@ -1,11 +1,13 @@
 // Meshes and textures made by hand, for tests of drivers.
 #pragma once
 
-#include "platform/drivers/DrawMesh.h"
+#include "platform/drivers/Driver.h"
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
+#include <tuple>
 #include <vector>
 
 namespace lumora::test
@@ -17,11 +19,15 @@ struct Corner
     Vector position;
     float u = 0;
     float v = 0;
-    std::optional<Vector> normal;
-    std::optional<std::uint32_t> color; ///< instead of the maker's
+    std::optional<Vector> normal = {};
+    std::optional<std::uint32_t> color = {}; ///< instead of the maker's
 };
 
-/// Collects faces and compiles them. Faces are convex and clockwise seen from the front.
+/// Two ends, each by its coordinates, the lower one first.
+using EdgeKey = std::pair<std::tuple<float, float, float>, std::tuple<float, float, float>>;
+
+/// Compiles faces one by one; every corner becomes a vertex of its own. Faces are convex and clockwise seen from the
+/// front.
 class MeshMaker
 {
 public:
@@ -30,18 +36,22 @@ public:
     /// Faces added from now on belong to a new group.
     MeshMaker& Group(SurfaceMaterial material, std::shared_ptr<const TextureImage> texture = nullptr);
     MeshMaker& Face(const std::vector<Corner>& corners);
+    MeshMaker& Polygon(const std::vector<Vector>& positions);
     std::shared_ptr<const DrawMesh> Make() const;
 
 private:
-    struct GroupParts
-    {
-        SurfaceMaterial material;
-        std::shared_ptr<const TextureImage> texture;
-        std::vector<std::vector<Corner>> faces;
-    };
+    void AddVertex(const Corner& corner, Vector faceNormal);
+    void AddEdge(const std::vector<Corner>& corners, std::uint32_t side, std::uint32_t firstVertex);
 
-    std::vector<GroupParts> groups_;
+    DrawMesh mesh_;
+    std::map<EdgeKey, std::size_t> edgeOf_;
 };
+
+/// Items to draw; those of a mesh alone are lit, smooth and solid.
+DrawItem Item(std::shared_ptr<const DrawMesh> mesh, const Matrix4& world = Matrix4::Identity());
+DrawItem Unlit(DrawItem item);
+DrawItem Flat(DrawItem item);
+DrawItem Filled(DrawItem item, FillStyle fill);
 
 std::shared_ptr<const DrawMesh> OneFace(const std::vector<Vector>& corners, std::uint32_t color = 0xFFFFFFFF);
 
@@ -61,9 +71,6 @@ std::shared_ptr<const DrawMesh> Sphere(float radius, int rings, int segments, st
 /// A floor in the plane y 0 that faces up, of `cells` by `cells` squares; texture coordinates repeat per cell.
 std::shared_ptr<const DrawMesh> Floor(float halfSize, int cells, std::uint32_t color,
                                       std::shared_ptr<const TextureImage> texture = nullptr);
-
-/// A regular prism along z whose two ends are polygons of `sides` corners.
-std::shared_ptr<const DrawMesh> Prism(float radius, float halfLength, int sides, std::uint32_t color);
 
 /// Triangles strewn over a cube of +-`spread`, each at most `size` large, in colors of their own. The same for the
 /// same seed everywhere.

@@ -38,12 +38,10 @@ protected:
         const int height = std::max(1, static_cast<int>(pixelsHigh));
         PassState pass = PixelPass(width, height);
         pass.filter = filter;
-        DrawItem item;
-        item.mesh = Quad(-0.5F, static_cast<float>(pixelsHigh - 0.5), static_cast<float>(pixelsWide - 0.5), -0.5F, 0.5F,
-                         color, texture, repeat);
-        item.lit = false;
+        const auto mesh = Quad(-0.5F, static_cast<float>(pixelsHigh - 0.5), static_cast<float>(pixelsWide - 0.5), -0.5F,
+                               0.5F, color, texture, repeat);
         Canvas canvas{width, height};
-        DrawPicture(*driver_, canvas, pass, {item}, 0x00FF00);
+        DrawPicture(*driver_, canvas, pass, {Unlit(Item(mesh))}, 0x00FF00);
         return canvas;
     }
 };
@@ -171,38 +169,37 @@ TEST_P(Texture, adds_the_highlight_after_the_texel)
                 {{20, 0, 0.5F}, 1, 0, towardsEye, {}},
                 {{20, 20, 0.5F}, 1, 1, towardsEye, {}},
                 {{0, 20, 0.5F}, 0, 1, towardsEye, {}}});
-    DrawItem item;
-    item.mesh = maker.Make();
     PassState pass = PixelPass(16, 16);
     const std::vector<LightState> lights{AmbientLight(1), DirectionalLight({0, 0, 1})};
     pass.lights = lights;
     Canvas canvas{16, 16};
-    DrawPicture(*driver_, canvas, pass, {item});
+    DrawPicture(*driver_, canvas, pass, {Item(maker.Make())});
     EXPECT_EQ(canvas.At(8, 8), 0xFF8000U);
 }
 
-TEST_P(Texture, is_mapped_in_perspective)
+TEST_P(Texture, is_mapped_in_perspective_as_the_colors_between_corners_are)
 {
-    // On a floor, the texture's v is linear in depth, and depth is 1 / (distance below the horizon).
-    MeshMaker maker;
-    maker.Group({}, Ramp(1, 256));
-    maker.Face({{{-50, 0, 8}, 0, 0.75F, {}, {}},
-                {{50, 0, 8}, 0, 0.75F, {}, {}},
-                {{50, 0, 2}, 0, 0.25F, {}, {}},
-                {{-50, 0, 2}, 0, 0.25F, {}, {}}});
-    DrawItem item;
-    item.mesh = maker.Make();
-    item.lit = false;
+    // A floor from depth 2 to depth 8: v and color are linear in depth, which is 1 / (distance below the horizon).
     constexpr int Rows = 200;
-    Canvas canvas{Rows, Rows};
     PassState pass = PerspectivePass(Rows, Rows, {{0, 1, 0}, {0, 1, 1}, 1, 1, 50});
     pass.filter = TextureFilter::Nearest;
-    DrawPicture(*driver_, canvas, pass, {item}, 0x0000FF);
-    for (int y = 115; y < 148; ++y)
+    for (const auto& texture : {Ramp(1, 256), std::shared_ptr<const TextureImage>{}})
     {
-        const double depth = 1 / (2 * (y + 0.5) / Rows - 1);
-        const double v = 0.25 + 0.5 * (depth - 2) / 6;
-        EXPECT_NEAR(ChannelsOf(canvas.At(100, y)).green, std::floor(256 * v), 2) << y;
+        MeshMaker maker;
+        maker.Group({}, texture);
+        const std::uint32_t nearColor = texture ? White : Black;
+        maker.Face({{{-50, 0, 8}, 0, 0.75F, {}, White},
+                    {{50, 0, 8}, 0, 0.75F, {}, White},
+                    {{50, 0, 2}, 0, 0.25F, {}, nearColor},
+                    {{-50, 0, 2}, 0, 0.25F, {}, nearColor}});
+        Canvas canvas{Rows, Rows};
+        DrawPicture(*driver_, canvas, pass, {Unlit(Item(maker.Make()))}, 0x0000FF);
+        for (int y = 115; y < 148; ++y)
+        {
+            const double part = (1 / (2 * (y + 0.5) / Rows - 1) - 2) / 6;
+            const double expected = texture ? std::floor(256 * (0.25 + 0.5 * part)) : 255 * part;
+            EXPECT_NEAR(ChannelsOf(canvas.At(100, y)).green, expected, texture ? 2 : 1) << y;
+        }
     }
 }
 

@@ -3,6 +3,8 @@
 
 #include "platform/automation/RuntimeError.h"
 
+#include <gtest/gtest.h>
+
 namespace lumora
 {
 
@@ -18,6 +20,21 @@ std::int32_t ErrorOf(const auto& action)
     {
         return failure.Number();
     }
+}
+
+/// The RuntimeError that `action` raises; an error without number when it raises none, which fails the test.
+RuntimeError FailureOf(const auto& action)
+{
+    try
+    {
+        action();
+    }
+    catch (const RuntimeError& failure)
+    {
+        return failure;
+    }
+    ADD_FAILURE() << "no error";
+    return RuntimeError{0, "", ""};
 }
 
 } // namespace lumora
