@@ -1,10 +1,9 @@
 // Rays through frames, against closed forms.
-#include "platform/scenegraph/SceneDoubles.h"
+#include "platform/scenegraph/EditedScene.h"
 
 #include <array>
 #include <functional>
 #include <numbers>
-#include <random>
 
 namespace lumora
 {
@@ -68,63 +67,11 @@ TEST(RayPicks, take_and_give_coordinates_of_the_reference)
 namespace
 {
 
-// A scene that keeps changing, and what a ray meets in it by the plain way: every face of every mesh in the world.
-class ChangingScene
+// An edited scene, and what a ray meets in it by the plain way: every face of every mesh in the world.
+class PickedScene : public test::EditedScene
 {
 public:
-    explicit ChangingScene(unsigned seed) : random_(seed) { frames_.push_back(Frame::Make()); }
-
-    Frame& Root() { return *frames_.front(); }
-    float Number() { return std::normal_distribution<float>{}(random_); }
-    std::size_t Below(std::size_t count) { return std::uniform_int_distribution<std::size_t>{0, count - 1}(random_); }
-    const std::shared_ptr<Frame>& AnyFrame() { return frames_[Below(frames_.size())]; }
-
-    void Change()
-    {
-        const auto frame = AnyFrame();
-        switch (Below(9))
-        {
-        case 0:
-        case 1:
-            frames_.push_back(Frame::Make(frame));
-            frames_.back()->AddVisual(meshes_.empty() || Below(2) == 0 ? NewMesh() : meshes_[Below(meshes_.size())]);
-            break;
-        case 2: // may be a root that is put below another frame, or a frame on its own that becomes part of the scene
-            if (IsAcyclic(*AnyFrame(), *frame) && frame.get() != &Root())
-                AnyFrameNotBelow(*frame)->AddChild(frame);
-            break;
-        case 3:
-            if (const auto parent = frame->Parent(); parent && Below(3) == 0)
-                parent->DeleteChild(frame);
-            else if (!parent && frame.get() != &Root())
-                Root().AddChild(frame);
-            break;
-        case 4:
-            if (!frame->Visuals().empty())
-                frame->DeleteVisual(frame->Visuals().front());
-            break;
-        case 5:
-            if (!meshes_.empty())
-                meshes_[Below(meshes_.size())]->Translate(Number(), 0, 0);
-            break;
-        case 6:
-            if (!meshes_.empty())
-                AddTriangle(*meshes_[Below(meshes_.size())]);
-            break;
-        case 7: // mirrored and stretched, and now and then nothing or itself again
-            if (const std::size_t kind = Below(20); kind < 6)
-            {
-                const float scale = kind == 0 && frame.get() != &Root() ? 0 : 1;
-                frame->AddScale(CombineType::Replace, scale, scale, scale);
-            }
-            else
-                frame->AddScale(CombineType::Before, kind < 12 ? -1.1F : 0.9F, 1.2F, 0.9F);
-            break;
-        default:
-            frame->AddRotation(CombineType::After, {Number(), 1, Number()}, Number());
-            frame->SetPosition(frame->Parent(), Number() / 2, Number() / 2, Number() / 2);
-        }
-    }
+    using EditedScene::EditedScene;
 
     // Compares what a pick finds with the plain way.
     void Check(Frame& top)
@@ -172,38 +119,6 @@ private:
         bool isFound = false;
     };
 
-    static bool IsAcyclic(const Frame& below, const Frame& frame)
-    {
-        for (const Frame* above = &below; above != nullptr; above = above->Above())
-            if (above == &frame)
-                return false;
-        return true;
-    }
-
-    std::shared_ptr<Frame> AnyFrameNotBelow(const Frame& frame)
-    {
-        for (int i = 0; i < 20; ++i)
-            if (const auto& other = AnyFrame(); IsAcyclic(*other, frame))
-                return other;
-        return frames_.front();
-    }
-
-    void AddTriangle(MeshBuilder& mesh)
-    {
-        std::vector<Vector> corners;
-        for (int i = 0; i < 3; ++i)
-            corners.push_back({Number(), Number(), Number()});
-        mesh.AddFaces(corners, {}, std::vector<std::int32_t>{3, 0, 1, 2, 0});
-    }
-
-    std::shared_ptr<MeshBuilder> NewMesh()
-    {
-        meshes_.push_back(MeshBuilder::Make());
-        for (std::size_t i = Below(20); i < 20; ++i)
-            AddTriangle(*meshes_.back());
-        return meshes_.back();
-    }
-
     static void Collect(Frame& frame, Double3 o, Double3 d, std::vector<Expected>& expected)
     {
         const Matrix4& world = frame.WorldTransform();
@@ -212,15 +127,19 @@ private:
             {
                 const auto mesh = std::dynamic_pointer_cast<MeshBuilder>(visual);
                 const MeshGeometry shape = mesh->GetGeometry();
-                for (std::size_t face = 0; face < shape.faceList.size() / 4; ++face)
+                std::int32_t face = 0;
+                for (std::size_t first = 0; shape.faceList[first] != 0; ++face)
                 {
+                    const auto count = static_cast<std::size_t>(shape.faceList[first]);
                     const auto at = [&](std::size_t i)
                     {
-                        const auto vertex = static_cast<std::size_t>(shape.faceList[4 * face + 1 + i]);
-                        return TransformPoint(shape.vertices[vertex], world);
+                        const auto vertex = static_cast<std::size_t>(shape.faceList[first + 1 + i]);
+                        return TransformPoint(shape.vertices[vertex], world) - o;
                     };
-                    CollectTriangle({visual, frame.shared_from_this(), static_cast<std::int32_t>(face), 0, false},
-                                    {at(0) - o, at(1) - o, at(2) - o}, d, expected);
+                    for (std::size_t i = 2; i < count; ++i)
+                        CollectTriangle({visual, frame.shared_from_this(), face, 0, false}, {at(0), at(i - 1), at(i)},
+                                        d, expected);
+                    first += 1 + count;
                 }
             }
         for (const auto& child : frame.Children())
@@ -242,9 +161,6 @@ private:
             expected.push_back(hit);
     }
 
-    std::mt19937 random_;
-    std::vector<std::shared_ptr<Frame>> frames_;
-    std::vector<std::shared_ptr<MeshBuilder>> meshes_;
     std::size_t found_ = 0;
 };
 
@@ -254,13 +170,13 @@ TEST(RayPicks, find_what_a_plain_search_finds_while_the_scene_keeps_changing)
 {
     for (unsigned seed = 1; seed <= 6; ++seed)
     {
-        ChangingScene scene{seed};
+        PickedScene scene{seed};
         for (int step = 0; step < 400 && !HasFatalFailure(); ++step)
         {
             SCOPED_TRACE("seed " + std::to_string(seed) + ", step " + std::to_string(step));
             for (std::size_t changes = scene.Below(step % 50 == 0 ? 30 : 3); changes > 0; --changes)
-                scene.Change();
-            scene.Check(scene.Root());
+                scene.Edit();
+            scene.Check(*scene.Root());
             if (step % 3 == 0)
                 scene.Check(*scene.AnyFrame());
         }
