@@ -18,26 +18,45 @@ using testing::HasSubstr;
 struct Refusal
 {
     const char* name;
-    std::vector<std::string> arguments; // besides the output
+    std::vector<std::string> arguments; // @NAME is a file of that name in the test's folder
     int status;
-    const char* sentence; // a part of it
+    const char* sentence;            // a part of it
+    const char* output = "@out.png"; // empty: none
 };
 
 class RefusedCommandLine : public testing::TestWithParam<Refusal>
 {
+protected:
+    std::string Written(const std::string& argument) const
+    {
+        return argument.starts_with('@') ? folder_ / argument.substr(1) : argument;
+    }
+
+    const TemporaryFolder folder_;
 };
 
 TEST_P(RefusedCommandLine, is_answered_with_one_sentence_and_no_picture)
 {
-    const TemporaryFolder folder;
-    auto arguments = GetParam().arguments;
-    arguments.insert(arguments.end(), {"-o", folder / "out.png"});
+    const std::pair<const char*, std::string> files[] = {{"damaged.json", "{\n,}"},
+                                                         {"damaged.obj", std::string(1000, '\xFE')},
+                                                         {"misspelt.txt", "frame\nmoev 1 2\n"},
+                                                         {"refused.txt", "frame\nset FieldOfView=-1\nshot\n"},
+                                                         {"shot.txt", "shot\n"}};
+    for (const auto& [name, text] : files)
+        folder_.Write(name, text);
+    std::vector<std::string> arguments;
+    for (const std::string& argument : GetParam().arguments)
+        arguments.push_back(Written(argument));
+    if (*GetParam().output != 0)
+        arguments.insert(arguments.end(), {"-o", Written(GetParam().output)});
     const Outcome outcome = Render(arguments);
     EXPECT_EQ(outcome.status, GetParam().status);
     EXPECT_THAT(outcome.complaint, HasSubstr(GetParam().sentence));
     EXPECT_EQ(CountLines(outcome.complaint), 1u) << outcome.complaint;
     EXPECT_EQ(outcome.output, "");
-    EXPECT_THAT(folder.Names(), ElementsAre());
+    EXPECT_THAT(folder_.Names(), testing::SizeIs(std::size(files)));
+    for (const auto& [name, text] : files)
+        EXPECT_EQ(folder_.Read(name), text);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -71,37 +90,29 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"value_of_another_kind", {"--set", "Accumulate=perhaps"}, 2, "Accumulate"},
         Refusal{"value_out_of_range", {"--set", "CoolMode=4294967296"}, 2, "CoolMode"},
         Refusal{"value_the_platform_refuses", {"--set", "FieldOfView=-1"}, 1, "FieldOfView"},
-        Refusal{"model_missing", {"/nowhere/model.obj"}, 1, "/nowhere/model.obj"}),
+        Refusal{"model_missing", {"/nowhere/model.obj"}, 1, "/nowhere/model.obj"},
+        Refusal{"model_damaged", {"@damaged.obj"}, 1, "damaged.obj"}, Refusal{"output_missing", {}, 2, "--output", ""},
+        Refusal{"output_of_another_format", {}, 2, ".png", "@picture.jpg"},
+        Refusal{"output_without_ending", {}, 2, ".png", "@picture"},
+        Refusal{"output_with_two_numbers", {}, 2, "", "@a%d-%d.png"},
+        Refusal{"output_with_a_long_number", {}, 2, "", "@a%0123456789d.png"},
+        Refusal{"output_folder_missing", {}, 1, "does not exist", "@missing/out.png"},
+        Refusal{"settings_missing", {"--settings", "@missing.json"}, 1, "no file"},
+        Refusal{"settings_damaged", {"--settings", "@damaged.json"}, 1, "damaged.json:2:1: "},
+        Refusal{"settings_to_keep_damaged", {"--save-settings", "@damaged.json"}, 1, "damaged.json:2:1: "},
+        Refusal{"settings_folder_missing", {"--save-settings", "@missing/settings.json"}, 1, "cannot be written"},
+        Refusal{"settings_a_folder", {"--save-settings", "@."}, 1, "not a plain file"},
+        Refusal{"settings_of_a_failed_run", {"--set", "FieldOfView=-1", "--save-settings", "@new.json"}, 1, "Field"},
+        Refusal{"session_missing", {"--play", "@none.txt"}, 1, "There is no file"},
+        Refusal{"session_misspelt", {"--play", "@misspelt.txt"}, 1, "misspelt.txt:2: There is no action"},
+        Refusal{"session_refused", {"--play", "@refused.txt", "--size", "20x20"}, 1, "refused.txt:2: "},
+        Refusal{"session_with_turntable", {"--play", "@shot.txt", "--turntable"}, 2, "--play draws what the session"},
+        Refusal{"session_without_output", {"--play", "@shot.txt"}, 2, "--output is required", ""},
+        Refusal{"pick_of_one", {"--pick", "10"}, 2, "--pick needs", ""},
+        Refusal{"pick_of_three", {"--pick", "1,2,3"}, 2, "--pick needs", ""},
+        Refusal{"pick_not_finite", {"--pick", "nan,0"}, 2, "--pick needs", ""},
+        Refusal{"pick_far_outside", {"--pick", "0,16385"}, 2, "--pick needs", ""}),
     [](const auto& test) { return std::string{test.param.name}; });
-
-TEST(CommandLine, needs_a_name_for_the_picture)
-{
-    const Outcome outcome = Render({});
-    EXPECT_EQ(outcome.status, 2);
-    EXPECT_THAT(outcome.complaint, HasSubstr("--output"));
-    EXPECT_EQ(CountLines(outcome.complaint), 1u);
-}
-
-TEST(CommandLine, writes_pictures_under_names_of_pictures_alone)
-{
-    for (const char* name : {"picture.jpg", "picture", "a%d-%d.png", "a%0123456789d.png"})
-    {
-        const TemporaryFolder folder;
-        const Outcome outcome = Render({"-o", folder / name});
-        EXPECT_EQ(outcome.status, 2) << name;
-        EXPECT_EQ(CountLines(outcome.complaint), 1u) << outcome.complaint;
-        EXPECT_THAT(folder.Names(), ElementsAre());
-    }
-}
-
-TEST(CommandLine, says_when_the_folder_of_the_picture_is_missing)
-{
-    const TemporaryFolder folder;
-    const Outcome outcome = Render({"-o", folder / "missing/out.png"});
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_THAT(outcome.complaint, HasSubstr("does not exist"));
-    EXPECT_EQ(CountLines(outcome.complaint), 1u);
-}
 
 TEST(CommandLine, leaves_the_picture_before_alone_when_it_fails)
 {

@@ -37,13 +37,6 @@ const FramingOptions Views[] = {
     {{3, 4, -5}, {0.3F, -1, 0.2F}},
 };
 
-struct Size
-{
-    int width;
-    int height;
-};
-constexpr Size Sizes[] = {{640, 480}, {300, 900}, {512, 512}, {1600, 100}};
-
 // A point in the picture: x and y in -1..1 across the window, z the distance along the camera's direction.
 struct Projected
 {
@@ -65,70 +58,40 @@ Projected Project(Vector point, const Framing& framing, const FramingOptions& op
             Dot(seen, up) * onFrontPlane / framing.field * larger / options.height, z};
 }
 
-template<typename Check>
-void ForEveryCase(Check check)
+TEST(Framing, shows_the_whole_box_in_the_middle_and_fills_the_picture_with_it)
 {
     for (const Box& box : Boxes)
         for (FramingOptions options : Views)
-            for (const Size& size : Sizes)
+            for (const auto& [width, height] : {std::pair{640, 480}, {300, 900}, {512, 512}, {1600, 100}})
                 for (const bool orthographic : {false, true})
                 {
-                    options.width = size.width;
-                    options.height = size.height;
+                    options.width = width;
+                    options.height = height;
                     options.orthographic = orthographic;
                     SCOPED_TRACE(testing::Message()
                                  << "box to " << box.maximum.x << ", " << box.maximum.y << ", " << box.maximum.z
                                  << " direction " << options.direction.x << ", " << options.direction.y << ", "
-                                 << options.direction.z << " " << size.width << "x" << size.height
+                                 << options.direction.z << " " << width << "x" << height
                                  << (orthographic ? " orthographic" : " perspective"));
-                    check(box, options);
+                    const auto corners = stage::CornersOf(box);
+                    const Framing framing = stage::FramePoints(corners, corners, options);
+                    Projected low{1, 1, framing.back};
+                    Projected high{-1, -1, framing.front};
+                    for (const Vector& corner : corners)
+                    {
+                        const auto [x, y, z] = Project(corner, framing, options);
+                        low = {std::min(low.x, x), std::min(low.y, y), std::min(low.z, z)};
+                        high = {std::max(high.x, x), std::max(high.y, y), std::max(high.z, z)};
+                    }
+                    const double outermost = std::max({high.x, high.y, -low.x, -low.y});
+                    EXPECT_LT(outermost, 0.995);
+                    EXPECT_GT(outermost, 0.93);
+                    EXPECT_GT(low.z, framing.front);
+                    EXPECT_LT(high.z, framing.back);
+                    // The side that decides the distance has equal margins.
+                    const bool wide = high.x - low.x > high.y - low.y;
+                    EXPECT_NEAR(wide ? low.x + high.x : low.y + high.y, 0, 0.02);
                 }
-}
-
-TEST(Framing, shows_the_whole_box_and_fills_the_picture_with_it)
-{
-    ForEveryCase(
-        [](const Box& box, const FramingOptions& options)
-        {
-            const auto corners = stage::CornersOf(box);
-            const Framing framing = stage::FramePoints(corners, corners, options);
-            double outermost = 0;
-            for (const Vector& corner : corners)
-            {
-                const Projected there = Project(corner, framing, options);
-                EXPECT_LT(std::abs(there.x), 0.995);
-                EXPECT_LT(std::abs(there.y), 0.995);
-                EXPECT_GT(there.z, framing.front);
-                EXPECT_LT(there.z, framing.back);
-                outermost = std::max({outermost, std::abs(there.x), std::abs(there.y)});
-            }
-            EXPECT_GT(outermost, 0.93);
-        });
-}
-
-TEST(Framing, puts_the_box_in_the_middle)
-{
-    ForEveryCase(
-        [](const Box& box, const FramingOptions& options)
-        {
-            const auto corners = stage::CornersOf(box);
-            const Framing framing = stage::FramePoints(corners, corners, options);
-            double left = 1;
-            double right = -1;
-            double bottom = 1;
-            double top = -1;
-            for (const Vector& corner : corners)
-            {
-                const Projected there = Project(corner, framing, options);
-                left = std::min(left, there.x);
-                right = std::max(right, there.x);
-                bottom = std::min(bottom, there.y);
-                top = std::max(top, there.y);
-            }
-            // The side that decides the distance has equal margins.
-            const bool wide = right - left > top - bottom;
-            EXPECT_NEAR(wide ? left + right : bottom + top, 0, 0.02);
-        });
 }
 
 TEST(Framing, holds_the_box_however_it_turns)

@@ -3,7 +3,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <set>
 
 namespace lumora::tests
@@ -55,27 +54,43 @@ void ExpectFilled(const Foreground& found, int left, int top, int right, int bot
     EXPECT_EQ(found.count, (right - left) * (bottom - top));
 }
 
-TEST_F(ModelPicture, takes_a_given_camera_to_the_pixel)
+TEST_F(ModelPicture, takes_camera_and_settings_to_the_pixel)
 {
-    // Field 0.5 at front 1: at distance 5 half the picture is 2.5 units, one unit is 80 pixels of 400.
-    const Pixels pixels = Draw("rectangle.obj", {"--size", "400x300", "--camera", "0,0,-5,0,0,1,0,1,0"});
-    ExpectFilled(FindForeground(pixels), 200, 110, 280, 150);
-}
-
-TEST_F(ModelPicture, turns_with_the_camera)
-{
-    // Upside down: what was right and above is left and below.
-    const Pixels pixels = Draw("rectangle.obj", {"--size", "400x300", "--camera", "0,0,-5,0,0,1,0,-1,0"});
-    ExpectFilled(FindForeground(pixels), 120, 150, 200, 190);
-}
-
-TEST_F(ModelPicture, has_one_size_at_every_distance_in_orthographic_projection)
-{
-    for (const char* camera : {"0,0,-5,0,0,1,0,1,0", "0,0,-500,0,0,1,0,1,0"})
+    struct Row
     {
-        const Pixels pixels = Draw("rectangle.obj", {"--size", "400x300", "--projection", "orthographic", "--camera",
-                                                     camera, "--set", "FieldOfView=2"});
-        ExpectFilled(FindForeground(pixels), 200, 100, 300, 150);
+        const char* what;
+        const char* model;
+        std::vector<std::string> arguments;
+        int left, top, right, bottom;
+    };
+    const std::vector<std::string> flat{"--projection", "orthographic", "--set", "FieldOfView=2", "--camera"};
+    auto near = flat;
+    near.push_back("0,0,-5,0,0,1,0,1,0");
+    auto far = flat;
+    far.push_back("0,0,-500,0,0,1,0,1,0");
+    for (const auto& [what, model, arguments, left, top, right, bottom] : {
+             // Field 0.5 at front 1: at distance 5 half the picture is 2.5 units, one unit is 80 pixels of 400.
+             Row{"perspective", "rectangle.obj", {"--camera", "0,0,-5,0,0,1,0,1,0"}, 200, 110, 280, 150},
+             // What was right and above is left and below.
+             Row{"upside down", "rectangle.obj", {"--camera", "0,0,-5,0,0,1,0,-1,0"}, 120, 150, 200, 190},
+             Row{"orthographic", "rectangle.obj", near, 200, 100, 300, 150},
+             Row{"orthographic from afar", "rectangle.obj", far, 200, 100, 300, 150},
+             // Settings win over framing.
+             Row{"front view",
+                 "cube.obj",
+                 {"--view", "front", "--projection", "orthographic", "--set", "FieldOfView=4"},
+                 150,
+                 100,
+                 250,
+                 200},
+         })
+    {
+        SCOPED_TRACE(what);
+        auto more = arguments;
+        more.insert(more.end(), {"--size", "400x300", "--set", "BackColor=255"});
+        const Pixels pixels = Draw(model, more);
+        EXPECT_EQ(pixels.At(0, 0), 0xFF0000u); // red is the low byte of a control's colors
+        ExpectFilled(FindForeground(pixels), left, top, right, bottom);
     }
 }
 
@@ -104,14 +119,11 @@ TEST_F(ModelPicture, is_framed_from_a_corner_when_no_view_is_given)
     EXPECT_EQ(shades.count(pixels.At(0, 0)), 0u);
 }
 
-TEST_F(ModelPicture, gives_explicit_settings_precedence_over_framing)
+TEST_F(ModelPicture, is_the_same_when_exposed_and_has_edges_in_a_cool_mode)
 {
-    const std::vector<std::string> base{"--size", "300x200", "--view", "front", "--projection", "orthographic"};
-    auto arguments = base;
-    arguments.insert(arguments.end(), {"--set", "FieldOfView=3", "--set", "BackColor=255"});
-    const Pixels pixels = Draw("cube.obj", arguments);
-    EXPECT_EQ(pixels.At(0, 0), 0xFF0000u); // red is the low byte of a control's colours
-    ExpectFilled(FindForeground(pixels), 100, 50, 200, 150);
+    const std::vector<std::uint32_t> plain = Draw("cube.obj", {"--size", "120x90"}).colors;
+    EXPECT_EQ(Draw("cube.obj", {"--size", "120x90", "--expose"}).colors, plain);
+    EXPECT_NE(Draw("cube.obj", {"--size", "120x90", "--cool-mode", "1"}).colors, plain);
 }
 
 TEST_F(ModelPicture, has_soft_edges_when_anti_aliased)
@@ -127,24 +139,6 @@ TEST_F(ModelPicture, has_soft_edges_when_anti_aliased)
         EXPECT_GT(std::set(soft.colors.begin(), soft.colors.end()).size(), 3u);
         EXPECT_NEAR(FindForeground(soft).count, FindForeground(hard).count, 220);
     }
-}
-
-TEST_F(ModelPicture, is_the_same_when_exposed)
-{
-    const std::vector<std::string> base{"--size", "120x90"};
-    const Pixels direct = Draw("cube.obj", base);
-    auto arguments = base;
-    arguments.push_back("--expose");
-    EXPECT_EQ(Draw("cube.obj", arguments).colors, direct.colors);
-}
-
-TEST_F(ModelPicture, shows_edges_in_the_cool_modes)
-{
-    const std::vector<std::string> base{"--size", "120x90"};
-    const Pixels plain = Draw("cube.obj", base);
-    auto arguments = base;
-    arguments.insert(arguments.end(), {"--cool-mode", "1"});
-    EXPECT_NE(Draw("cube.obj", arguments).colors, plain.colors);
 }
 
 TEST_F(ModelPicture, shows_several_models_side_by_side_at_the_same_size)
@@ -186,22 +180,6 @@ TEST_F(ModelPicture, is_written_for_every_frame_of_a_turntable)
     last.insert(last.end(), {"-o", folder / "last.png"});
     ASSERT_EQ(Render(last).status, 0);
     EXPECT_EQ(folder.Read("last.png"), folder.Read("t02.png"));
-}
-
-TEST_F(ModelPicture, counts_its_triangles)
-{
-    const Outcome outcome = Render({folder / "cube.obj", "-o", folder / "out.png", "--size", "40x30", "--stats"});
-    ASSERT_EQ(outcome.status, 0) << outcome.complaint;
-    EXPECT_EQ(nlohmann::json::parse(outcome.output).at("triangles"), 12);
-}
-
-TEST_F(ModelPicture, says_when_a_file_is_no_model)
-{
-    folder.Write("damaged.obj", std::string(1000, '\xFE'));
-    const Outcome outcome = Render({folder / "damaged.obj", "-o", folder / "out.png"});
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(CountLines(outcome.complaint), 1u) << outcome.complaint;
-    EXPECT_THAT(outcome.complaint, testing::HasSubstr("damaged.obj"));
 }
 
 } // namespace

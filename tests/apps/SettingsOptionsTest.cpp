@@ -11,7 +11,6 @@ namespace lumora::tests
 namespace
 {
 
-using testing::ElementsAre;
 using testing::HasSubstr;
 
 Outcome RenderSmall(const TemporaryFolder& folder, const std::string& picture, std::vector<std::string> more)
@@ -86,40 +85,6 @@ TEST(SettingsOptions, what_is_not_understood_is_a_warning)
     EXPECT_EQ(CountLines(outcome.complaint), 2U) << outcome.complaint;
     EXPECT_THAT(outcome.complaint, HasSubstr("settings.json:1: there is no property \"FeildOfView\""));
     EXPECT_THAT(outcome.complaint, HasSubstr("settings.json:2: the value of FillMode is not used"));
-}
-
-TEST(SettingsOptions, files_that_cannot_be_used_end_the_run_before_a_picture)
-{
-    struct Row
-    {
-        const char* option;
-        const char* file;
-        const char* sentence;
-    };
-    for (const Row& row :
-         {Row{"--settings", "missing.json", "no file"}, Row{"--settings", "damaged.json", "damaged.json:2:1: "},
-          Row{"--save-settings", "damaged.json", "damaged.json:2:1: "},
-          Row{"--save-settings", "missing/settings.json", "cannot be written"},
-          Row{"--save-settings", ".", "not a plain file"}})
-    {
-        const TemporaryFolder folder;
-        folder.Write("damaged.json", "{\n,}");
-        const Outcome outcome = RenderSmall(folder, "out.png", {row.option, folder / row.file});
-        EXPECT_EQ(outcome.status, 1);
-        EXPECT_THAT(outcome.complaint, HasSubstr(row.sentence));
-        EXPECT_EQ(CountLines(outcome.complaint), 1U) << outcome.complaint;
-        EXPECT_EQ(folder.Read("damaged.json"), "{\n,}");
-        EXPECT_THAT(folder.Names(), ElementsAre("damaged.json"));
-    }
-}
-
-TEST(SettingsOptions, a_run_that_fails_saves_nothing)
-{
-    const TemporaryFolder folder;
-    EXPECT_EQ(
-        RenderSmall(folder, "out.png", {"--set", "FieldOfView=-1", "--save-settings", folder / "settings.json"}).status,
-        1);
-    EXPECT_THAT(folder.Names(), ElementsAre());
 }
 
 } // namespace

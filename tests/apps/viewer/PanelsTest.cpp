@@ -37,7 +37,7 @@ protected:
         return tree_->findItems(name, Qt::MatchExactly | Qt::MatchRecursive).value(0);
     }
 
-    /// As a person would: find it, click on its value, type another.
+    /// As a user would: find it, click on its value, type another.
     void Enter(const QString& name, const QString& value)
     {
         auto* const search = window_->findChild<QLineEdit*>("search");
@@ -145,7 +145,7 @@ TEST_F(ViewerTest, settings_and_recent_files_are_found_again)
     window_->close();
     window_.reset();
     EXPECT_EQ(folder_.Read("settings/viewport.json").find("BackColor"), std::string::npos)
-        << "the scene's, not a person's";
+        << "the scene's, not a setting";
     Start();
     EXPECT_EQ(window_->View().FillMode(), D3DRMFILL_WIREFRAME);
     EXPECT_EQ(window_->View().KeyMoveForward(), tdlNavKeyDisable);
@@ -217,8 +217,8 @@ TEST_F(ViewerTest, the_about_box_opens_from_the_menu_and_closes_by_keyboard)
 {
     Start();
     QStringList lines;
-    QTimer person;
-    person.callOnTimeout(
+    QTimer user;
+    user.callOnTimeout(
         [&]
         {
             QWidget* const dialog = QApplication::activeModalWidget();
@@ -228,7 +228,7 @@ TEST_F(ViewerTest, the_about_box_opens_from_the_menu_and_closes_by_keyboard)
                 lines << label->text();
             QTest::keyClick(dialog, Qt::Key_Escape);
         });
-    person.start(10);
+    user.start(10);
     window_->findChild<QAction*>("about")->trigger(); // returns when the box is closed
     EXPECT_TRUE(lines.contains("3D Lumora Viewport")) << lines.join('|').toStdString();
     EXPECT_TRUE(lines.contains("Version 2.0.353"));
