@@ -1,6 +1,8 @@
 // What a procedure does when one of its steps fails.
 #include "platform/automation/Trap.h"
 
+#include "platform/hosts/Errors.h"
+
 #include <functional>
 #include <gtest/gtest.h>
 #include <stdexcept>
@@ -26,20 +28,6 @@ struct FlakyStep
     }
 };
 
-RuntimeError ErrorOf(const std::function<void()>& procedure)
-{
-    try
-    {
-        procedure();
-    }
-    catch (const RuntimeError& failure)
-    {
-        return failure;
-    }
-    ADD_FAILURE() << "no error";
-    return RuntimeError{0, "", ""};
-}
-
 } // namespace
 
 TEST(GeneralErrorHandler, sorts_error_numbers_into_three_kinds)
@@ -54,7 +42,7 @@ TEST(GeneralErrorHandler, sorts_error_numbers_into_three_kinds)
 TEST(Trap, raises_a_lasting_failure_at_once_under_its_own_name)
 {
     FlakyStep failing{1, error::ObjectNotSet};
-    const RuntimeError failure = ErrorOf([&] { Trap{"Viewport"}(std::ref(failing)); });
+    const RuntimeError failure = FailureOf([&] { Trap{"Viewport"}(std::ref(failing)); });
     EXPECT_EQ(failing.calls, 1);
     EXPECT_EQ(failure.Number(), error::ObjectNotSet);
     EXPECT_EQ(failure.Source(), "Viewport");
@@ -65,7 +53,7 @@ TEST(Trap, raises_a_lasting_failure_at_once_under_its_own_name)
 TEST(Trap, gives_up_on_an_error_that_stays_transient)
 {
     FlakyStep stubborn{1000, error::DivisionByZero};
-    const RuntimeError failure = ErrorOf([&] { Trap{"modSweep"}(std::ref(stubborn)); });
+    const RuntimeError failure = FailureOf([&] { Trap{"modSweep"}(std::ref(stubborn)); });
     EXPECT_EQ(stubborn.calls, MaximumRetries + 1);
     EXPECT_EQ(failure.Number(), error::DivisionByZero);
     EXPECT_TRUE(failure.RetriesExhausted());

@@ -16,43 +16,36 @@ const Variant Empty;
 
 } // namespace
 
-TEST(Variant, turns_into_whole_numbers_like_automation_does)
+TEST(Variant, turns_into_whole_numbers_like_automation_does_or_says_why_not)
 {
     struct Row
     {
         Variant value;
         std::int32_t whole;
+        std::int32_t number = 0; // of the error: a value without meaning is told from one out of range
     };
-    for (const auto& [value, whole] : {
+    for (const auto& [value, whole, number] : {
              Row{Empty, 0},
              Row{true, -1},
              Row{2.5F, 2},
              Row{3.5, 4},
              Row{std::string{"-12.5"}, -12},
              Row{std::string{"1e3"}, 1000},
+             Row{3e9, 0, error::Overflow},
+             Row{std::string{"2147483648"}, 0, error::Overflow},
+             Row{std::string{"1e999"}, 0, error::Overflow},
+             Row{std::string{"12 apples"}, 0, error::TypeMismatch},
+             Row{std::string{}, 0, error::TypeMismatch},
+             Row{std::string{"nan"}, 0, error::TypeMismatch},
+             Row{std::string{"inf"}, 0, error::TypeMismatch},
+             Row{SomeObject, 0, error::TypeMismatch},
+             Row{ObjectReference{}, 0, error::TypeMismatch},
          })
-        EXPECT_EQ(VariantToLong(value), whole) << value.index();
-}
-
-TEST(Variant, tells_a_value_without_meaning_from_one_out_of_range)
-{
-    struct Row
     {
-        Variant value;
-        std::int32_t number;
-    };
-    for (const auto& [value, number] : {
-             Row{3e9, error::Overflow},
-             Row{std::string{"2147483648"}, error::Overflow},
-             Row{std::string{"1e999"}, error::Overflow},
-             Row{std::string{"12 apples"}, error::TypeMismatch},
-             Row{std::string{}, error::TypeMismatch},
-             Row{std::string{"nan"}, error::TypeMismatch},
-             Row{std::string{"inf"}, error::TypeMismatch},
-             Row{SomeObject, error::TypeMismatch},
-             Row{ObjectReference{}, error::TypeMismatch},
-         })
-        EXPECT_EQ(ErrorOf([&tried = value] { VariantToLong(tried); }), number) << value.index();
+        std::int32_t converted = 0;
+        EXPECT_EQ(ErrorOf([&, &tried = value] { converted = VariantToLong(tried); }), number) << value.index();
+        EXPECT_EQ(converted, whole) << value.index();
+    }
 }
 
 TEST(Variant, is_true_when_it_is_a_number_other_than_zero)

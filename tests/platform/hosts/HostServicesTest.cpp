@@ -1,6 +1,7 @@
 // What the host offers besides its window: cursor, clock, members, notes, and failures on request.
 #include "platform/automation/Faults.h"
 #include "platform/headless/HeadlessHost.h"
+#include "platform/headless/MemoryPropertyBag.h"
 #include "platform/hosts/Errors.h"
 
 #include <gtest/gtest.h>
@@ -68,6 +69,25 @@ TEST(HeadlessHost, takes_its_faults_along)
         host.FailNext("Screen.Width", 1, 7);
     }
     EXPECT_EQ(ErrorOf([] { faults::Point("Screen.Width"); }), 0);
+}
+
+TEST(PropertyBag, keeps_only_what_differs_from_its_default)
+{
+    const auto picture = std::make_shared<Object>();
+    MemoryPropertyBag bag;
+    bag.WriteProperty("Back", 1000.0F, 1000);
+    bag.WriteProperty("Flag", true, -1);
+    bag.WriteProperty("Path", std::string{}, std::string{});
+    bag.WriteProperty("Icon", ObjectReference{}, ObjectReference{});
+    EXPECT_TRUE(bag.Entries().empty());
+    bag.WriteProperty("Speed", 1.571F, 1.571); // the nearest Single is not the Double
+    bag.WriteProperty("Icon", picture, ObjectReference{});
+    bag.WriteProperty("Text", std::string{"1"}, 1);
+    std::string names;
+    for (const auto& [name, value] : bag.Entries())
+        names += name + " ";
+    EXPECT_EQ(names, "Speed Icon Text ");
+    EXPECT_EQ(VariantToObject(bag.ReadProperty("Icon", {})), picture);
 }
 
 } // namespace lumora::headless

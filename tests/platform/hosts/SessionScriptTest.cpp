@@ -1,7 +1,6 @@
 // Written sessions as text: what is understood, and the sentences for what is not.
 #include "platform/headless/SessionScript.h"
 
-#include "platform/automation/RuntimeError.h"
 #include "platform/headless/HeadlessHost.h"
 #include "platform/hosts/Errors.h"
 #include "support/TemporaryFolder.h"
@@ -16,16 +15,7 @@ namespace
 
 RuntimeError ComplaintAbout(const std::string& text)
 {
-    try
-    {
-        ParseSession(text, "walk.txt");
-    }
-    catch (const RuntimeError& failure)
-    {
-        return failure;
-    }
-    ADD_FAILURE() << "understood: " << text;
-    return RuntimeError{0, "", ""};
+    return FailureOf([&] { ParseSession(text, "walk.txt"); });
 }
 
 } // namespace

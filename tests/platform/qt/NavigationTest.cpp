@@ -1,4 +1,4 @@
-// The same drags and keys as on the host in memory do the same to the camera in a window.
+// The same drags as on the host in memory do the same to the camera in a window.
 #include "camera/Schemes.h"
 #include "platform/qt/QtSession.h"
 
@@ -12,7 +12,7 @@ namespace lumora::test
 namespace
 {
 
-/// The desk's scene in a widget, and a person before it.
+/// The fixture's scene in a widget, and simulated input.
 class QtDesk : public DeskScene
 {
 public:
@@ -25,7 +25,6 @@ public:
     }
 
     Viewport& Control() { return widget_->viewport(); }
-    ViewportWidget& Widget() { return *widget_; }
 
     void Press(bool onPlate, Qt::KeyboardModifiers held)
     {
@@ -90,32 +89,6 @@ TEST(QtNavigation, drags_do_what_the_scheme_says)
             EXPECT_NEAR(desk.Control().FieldOfView(), field, 1e-5) << name;
         }
         desk.Release(modifiers);
-    }
-}
-
-TEST(QtNavigation, keys_combine_and_opposite_keys_share_their_component)
-{
-    QtDesk desk{Perspective};
-    desk.Control().SetKeyMoveForward(tdlNavKeyW);
-    desk.Control().SetKeyMoveBack(tdlNavKeyS);
-    desk.Control().SetKeyMoveRight(tdlNavKeyD);
-    struct Row
-    {
-        Qt::Key key;
-        bool goesDown;
-        Vector velocity;
-    };
-    for (const auto& [key, goesDown, velocity] : {Row{Qt::Key_W, true, {0, 0, 3}},
-                                                  {Qt::Key_D, true, {3, 0, 3}},
-                                                  {Qt::Key_D, false, {0, 0, 3}},
-                                                  {Qt::Key_S, true, {0, 0, -3}},
-                                                  {Qt::Key_W, false, {}}})
-    {
-        if (goesDown)
-            QTest::keyPress(&desk.Widget(), key);
-        else
-            QTest::keyRelease(&desk.Widget(), key);
-        EXPECT_EQ(VelocitiesOf(desk.Control()).movement, velocity) << static_cast<char>(key) << goesDown;
     }
 }
 

@@ -59,15 +59,6 @@ inline std::shared_ptr<Frame> HalfCoveredScene()
     return scene;
 }
 
-/// That a held key gives the camera.
-inline float ForwardSpeed(ViewportWidget& widget)
-{
-    Vector velocity;
-    tdlNavigationMethod method{};
-    widget.viewport().GetCameraVelocity(velocity.x, velocity.y, velocity.z, method);
-    return velocity.z;
-}
-
 inline bool Show(QWidget& widget)
 {
     widget.show();

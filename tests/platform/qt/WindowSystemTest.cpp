@@ -1,4 +1,4 @@
-// The widget in a window system, with a mouse and keys that another program moves: what a person would see and feel.
+// The widget in a window system, with a mouse and keys that another program moves: what a user would see and feel.
 #include "platform/qt/QtSession.h"
 
 #include <QCursor>
@@ -142,18 +142,6 @@ TEST_F(QtWindowSystem, clicks_and_keys_arrive_in_their_order)
     const QStringList expected{"down 1 0 60", "up", "click", "key 16 1", "key 49 1", "'!'", "keyup 16", "keyup 49"};
     Eventually([&] { return heard.size() >= expected.size(); });
     EXPECT_EQ(heard, expected) << heard.join(", ").toStdString();
-}
-
-TEST_F(QtWindowSystem, keys_go_up_when_another_window_takes_the_focus)
-{
-    widget_->setKeyMoveForward(tdlNavKeyW);
-    Do({"keydown", "w"});
-    ASSERT_TRUE(Eventually([&] { return ForwardSpeed(*widget_) == 3; }));
-    QWidget other;
-    ASSERT_TRUE(Show(other));
-    other.activateWindow();
-    EXPECT_TRUE(Eventually([&] { return ForwardSpeed(*widget_) == 0; }));
-    Do({"keyup", "w"});
 }
 
 #ifdef LUMORA_DESIGNER
