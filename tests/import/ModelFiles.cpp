@@ -67,9 +67,6 @@ void Visit(const std::shared_ptr<Frame>& frame, auto visit)
 
 void ImportTest::SetUp()
 {
-    std::string name = (fs::temp_directory_path() / "lumora-import-XXXXXX").string();
-    ASSERT_NE(mkdtemp(name.data()), nullptr);
-    folder_ = name;
     openFiles_ = CountOpenFiles();
 }
 
@@ -78,14 +75,12 @@ void ImportTest::TearDown()
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child process is left";
     EXPECT_EQ(errno, ECHILD);
     EXPECT_EQ(CountOpenFiles(), openFiles_);
-    fs::remove_all(folder_);
 }
 
-std::string ImportTest::Write(const std::string& name, std::string_view contents) const
+std::string ImportTest::Write(const std::string& name, const std::string& contents) const
 {
-    const fs::path path = folder_ / name;
-    std::ofstream(path, std::ios::binary).write(contents.data(), static_cast<std::streamsize>(contents.size()));
-    return path.string();
+    folder_.Write(name, contents);
+    return folder_ / name;
 }
 
 std::string ImportTest::WriteWorker(const std::string& body) const

@@ -3,6 +3,7 @@
 
 #include "import/Import.h"
 #include "platform/scenegraph/MeshBuilder.h"
+#include "support/TemporaryFolder.h"
 
 #include <array>
 #include <filesystem>
@@ -23,7 +24,7 @@ protected:
     void TearDown() override;
 
     /// Writes a file and answers its path.
-    std::string Write(const std::string& name, std::string_view contents) const;
+    std::string Write(const std::string& name, const std::string& contents) const;
 
     /// Writes a shell script that stands in for the worker; its first argument is the model, descriptor 3 the result.
     std::string WriteWorker(const std::string& body) const;
@@ -36,7 +37,7 @@ protected:
     };
     static Failure FailureOf(const std::string& path, const ImportOptions& options = {});
 
-    std::filesystem::path folder_;
+    const tests::TemporaryFolder folder_;
 
 private:
     std::size_t openFiles_ = 0;

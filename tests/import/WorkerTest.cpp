@@ -39,8 +39,8 @@ protected:
     /// A worker that starts another process, writes that one's number to `note` and waits for it.
     std::string WorkerWithChild() const
     {
-        return "sleep 1000 & echo $! >'" + (folder_ / "written").string() + "'; mv '" + (folder_ / "written").string() +
-               "' '" + (folder_ / "note").string() + "'\n";
+        return "sleep 1000 & echo $! >'" + folder_ / "written" + "'; mv '" + folder_ / "written" + "' '" +
+               folder_ / "note" + "'\n";
     }
 
     bool IsChildStarted() const { return std::filesystem::exists(folder_ / "note"); }
@@ -64,7 +64,7 @@ protected:
     std::string Capture(const std::string& path)
     {
         const std::string real = std::filesystem::read_symlink("/proc/self/exe").parent_path() / "lumora-import-worker";
-        const std::string copy = (folder_ / "captured").string();
+        const std::string copy = folder_ / "captured";
         ImportOptions options;
         options.workerPath = WriteWorker("'" + real + "' \"$1\"\nresult=$?\ncat <&3 >'" + copy + "'\nexit $result");
         ImportModel(path, options);
@@ -199,7 +199,7 @@ TEST_F(Worker, one_that_writes_without_end_is_stopped_by_the_file_limit)
 TEST_F(Worker, what_it_leaves_running_is_ended_and_its_result_is_taken)
 {
     Write("good", Capture(Model()));
-    const Failure failure = FailureWith("cat '" + (folder_ / "good").string() + "' >&3; " + WorkerWithChild());
+    const Failure failure = FailureWith("cat '" + folder_ / "good" + "' >&3; " + WorkerWithChild());
     EXPECT_EQ(failure.number, 0) << failure.description;
     ExpectChildEnds();
 }
@@ -207,7 +207,7 @@ TEST_F(Worker, what_it_leaves_running_is_ended_and_its_result_is_taken)
 TEST_F(Worker, one_that_is_missing_or_no_program_is_told)
 {
     ImportOptions options;
-    options.workerPath = (folder_ / "missing").string();
+    options.workerPath = folder_ / "missing";
     EXPECT_EQ(FailureOf(Model(), options).number, importerror::CannotStart);
     options.workerPath = Write("text", "no program");
     EXPECT_EQ(FailureOf(Model(), options).number, importerror::CannotStart) << "not executable";
