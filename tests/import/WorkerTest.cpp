@@ -54,8 +54,13 @@ protected:
         std::string number;
         std::string name;
         std::string state;
-        while (std::ifstream("/proc/" + process + "/stat") >> number >> name >> state && state != "Z")
+        for (int i = 0; i < 60000; ++i)
+        {
+            if (!(std::ifstream("/proc/" + process + "/stat") >> number >> name >> state) || state == "Z")
+                return;
             std::this_thread::sleep_for(milliseconds(1));
+        }
+        FAIL() << process << " still runs";
     }
 
     std::string Model() const { return Write("model.obj", AsObj(Tetrahedron())); }

@@ -2,7 +2,6 @@
 #include "platform/drivers/DriverList.h"
 #include "platform/drivers/StandardDrivers.h"
 #include "platform/drivers/reference/ReferenceDriver.h"
-#include "platform/headless/DriverLists.h"
 #include "platform/hosts/Errors.h"
 
 #include <cstdio>
@@ -42,21 +41,6 @@ TEST(DriverList, refuses_positions_and_identifiers_that_it_does_not_have)
     EXPECT_EQ(ErrorOf([&] { one.At(-1); }), error::SubscriptOutOfRange);
     EXPECT_EQ(ErrorOf([&] { one.At(1); }), error::SubscriptOutOfRange);
     EXPECT_EQ(ErrorOf([&] { static_cast<void>(one.Create({})); }), error::DDInvalidParams);
-}
-
-TEST(DriverList, of_a_machine_without_a_driver_keeps_the_others_working)
-{
-    const auto create = [] { return MakeReferenceDriver(); };
-    const Guid hal{1, 0, 0, {}};
-    const Guid rgb{2, 0, 0, {}};
-    const auto machine = headless::WithoutDriver(
-        std::make_shared<const DriverList>(std::vector<DriverList::Entry>{
-            {drivername::HAL, hal, "HAL", "hardware", create}, {drivername::RGB, rgb, "RGB", "software", create}}),
-        drivername::HAL);
-    ASSERT_EQ(machine->Count(), 1);
-    EXPECT_EQ(machine->At(0).identifierName, drivername::RGB);
-    EXPECT_NE(machine->Create(rgb), nullptr);
-    EXPECT_EQ(ErrorOf([&] { machine->Create(hal); }), error::DDInvalidParams);
 }
 
 std::string Written(const Guid& guid)
