@@ -189,6 +189,10 @@ std::vector<MemberRow<MeshBuilder>> MeshRows()
         Method("PreparePicking", "", &MeshBuilder::PreparePicking,
                "makes ready for fast picks what picks would make once they repeat"),
         Property("Quality", &MeshBuilder::GetQuality, &MeshBuilder::SetQuality, "the most a device draws of this mesh"),
+        Property(
+            "Obstacle", [](const MeshBuilder& mesh) { return static_cast<std::int32_t>(mesh.GetObstacle()); },
+            [](MeshBuilder& mesh, std::int32_t kind) { mesh.SetObstacle(static_cast<Obstacle>(kind)); },
+            "what of it stops the camera: 0 its box, 1 its faces, 2 nothing"),
     };
 }
 

@@ -80,7 +80,8 @@ void Viewport::PickScreenPointFixed(const std::shared_ptr<Frame>& frame, std::in
     NothingPicked = false;
     picked.PickedWorld = {};
     std::shared_ptr<PickedArray> hits;
-    trap([&] { hits = Required(frame).RayPick(frame, ray, RayPickFlags::BoundingBoxes); });
+    // Also what is no obstacle is picked.
+    trap([&] { hits = Required(frame).RayPick(frame, ray, RayPickFlags::AllBoxes); });
     if (!hits->HasPick(0))
         return;
     trap([&] { hits = frame->RayPick(frame, ray, RayPickFlags::Primitives); });

@@ -74,6 +74,26 @@ struct DrawList::Planes
     }
 };
 
+// What ends early, for want of memory or of an order, leaves the list to be built anew.
+class DrawList::RebuildUnlessDone
+{
+public:
+    explicit RebuildUnlessDone(DrawList& list) : list_(list) {}
+    ~RebuildUnlessDone()
+    {
+        if (!isDone_)
+            list_.RequireRebuild();
+    }
+    RebuildUnlessDone(const RebuildUnlessDone&) = delete;
+    RebuildUnlessDone& operator=(const RebuildUnlessDone&) = delete;
+
+    void IsDone() { isDone_ = true; }
+
+private:
+    DrawList& list_;
+    bool isDone_ = false;
+};
+
 DrawList::DrawList(Frame& root) : root_(root)
 {
     HasGained(root);
@@ -82,6 +102,7 @@ DrawList::DrawList(Frame& root) : root_(root)
 DrawList::~DrawList()
 {
     LosesFrames(root_);
+    RequireRebuild();
 }
 
 MeshBuilder* DrawList::MeshOf(const std::shared_ptr<Visual>& visual)
@@ -97,6 +118,27 @@ void DrawList::MarkStale(std::uint32_t place) noexcept
         return;
     isStale_[place] = 1;
     stale_.push_back(place); // AddLast made room
+}
+
+void DrawList::OnMeshChanged(std::uint32_t slot) noexcept
+{
+    Mesh& mesh = meshes_[slot];
+    if (mesh.isChanged)
+        return;
+    mesh.isChanged = true;
+    changedMeshes_.push_back(slot); // FreeSlot made room
+}
+
+// From now on meshes may go, or be edited on another thread, without a word to this list.
+void DrawList::RequireRebuild() noexcept
+{
+    mustRebuild_ = true;
+    for (Mesh& mesh : meshes_)
+    {
+        if (mesh.builder != nullptr)
+            mesh.builder->LeaveDrawList(*this);
+        mesh.builder = nullptr;
+    }
 }
 
 void DrawList::HasMoved(const Frame& frame) noexcept
@@ -120,7 +162,7 @@ void DrawList::HasGained(Frame& top)
     VisitFrames(top, take);
     if (mustRebuild_ || !hasVisuals)
         return;
-    mustRebuild_ = true; // should memory run out, too
+    RebuildUnlessDone adding{*this};
     if (!IsLast(top))
         return;
     const auto add = [&](Frame& frame)
@@ -130,7 +172,7 @@ void DrawList::HasGained(Frame& top)
                 AddLast(frame, *mesh);
     };
     VisitFrames(top, add);
-    mustRebuild_ = false;
+    adding.IsDone();
 }
 
 void DrawList::LosesFrames(Frame& top)
@@ -148,6 +190,7 @@ void DrawList::LosesFrames(Frame& top)
         areLightsStale_ = areLightsStale_ || !frame.lights_.empty();
     };
     VisitFrames(top, leave);
+    RebuildWhereWorn();
 }
 
 void DrawList::HasGained(Frame& frame, const std::shared_ptr<Visual>& visual)
@@ -155,12 +198,9 @@ void DrawList::HasGained(Frame& frame, const std::shared_ptr<Visual>& visual)
     MeshBuilder* mesh = MeshOf(visual);
     if (mesh == nullptr || mustRebuild_)
         return;
-    mustRebuild_ = true;
+    RebuildUnlessDone adding{*this};
     if (TakeVacant(frame, *mesh))
-    {
-        mustRebuild_ = false;
-        return;
-    }
+        return adding.IsDone();
     int budget = SearchBudget;
     for (const auto& child : frame.children_)
         if (IsVacantOrTaken(*child, budget))
@@ -168,7 +208,7 @@ void DrawList::HasGained(Frame& frame, const std::shared_ptr<Visual>& visual)
     if (!IsLast(frame))
         return;
     AddLast(frame, *mesh);
-    mustRebuild_ = false;
+    adding.IsDone();
 }
 
 void DrawList::Loses(const Frame& frame, const std::shared_ptr<Visual>& visual)
@@ -177,7 +217,10 @@ void DrawList::Loses(const Frame& frame, const std::shared_ptr<Visual>& visual)
         return;
     for (std::uint32_t place = frame.firstDrawn_; place != None; place = entries_[place].nextOfFrame)
         if (entries_[place].mesh != None && meshes_[entries_[place].mesh].builder == visual.get())
-            return Vacate(place);
+        {
+            Vacate(place);
+            return RebuildWhereWorn();
+        }
 }
 
 void DrawList::Vacate(std::uint32_t place)
@@ -185,16 +228,24 @@ void DrawList::Vacate(std::uint32_t place)
     Entry& entry = entries_[place];
     if (entry.mesh == None)
         return;
-    if (--meshes_[entry.mesh].uses == 0)
+    if (Mesh& mesh = meshes_[entry.mesh]; --mesh.uses == 0)
     {
-        meshes_[entry.mesh] = {};
+        mesh.builder->LeaveDrawList(*this);
+        const bool isListed = mesh.isChanged;
+        mesh = {};
+        mesh.isChanged = isListed;
         freeMeshes_.push_back(entry.mesh);
     }
     entry.mesh = None;
     MarkStale(place);
     ++vacant_;
+}
+
+void DrawList::RebuildWhereWorn() noexcept
+{
     constexpr std::size_t Few = 64;
-    mustRebuild_ = mustRebuild_ || vacant_ > Few + entries_.size() / 2;
+    if (!mustRebuild_ && vacant_ > Few + entries_.size() / 2)
+        RequireRebuild();
 }
 
 // A frame's new visual comes after its others, whose places must not lie behind the vacant one.
@@ -235,25 +286,31 @@ void DrawList::AddLast(Frame& frame, MeshBuilder& mesh)
     MarkStale(place);
 }
 
-// The mesh's own note is where it was in the list that asked last.
+std::uint32_t DrawList::FreeSlot()
+{
+    if (freeMeshes_.empty())
+    {
+        const auto added = static_cast<std::uint32_t>(meshes_.size());
+        meshes_.emplace_back();
+        changedMeshes_.reserve(meshes_.capacity());
+        freeMeshes_.reserve(meshes_.capacity());
+        freeMeshes_.push_back(added);
+    }
+    return freeMeshes_.back();
+}
+
 std::uint32_t DrawList::PlaceOfMesh(MeshBuilder& mesh)
 {
-    std::uint32_t place = mesh.drawPlace_;
-    if (place >= meshes_.size() || meshes_[place].builder != &mesh)
+    std::uint32_t place = mesh.SlotIn(*this);
+    if (place == None)
     {
-        if (freeMeshes_.empty())
-        {
-            freeMeshes_.reserve(meshes_.size() + 1);
-            freeMeshes_.push_back(static_cast<std::uint32_t>(meshes_.size()));
-            meshes_.emplace_back();
-        }
-        place = freeMeshes_.back();
+        place = FreeSlot();
+        mesh.drawn_.push_back({this, place});
         freeMeshes_.pop_back();
         Mesh& entry = meshes_[place];
         entry.builder = &mesh;
         entry.box = mesh.Bounds();
         entry.quality = mesh.Quality();
-        mesh.drawPlace_ = place;
     }
     ++meshes_[place].uses;
     return place;
@@ -296,6 +353,7 @@ bool DrawList::IsLast(const Frame& frame) const
 
 void DrawList::Rebuild()
 {
+    RebuildUnlessDone building{*this};
     entries_.clear();
     boxes_.clear();
     isStale_.clear();
@@ -303,6 +361,8 @@ void DrawList::Rebuild()
     blocks_.clear();
     meshes_.clear();
     freeMeshes_.clear();
+    changedMeshes_.clear();
+    materials_.clear();
     vacant_ = 0;
     const auto add = [&](Frame& frame)
     {
@@ -312,19 +372,19 @@ void DrawList::Rebuild()
                 AddLast(frame, *mesh);
     };
     VisitFrames(root_, add);
+    building.IsDone();
     mustRebuild_ = false;
 }
 
 // Where everything stands.
 
-// Looks at all meshes after one of them, or a material, changed.
 void DrawList::ReviewMeshes()
 {
-    if (knownChange_ == lastMeshChange)
-        return;
     bool isAnyReshaped = false;
-    for (Mesh& mesh : meshes_)
+    for (const std::uint32_t slot : changedMeshes_)
     {
+        Mesh& mesh = meshes_[slot];
+        mesh.isChanged = false;
         if (mesh.builder == nullptr)
             continue;
         mesh.isCompiled = false;
@@ -338,7 +398,35 @@ void DrawList::ReviewMeshes()
         for (std::uint32_t place = 0; place < entries_.size(); ++place)
             if (entries_[place].mesh != None && meshes_[entries_[place].mesh].isReshaped)
                 MarkStale(place);
-    knownChange_ = lastMeshChange;
+    for (const std::uint32_t slot : changedMeshes_)
+        meshes_[slot].isReshaped = false;
+    changedMeshes_.clear();
+}
+
+// Meshes look up for themselves whether it is one of theirs that changed.
+void DrawList::ReviewMaterials()
+{
+    bool isAnyChanged = false;
+    for (auto item = materials_.begin(); item != materials_.end();)
+    {
+        DrawnMaterial& drawn = item->second;
+        isAnyChanged = isAnyChanged || drawn.revision != drawn.material->Revision();
+        drawn.revision = drawn.material->Revision();
+        const bool isUnused = drawn.material.use_count() == 1;
+        item = isUnused ? materials_.erase(item) : std::next(item);
+    }
+    if (!isAnyChanged)
+        return;
+    for (Mesh& mesh : meshes_)
+        mesh.isCompiled = false;
+}
+
+void DrawList::NoteMaterials(const MeshBuilder& mesh)
+{
+    mesh.VisitMaterials(
+        [&](const std::shared_ptr<Material>& material) {
+            materials_.try_emplace(material.get(), DrawnMaterial{material, material->Revision()});
+        });
 }
 
 DrawList::WorldBox DrawList::WorldBoxOf(const Box& box, const Matrix4& world)
@@ -409,6 +497,7 @@ void DrawList::Refresh()
     if (mustRebuild_)
         Rebuild();
     ReviewMeshes();
+    ReviewMaterials();
     if (stale_.empty())
         return;
     if (stale_.size() > entries_.size() / 4) // in the order of memory
@@ -553,6 +642,7 @@ void DrawList::CompileSeen()
         mesh.compiled.reset(); // the builder's own goes first where it has changed
         mesh.compiled = mesh.builder->Compiled();
         mesh.triangleCount = mesh.compiled->TriangleCount();
+        NoteMaterials(*mesh.builder);
         mesh.isCompiled = true;
     }
 }

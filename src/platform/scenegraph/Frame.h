@@ -151,8 +151,10 @@ public:
     /// Visuals at and below this frame that a ray meets; `ray` is in `reference`'s coordinates.
     ///
     /// With Primitives, position is the point on the face in `reference`'s coordinates, one hit per face.
-    /// With BoundingBoxes, one hit per visual whose box (of its own axes) is met: position is (0, 0, t), t the distance
-    /// from the origin along the unit ray, 0 from within the box; the face index is 0.
+    /// With AllBoxes, one hit per visual whose box (of its own axes) is met: position is (0, 0, t), t the distance from
+    /// the origin along the unit ray to where it enters the box or, from within the box, leaves it; the face index is
+    /// 0. With BoundingBoxes, the same for visuals that stand in the way with their box; those that do so with their
+    /// faces have one hit where the ray meets the nearest of them, with its index, and those that do not have none.
     /// RMBadValue for a zero or not finite direction.
     std::shared_ptr<PickedArray> RayPick(const std::shared_ptr<Frame>& reference, const Ray& ray, RayPickFlags flags);
 

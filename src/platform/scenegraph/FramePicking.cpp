@@ -29,12 +29,27 @@ std::vector<std::shared_ptr<Frame>> PathTo(const Frame& top, Frame& holder)
     return path;
 }
 
-// Places on faces in the reference frame's coordinates; of boxes the distance alone.
+// What of a mesh a pick looks for, said in terms of obstacles.
+Obstacle SoughtOf(const MeshBuilder& mesh, RayPickFlags flags)
+{
+    switch (flags)
+    {
+    case RayPickFlags::BoundingBoxes:
+        return mesh.GetObstacle();
+    case RayPickFlags::AllBoxes:
+        return Obstacle::Box;
+    case RayPickFlags::Primitives:
+        break;
+    }
+    return Obstacle::Faces;
+}
+
+// Places on faces in the reference frame's coordinates; of boxes and obstacles the distance alone.
 class FramePick : public ScenePick
 {
 public:
     FramePick(std::shared_ptr<Frame> top, const PickQuery& query, const WorldRay& ownRay)
-        : ScenePick(std::move(top), query), onlyDistance_(query.flags == RayPickFlags::BoundingBoxes), ownRay_(ownRay)
+        : ScenePick(std::move(top), query), onlyDistance_(query.flags != RayPickFlags::Primitives), ownRay_(ownRay)
     {
     }
 
@@ -169,14 +184,18 @@ void ScenePick::OpenVisual(const Waiting& visual)
     const auto& entry = (*index_)[visual.reference];
     if (top_ != root_ && !IsBelowTop(*entry.frame))
         return;
-    const bool onlyBox = query_.flags == RayPickFlags::BoundingBoxes;
+    const Obstacle sought = SoughtOf(*entry.mesh, query_.flags);
+    if (sought == Obstacle::None)
+        return;
+    const bool onlyBox = sought == Obstacle::Box;
     const rays::DoubleBox box{entry.mesh->Bounds().minimum, entry.mesh->Bounds().maximum};
     const rays::Interval within =
         rays::Within(onlyBox ? box : box.Grown(rays::PickMargin(box)), LocalRay(visual.reference));
-    if (within.IsEmpty() || within.first > query_.limit)
+    const double distance = onlyBox && within.first == 0 ? within.last : within.first;
+    if (within.IsEmpty() || distance > query_.limit)
         return;
-    const Waiting found{within.first, visual.reference, onlyBox ? Kind::Hit : Kind::Mesh};
-    if (!onlyBox && (waiting_.empty() || within.first < waiting_.front().distance))
+    const Waiting found{distance, visual.reference, onlyBox ? Kind::Hit : Kind::Mesh};
+    if (!onlyBox && (waiting_.empty() || distance < waiting_.front().distance))
         OpenMesh(found); // its turn already
     else
         Push(found);
@@ -187,8 +206,9 @@ void ScenePick::OpenMesh(const Waiting& item)
     MeshBuilder& builder = *(*index_)[item.reference].mesh;
     const auto mesh = builder.Compiled();
     const rays::TriangleHit hit = builder.Rays().Nearest(*mesh, LocalRay(item.reference));
+    const bool hasMore = query_.flags == RayPickFlags::Primitives;
     if (hit.distance <= query_.limit && hit.distance < rays::Missed)
-        Push({hit.distance, item.reference, Kind::Hit, true, hit.triangle, mesh->triangleFace[hit.triangle]});
+        Push({hit.distance, item.reference, Kind::Hit, hasMore, hit.triangle, mesh->triangleFace[hit.triangle]});
 }
 
 // One hit for each face, the nearest of its triangles (which follow each other).
@@ -254,7 +274,7 @@ std::shared_ptr<PickedArray> Frame::RayPick(const std::shared_ptr<Frame>& refere
     faults::Point("Frame.RayPick");
     RequireFinite(Source, ray.direction);
     RequireFinite(Source, ray.origin);
-    if (flags != RayPickFlags::Primitives && flags != RayPickFlags::BoundingBoxes)
+    if (flags > RayPickFlags::AllBoxes)
         RaiseBadValue(Source, "There are no such flags of picking");
     const Double3 origin{ray.origin};
     const Double3 direction = UnitOf(ray.direction);

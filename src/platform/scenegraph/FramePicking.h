@@ -58,7 +58,7 @@ private:
         double distance = 0;
         std::uint32_t reference = 0; // to a node or an entry
         Kind kind = Kind::Node;
-        bool isFirst = false;       // hit of its mesh
+        bool isFirst = false;       // hit of its mesh, which may have more
         std::uint32_t triangle = 0; // of a hit
         std::uint32_t face = 0;
     };

@@ -23,7 +23,6 @@ void Material::SetPower(float power)
     RequireFiniteNotNegative(Source, {power});
     surface_.power = power;
     ++revision_;
-    ++lastMeshChange;
 }
 
 void Material::SetSpecular(float red, float green, float blue)
@@ -32,7 +31,6 @@ void Material::SetSpecular(float red, float green, float blue)
     RequireFiniteNotNegative(Source, {red, green, blue});
     surface_.specular = {red, green, blue};
     ++revision_;
-    ++lastMeshChange;
 }
 
 void Material::SetEmissive(float red, float green, float blue)
@@ -41,7 +39,6 @@ void Material::SetEmissive(float red, float green, float blue)
     RequireFiniteNotNegative(Source, {red, green, blue});
     surface_.emissive = {red, green, blue};
     ++revision_;
-    ++lastMeshChange;
 }
 
 } // namespace lumora

@@ -42,6 +42,16 @@ struct MeshGeometry
     std::vector<std::int32_t> faceList;
 };
 
+/// How a mesh stands in the way of rays that ask for obstacles (RayPickFlags::BoundingBoxes), the control's camera
+/// among them. Pictures and exact picks do not ask.
+enum class Obstacle : std::int32_t
+{
+    Box = 0,   ///< the box around it, along its own axes
+    Faces = 1, ///< its faces, from either side: a building to walk in, a terrain
+    None = 2,  ///< nothing of it: a sky's dome, a cockpit around the camera
+};
+
+class DrawList;
 class MeshBuilder;
 
 namespace rays
@@ -167,10 +177,25 @@ public:
     /// The most a device draws of this mesh; Gouraud at first.
     void SetQuality(std::uint32_t quality);
 
+    Obstacle GetObstacle() const { return obstacle_; }
+
+    /// Belongs to the mesh as its quality does: AddMeshBuilder copies no obstacle and Empty keeps it. RMBadValue for a
+    /// value that is none.
+    void SetObstacle(Obstacle obstacle);
+
     // Compiled form.
 
     /// Built at need and kept until the mesh or one of its materials changes.
     std::shared_ptr<const DrawMesh> Compiled();
+
+    /// Calls `visit` with each material of the compiled form; may meet one twice. For use within this library.
+    template<typename Visit>
+    void VisitMaterials(Visit&& visit) const
+    {
+        for (const GroupMaterial& group : groupMaterials_)
+            if (group.material)
+                visit(group.material);
+    }
 
     // Picking.
 
@@ -199,8 +224,19 @@ private:
         bool isInformed = false;
     };
 
+    // A list that draws this mesh, and under which number.
+    struct Drawn
+    {
+        DrawList* list;
+        std::uint32_t slot;
+    };
+
     MeshBuilder() = default;
+    void FinishPicks();
     void BeforeReshaping();
+    void NotifyDrawLists();
+    std::uint32_t SlotIn(const DrawList& list) const;
+    void LeaveDrawList(const DrawList& list) noexcept;
     void Changed();
     Watcher& WatcherOf(rays::SceneIndex& index);
     void EndWatch(const rays::SceneIndex& index);
@@ -217,12 +253,13 @@ private:
 
     MeshData data_;
     std::uint32_t quality_ = quality::Gouraud;
+    Obstacle obstacle_ = Obstacle::Box;
     std::uint32_t generation_ = 0; // of the faces: Empty ends one
     std::shared_ptr<const DrawMesh> compiled_;
     std::vector<GroupMaterial> groupMaterials_; // of compiled_
     rays::MeshRays rays_;
     std::vector<Watcher> watchers_;
-    std::uint32_t drawPlace_ = 0; // a DrawList's note
+    std::vector<Drawn> drawn_;
 };
 
 } // namespace lumora

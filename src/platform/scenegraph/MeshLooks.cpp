@@ -1,6 +1,7 @@
 // Mesh builders: colours, materials, textures, normals and quality; keeping the compiled form.
 #include "platform/automation/Faults.h"
 #include "platform/scenegraph/Checks.h"
+#include "platform/scenegraph/DrawList.h"
 #include "platform/scenegraph/MeshBuilder.h"
 #include "platform/scenegraph/MeshNormals.h"
 #include "platform/scenegraph/rays/SceneIndex.h"
@@ -246,7 +247,7 @@ void MeshBuilder::SetQuality(std::uint32_t quality)
     if ((quality & quality::FillMask) > quality::FillSolid)
         RaiseBadValue(Source, "There is no such fill mode");
     quality_ = quality;
-    ++lastMeshChange;
+    NotifyDrawLists();
 }
 
 // Picking.
@@ -255,6 +256,21 @@ void MeshBuilder::PreparePicking()
 {
     faults::Point("MeshBuilder.PreparePicking");
     rays_.Prepare(*Compiled());
+}
+
+void MeshBuilder::SetObstacle(Obstacle obstacle)
+{
+    faults::Point("MeshBuilder.SetObstacle");
+    if (obstacle < Obstacle::Box || obstacle > Obstacle::None)
+        RaiseBadValue(Source, "An obstacle is 0 for the mesh's box, 1 for its faces or 2 for nothing");
+    FinishPicks();
+    obstacle_ = obstacle;
+}
+
+void MeshBuilder::FinishPicks()
+{
+    for (std::size_t i = 0; i < watchers_.size(); ++i)
+        watchers_[i].index->BeforeChange();
 }
 
 // Before vertices or faces change: picks under way are finished, and scenes look at the box again.
@@ -283,11 +299,30 @@ void MeshBuilder::EndWatch(const rays::SceneIndex& index)
     std::erase_if(watchers_, [&](const Watcher& watcher) { return watcher.index == &index; });
 }
 
+// Drawing.
+
+void MeshBuilder::NotifyDrawLists()
+{
+    for (const Drawn& drawn : drawn_)
+        drawn.list->OnMeshChanged(drawn.slot);
+}
+
+std::uint32_t MeshBuilder::SlotIn(const DrawList& list) const
+{
+    const auto found = std::ranges::find(drawn_, &list, &Drawn::list);
+    return found != drawn_.end() ? found->slot : DrawList::None;
+}
+
+void MeshBuilder::LeaveDrawList(const DrawList& list) noexcept
+{
+    std::erase_if(drawn_, [&](const Drawn& drawn) { return drawn.list == &list; });
+}
+
 // Compiled form.
 
 void MeshBuilder::Changed()
 {
-    ++lastMeshChange;
+    NotifyDrawLists();
     compiled_.reset();
     rays_ = rays::MeshRays{};
 }

@@ -24,7 +24,8 @@ struct Ray
 enum class RayPickFlags : std::uint32_t
 {
     Primitives = 0,    ///< exact hits on faces
-    BoundingBoxes = 1, ///< bounding boxes only
+    BoundingBoxes = 1, ///< obstacles: bounding boxes only, but for meshes that say otherwise (Obstacle)
+    AllBoxes = 2,      ///< bounding boxes only, of every mesh
 };
 
 struct PickDescription

@@ -24,10 +24,6 @@ private:
     std::int32_t appData_ = 0;
 };
 
-/// Number of the last change, in the process, of any mesh or material that pictures show: who finds the number that it
-/// was needs to look at none of them.
-inline std::uint64_t lastMeshChange = 0;
-
 /// Something a frame shows.
 class Visual : public SceneObject
 {

@@ -1,8 +1,10 @@
 // What was drawn before never shows: after any edits a scene draws as one that was built that way.
 #include "platform/scenegraph/EditedScene.h"
 
+#include <atomic>
 #include <functional>
 #include <gtest/gtest.h>
+#include <thread>
 
 namespace lumora
 {
@@ -114,6 +116,45 @@ TEST(DrawnScenes, show_after_any_edits_what_a_fresh_scene_shows)
                     scene.Edit();
             }
         }
+}
+
+// The thread sanitizer watches. Materials and textures may be shared by threads as long as none edits them.
+TEST(DrawList, draws_while_another_thread_builds_and_edits_meshes_and_misses_no_edit_of_its_own)
+{
+    const auto shared = std::make_shared<Material>(5.0F);
+    std::atomic<bool> isDone{false};
+    std::shared_ptr<MeshBuilder> built;
+    std::thread loader{[&]
+                       {
+                           while (!isDone)
+                           {
+                               built = MakeCube(-0.3F, 0.3F);
+                               built->SetMaterial(shared);
+                               built->SetColor(0xFF00FF00);
+                               built->SetQuality(quality::Flat);
+                               built->Compiled();
+                               std::make_shared<Material>(1.0F)->SetEmissive(1, 0, 0);
+                           }
+                       }};
+    PixelDevice pixels;
+    const auto scene = Frame::Make();
+    const auto camera = Frame::Make(scene);
+    const auto mesh = MakeCube(-0.3F, 0.3F);
+    mesh->SetMaterial(shared);
+    scene->AddVisual(mesh);
+    camera->SetPosition(nullptr, 0, 0, -4);
+    auto before = pixels.Drawn(scene, camera);
+    for (int i = 0; i < 50; ++i)
+    {
+        mesh->SetColor(i % 2 == 0 ? 0xFFFF0000 : 0xFF0000FF);
+        auto after = pixels.Drawn(scene, camera);
+        EXPECT_NE(after, before) << i;
+        before = std::move(after);
+    }
+    isDone = true;
+    loader.join();
+    scene->AddVisual(built);
+    EXPECT_NE(pixels.Drawn(scene, camera), before) << "what was handed over";
 }
 
 } // namespace lumora

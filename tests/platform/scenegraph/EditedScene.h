@@ -72,6 +72,7 @@ public:
             [&] { mesh->SetColorRGB(0.5F, Number() * 0.1F + 0.5F, 0.5F); },
             [&] { mesh->SetQuality(Below(2) == 0 ? quality::Flat : quality::Gouraud); },
             [&] { material_->SetPower(static_cast<float>(Below(20))); },
+            [&] { mesh->SetObstacle(static_cast<Obstacle>(Below(3))); },
         };
         edits[Below(std::size(edits))]();
     }
