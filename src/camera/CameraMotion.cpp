@@ -1,5 +1,6 @@
 // The camera's operations: set, read, move, turn, zoom, and the step that follows every change.
 #include "camera/CameraMath.h"
+#include "camera/CameraUndo.h"
 #include "viewport/Names.h"
 #include "viewport/Viewport.h"
 
@@ -224,9 +225,11 @@ void Viewport::TranslateAlong(int axis, float& distance)
 void Viewport::MoveCameraAdvance(float& DistanceX, float& DistanceY, float& DistanceZ)
 {
     const Trap trap{Source};
+    CameraUndo undo{drawing_.CameraFrame};
     TranslateAlong(0, DistanceX);
     TranslateAlong(1, DistanceY);
     TranslateAlong(2, DistanceZ);
+    undo.Dismiss();
     trap([&] { UpdateCameraState(true); });
 }
 
@@ -236,35 +239,34 @@ void Viewport::MoveCameraGlide(float& DistanceX, float& DistanceY, float& Distan
     Orientation saved;
     Vector start;
     trap([&] { saved = Required(drawing_.CameraFrame).GetOrientation(drawing_.SceneFrame); });
+    CameraUndo undo{drawing_.CameraFrame};
     trap(
         [&]
         {
             const Orientation level = Levelled(saved);
             drawing_.CameraFrame->SetOrientation(drawing_.SceneFrame, level.direction, level.up);
         });
-    try
-    {
-        trap([&] { start = Required(drawing_.CameraFrame).GetPosition(drawing_.SceneFrame); });
-        TranslateAlong(0, DistanceX);
-        TranslateAlong(1, DistanceY);
-        TranslateAlong(2, DistanceZ);
-    }
-    catch (...)
-    {
-        // A move that fails half way must not leave the camera levelled.
-        IgnoringErrors(
-            [&] { Required(drawing_.CameraFrame).SetOrientation(drawing_.SceneFrame, saved.direction, saved.up); });
-        throw;
-    }
-    trap([&] { Required(drawing_.CameraFrame).SetOrientation(drawing_.SceneFrame, saved.direction, saved.up); });
+    trap([&] { start = drawing_.CameraFrame->GetPosition(drawing_.SceneFrame); });
+    TranslateAlong(0, DistanceX);
+    TranslateAlong(1, DistanceY);
+    TranslateAlong(2, DistanceZ);
+    trap([&] { drawing_.CameraFrame->SetOrientation(drawing_.SceneFrame, saved.direction, saved.up); });
     if (properties_.CollisionDetection)
-        trap(
-            [&]
-            {
-                if (ProbeRotationCollision())
-                    Required(drawing_.CameraFrame).SetPosition(drawing_.SceneFrame, start.x, start.y, start.z);
-            });
+        UndoGlideIntoObstacle(start);
+    undo.Dismiss();
     trap([&] { UpdateCameraState(true); });
+}
+
+// Levelled, the camera had room; as it really looks it may have none.
+void Viewport::UndoGlideIntoObstacle(Vector start)
+{
+    const Trap trap{Source};
+    std::shared_ptr<Frame> frame;
+    std::shared_ptr<MeshBuilder> mesh;
+    if (!IsTooNear(start, frame, mesh))
+        return;
+    trap([&] { Required(drawing_.CameraFrame).SetPosition(drawing_.SceneFrame, start.x, start.y, start.z); });
+    trap([&] { Collision.Raise(frame, mesh); });
 }
 
 void Viewport::RotateCameraAdvance(Vector rotation, Vector origin)
@@ -274,32 +276,27 @@ void Viewport::RotateCameraAdvance(Vector rotation, Vector origin)
     Vector saved;
     trap([&] { saved = Required(drawing_.CameraFrame).GetPosition(drawing_.SceneFrame); });
     trap([&] { savedOrientation = drawing_.CameraFrame->GetOrientation(drawing_.SceneFrame); });
-    trap([&] { drawing_.CameraFrame->SetPosition(drawing_.SceneFrame, origin.x, origin.y, origin.z); });
+    CameraUndo undo{drawing_.CameraFrame};
+    const auto place = [&](Vector to)
+    { trap([&] { drawing_.CameraFrame->SetPosition(drawing_.SceneFrame, to.x, to.y, to.z); }); };
     const auto turn = [&](Vector axis, float angle)
     {
         if (angle != 0)
             trap([&] { drawing_.CameraFrame->AddRotation(CombineType::Before, axis, angle); });
     };
-    try
-    {
-        turn({1, 0, 0}, rotation.x);
-        turn({0, 1, 0}, rotation.y);
-        turn({0, 0, 1}, rotation.z);
-    }
-    catch (...)
-    {
-        IgnoringErrors([&] { drawing_.CameraFrame->SetPosition(drawing_.SceneFrame, saved.x, saved.y, saved.z); });
-        throw;
-    }
-    trap([&] { drawing_.CameraFrame->SetPosition(drawing_.SceneFrame, saved.x, saved.y, saved.z); });
-    if (properties_.CollisionDetection)
+    place(origin);
+    turn({1, 0, 0}, rotation.x);
+    turn({0, 1, 0}, rotation.y);
+    turn({0, 0, 1}, rotation.z);
+    place(saved);
+    if (properties_.CollisionDetection && ProbeRotationCollision(saved))
         trap(
             [&]
             {
-                if (ProbeRotationCollision())
-                    Required(drawing_.CameraFrame)
-                        .SetOrientation(drawing_.SceneFrame, savedOrientation.direction, savedOrientation.up);
+                Required(drawing_.CameraFrame)
+                    .SetOrientation(drawing_.SceneFrame, savedOrientation.direction, savedOrientation.up);
             });
+    undo.Dismiss();
     trap([&] { UpdateCameraState(true); });
 }
 
@@ -310,45 +307,31 @@ void Viewport::RotateCameraGlide(Vector rotation, Vector origin)
     Vector start;
     trap([&] { saved = Required(drawing_.CameraFrame).GetOrientation(drawing_.SceneFrame); });
     trap([&] { start = drawing_.CameraFrame->GetPosition(drawing_.SceneFrame); });
-    const auto restore = [&]
-    {
-        Required(drawing_.CameraFrame).SetOrientation(drawing_.SceneFrame, saved.direction, saved.up);
-        drawing_.CameraFrame->SetPosition(drawing_.SceneFrame, start.x, start.y, start.z);
-    };
+    CameraUndo undo{drawing_.CameraFrame};
+    const auto place = [&](Vector to)
+    { trap([&] { Required(drawing_.CameraFrame).SetPosition(drawing_.SceneFrame, to.x, to.y, to.z); }); };
     const auto turn = [&](Vector axis, float angle)
     { trap([&] { drawing_.CameraFrame->AddRotation(CombineType::After, axis, angle); }); };
-    const Vector offset = start - origin;
-    trap([&] { drawing_.CameraFrame->SetPosition(drawing_.SceneFrame, offset.x, offset.y, offset.z); });
-    try
+    place(start - origin);
+    if (rotation.x != 0)
     {
-        if (rotation.x != 0)
-        {
-            Vector side;
-            trap([&] { side = Required(drawing_.RetainedMode).VectorRotate(saved.direction, saved.up, CameraPi / 2); });
-            turn(side, rotation.x);
-        }
-        if (rotation.y != 0)
-            turn({0, 1, 0}, rotation.y);
-        if (rotation.z != 0)
-            turn(saved.direction, rotation.z);
-        Vector turned;
-        trap([&] { turned = drawing_.CameraFrame->GetPosition(drawing_.SceneFrame); });
-        const Vector end = turned + origin;
-        trap([&] { drawing_.CameraFrame->SetPosition(drawing_.SceneFrame, end.x, end.y, end.z); });
+        Vector side;
+        trap([&] { side = Required(drawing_.RetainedMode).VectorRotate(saved.direction, saved.up, CameraPi / 2); });
+        turn(side, rotation.x);
     }
-    catch (...)
+    if (rotation.y != 0)
+        turn({0, 1, 0}, rotation.y);
+    if (rotation.z != 0)
+        turn(saved.direction, rotation.z);
+    Vector turned;
+    trap([&] { turned = drawing_.CameraFrame->GetPosition(drawing_.SceneFrame); });
+    place(turned + origin);
+    if (properties_.CollisionDetection && ProbeRotationCollision(start))
     {
-        // A turn that fails half way must not leave the camera displaced by the origin.
-        IgnoringErrors(restore);
-        throw;
+        trap([&] { Required(drawing_.CameraFrame).SetOrientation(drawing_.SceneFrame, saved.direction, saved.up); });
+        place(start);
     }
-    if (properties_.CollisionDetection)
-        trap(
-            [&]
-            {
-                if (ProbeRotationCollision())
-                    restore();
-            });
+    undo.Dismiss();
     trap([&] { UpdateCameraState(true); });
 }
 

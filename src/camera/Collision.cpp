@@ -1,5 +1,6 @@
 // How far the nearest obstacle lies in a direction: a grid of rays through the viewport.
 #include "camera/CameraMath.h"
+#include "camera/CameraUndo.h"
 #include "platform/automation/Numbers.h"
 #include "viewport/Names.h"
 #include "viewport/Viewport.h"
@@ -50,12 +51,14 @@ ProbeView ViewTowards(RetainedMode& vectors, const Orientation& camera, mudtDire
     return {{turned(forward, side, angle), turned(up, side, angle)}, upwards ? -front : front};
 }
 
-// How far a distance may be off by the rounding of Singles near this position. A camera that was stopped at exactly the
-// distance it keeps must not count as too near.
-float RoundingAt(Vector position)
+// How far a distance may be off by the rounding of Singles on the way from one position to another. A camera that was
+// stopped at exactly the distance it keeps must not count as too near.
+float RoundingBetween(Vector from, Vector to)
 {
     constexpr float Roundings = 8;
-    const float largest = std::max({1.0F, std::abs(position.x), std::abs(position.y), std::abs(position.z)});
+    float largest = 1;
+    for (const float coordinate : {from.x, from.y, from.z, to.x, to.y, to.z})
+        largest = std::max(largest, std::abs(coordinate));
     return Roundings * std::numeric_limits<float>::epsilon() * largest;
 }
 
@@ -83,7 +86,7 @@ void Viewport::ShortenByCollision(int axis, float& distance)
     trap([&] { Collision.Raise(frame, mesh); });
 }
 
-float Viewport::RayPickScreenPoint(std::int32_t X, std::int32_t Y, std::shared_ptr<Frame>& Frame,
+float Viewport::RayPickScreenPoint(std::int32_t X, std::int32_t Y, Vector look, std::shared_ptr<Frame>& Frame,
                                    std::shared_ptr<MeshBuilder>& MeshBuilder)
 {
     const Ray ray = RayThrough(X, Y, drawing_.SceneFrame);
@@ -93,7 +96,8 @@ float Viewport::RayPickScreenPoint(std::int32_t X, std::int32_t Y, std::shared_p
     const PickHit& nearest = hits->GetPick(0);
     MeshBuilder = std::dynamic_pointer_cast<lumora::MeshBuilder>(nearest.visual);
     Frame = nearest.framePath.back();
-    return nearest.description.position.z;
+    // A right-handed camera looks against its direction.
+    return nearest.description.position.z * static_cast<float>(std::abs(Dot(Double3{ray.direction}, Double3{look})));
 }
 
 float Viewport::ProbeGrid(std::int32_t Samples, std::shared_ptr<Frame>& Frame,
@@ -105,6 +109,7 @@ float Viewport::ProbeGrid(std::int32_t Samples, std::shared_ptr<Frame>& Frame,
     // A single sample looks through the centre.
     const auto along = [&](std::int32_t start, std::int32_t size, std::int32_t index)
     { return ToLong(start + size * (samples == 1 ? 0.5 : static_cast<double>(index) / (samples - 1))); };
+    const Vector look = Required(drawing_.CameraFrame).GetOrientation(drawing_.SceneFrame).direction;
     float nearest = NothingThere;
     for (std::int32_t column = 0; column < samples; ++column)
         for (std::int32_t row = 0; row < samples; ++row)
@@ -112,7 +117,7 @@ float Viewport::ProbeGrid(std::int32_t Samples, std::shared_ptr<Frame>& Frame,
             std::shared_ptr<lumora::Frame> frame;
             std::shared_ptr<lumora::MeshBuilder> mesh;
             const float distance = RayPickScreenPoint(along(client.Left, client.Width, column),
-                                                      along(client.Top, client.Height, row), frame, mesh);
+                                                      along(client.Top, client.Height, row), look, frame, mesh);
             if (distance >= nearest)
                 continue;
             nearest = distance;
@@ -137,35 +142,36 @@ float Viewport::ProbeCollision(std::int32_t Samples, mudtDirection Direction, st
     ProbeView view{};
     trap([&]
          { view = ViewTowards(Required(drawing_.RetainedMode), saved, Direction, properties_.FrontClippingPlane); });
-    const auto restoreOrientation = [&]
-    { drawing_.CameraFrame->SetOrientation(drawing_.SceneFrame, saved.direction, saved.up); };
-    trap(
-        [&] {
-            drawing_.CameraFrame->SetOrientation(drawing_.SceneFrame, view.orientation.direction, view.orientation.up);
-        });
-    try
-    {
-        trap([&] { drawing_.CameraFrame->AddTranslation(CombineType::After, 0, 0, view.shift); });
-        trap([&] { nearest = ProbeGrid(Samples, Frame, MeshBuilder); });
-        trap([&] { drawing_.CameraFrame->AddTranslation(CombineType::After, 0, 0, -view.shift); });
-    }
-    catch (...)
-    {
-        IgnoringErrors(restoreOrientation);
-        throw;
-    }
-    trap(restoreOrientation);
+    CameraUndo undo{drawing_.CameraFrame};
+    const auto orient = [&](const Orientation& to)
+    { trap([&] { drawing_.CameraFrame->SetOrientation(drawing_.SceneFrame, to.direction, to.up); }); };
+    const auto shift = [&](float along)
+    { trap([&] { drawing_.CameraFrame->AddTranslation(CombineType::After, 0, 0, along); }); };
+    orient(view.orientation);
+    shift(view.shift);
+    trap([&] { nearest = ProbeGrid(Samples, Frame, MeshBuilder); });
+    shift(-view.shift);
+    orient(saved);
+    undo.Dismiss();
     return nearest;
 }
 
-bool Viewport::ProbeRotationCollision()
+bool Viewport::IsTooNear(Vector start, std::shared_ptr<Frame>& Frame, std::shared_ptr<MeshBuilder>& MeshBuilder)
+{
+    const Trap trap{Source};
+    float obstacle = 0;
+    Vector position;
+    trap([&] { obstacle = ProbeCollision(properties_.CollisionSamples, tdlDirForward, Frame, MeshBuilder); });
+    trap([&] { position = Required(drawing_.CameraFrame).GetPosition(drawing_.SceneFrame); });
+    return obstacle < properties_.CollisionDistance - RoundingBetween(start, position);
+}
+
+bool Viewport::ProbeRotationCollision(Vector start)
 {
     const Trap trap{Source};
     std::shared_ptr<Frame> frame;
     std::shared_ptr<MeshBuilder> mesh;
-    float obstacle = 0;
-    trap([&] { obstacle = ProbeCollision(properties_.CollisionSamples, tdlDirForward, frame, mesh); });
-    if (obstacle >= properties_.CollisionDistance - RoundingAt(camera_.Position))
+    if (!IsTooNear(start, frame, mesh))
         return false;
     trap([&] { Collision.Raise(frame, mesh); });
     return true;

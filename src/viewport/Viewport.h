@@ -320,6 +320,7 @@ private:
     void MoveCameraGlide(float& DistanceX, float& DistanceY, float& DistanceZ);
     void MoveCameraAdvance(float& DistanceX, float& DistanceY, float& DistanceZ);
     void TranslateAlong(int axis, float& distance);
+    void UndoGlideIntoObstacle(Vector start);
     void RotateCameraGlide(Vector rotation, Vector origin);
     void RotateCameraAdvance(Vector rotation, Vector origin);
 
@@ -331,9 +332,10 @@ private:
     void ShortenByCollision(int axis, float& distance);
     float ProbeCollision(std::int32_t Samples, mudtDirection Direction, std::shared_ptr<Frame>& Frame,
                          std::shared_ptr<MeshBuilder>& MeshBuilder);
-    bool ProbeRotationCollision();
+    bool IsTooNear(Vector start, std::shared_ptr<Frame>& Frame, std::shared_ptr<MeshBuilder>& MeshBuilder);
+    bool ProbeRotationCollision(Vector start);
     float ProbeGrid(std::int32_t Samples, std::shared_ptr<Frame>& Frame, std::shared_ptr<MeshBuilder>& MeshBuilder);
-    float RayPickScreenPoint(std::int32_t X, std::int32_t Y, std::shared_ptr<Frame>& Frame,
+    float RayPickScreenPoint(std::int32_t X, std::int32_t Y, Vector look, std::shared_ptr<Frame>& Frame,
                              std::shared_ptr<MeshBuilder>& MeshBuilder);
 
     // viewport/Picking.cpp

@@ -1,6 +1,10 @@
-// Obstacles as a person meets them: where the camera stops, what is undone, what the events name.
+// Obstacles as a walk meets them: where the camera stops, what is undone, what the events name.
 #include "camera/Space.h"
+#include "platform/automation/Faults.h"
 #include "viewport/LiveControl.h"
+
+#include <cstring>
+#include <set>
 
 using namespace lumora;
 using namespace lumora::test;
@@ -113,21 +117,47 @@ TEST(Collision, walls_stop_the_camera_in_all_six_directions_and_never_let_it_thr
             }
 }
 
+// The distance a wall keeps is that of the wall's plane, however many rays look and however slanted they are.
+TEST(Collision, every_number_of_samples_stops_a_glide_or_an_advance_at_the_same_place)
+{
+    for (const tdlNavigationMethod method : {tdlGlide, tdlAdvance})
+        for (const auto projection :
+             {D3DRMPROJECT_PERSPECTIVE, D3DRMPROJECT_ORTHOGRAPHIC, D3DRMPROJECT_RIGHTHANDPERSPECTIVE})
+            for (std::int32_t samples = 2; samples <= 9; ++samples)
+            {
+                Walker walker;
+                walker.control->SetProjectionType(projection);
+                walker.control->SetCollisionSamples(samples);
+                const float sign = projection == D3DRMPROJECT_RIGHTHANDPERSPECTIVE ? -1.0F : 1.0F;
+                walker.AddWall({0, 0, 0}, {0, 0, sign}, 10 + Front);
+                walker.control->AddCameraMovement({0, 0, 50}, method);
+                const std::string what = std::to_string(samples) + " samples, projection " + std::to_string(projection);
+                ExpectNear(walker.Position(), {0, 0, 10 - Distance}, what);
+                EXPECT_EQ(walker.hits.size(), 1U) << what;
+            }
+}
+
+// The second of two glides is stopped where the first one ended, not undone: roundings grow with the coordinates that
+// the camera comes from and goes to.
 TEST(Collision, a_level_glide_stops_like_an_advance_and_stays_where_it_stopped)
 {
+    int undone = 0;
     for (const Vector direction : {Vector{0, 0, 1}, Vector{1, 0, 0}, Vector{-0.6F, 0, 0.8F}, Vector{0, 0, -1}})
-        for (const float start : {0.0F, 123.456F, -4321.1F})
+        for (int i = 0; i < 50; ++i)
         {
             Walker walker;
-            const Pose pose{{start, 2, -start}, direction, {0, 1, 0}};
-            walker.Take(pose);
-            walker.AddWall(pose.position, direction, 10);
-            for (const float size : {0.7F, 0.7F, 5.0F, 20.0F, 0.2F})
+            const float room = 20 + 19.7F * static_cast<float>(i);
+            const Vector near = direction * (0.01F * static_cast<float>(i));
+            const bool outward = i % 2 == 0;
+            const Vector start = outward ? near : near - direction * room;
+            walker.Take({start, direction, {0, 1, 0}});
+            walker.AddWall(start, direction, room + Front + Distance);
+            for (const float size : {5.0F, 2000.0F, 0.2F})
                 walker.control->AddCameraMovement({0, 0, size}, tdlGlide);
-            ExpectNear(walker.Position(), pose.position + direction * (10 - Front - Distance), "at the wall", 1e-3F);
-            // The moves of 20 and 0.2 were stopped, once each.
-            EXPECT_EQ(walker.hits.size(), 2U) << direction.x << ", " << start;
+            const Vector off = walker.Position() - (start + direction * room);
+            undone += Dot(off, off) > 1e-6F || walker.hits.size() != 2 ? 1 : 0;
         }
+    EXPECT_EQ(undone, 0) << "of 200";
 }
 
 // A glide moves the levelled camera, and then the camera as it really looks must have room. The plate lies below what
@@ -141,8 +171,12 @@ TEST(Collision, a_glide_that_ends_too_near_to_what_the_camera_sees_is_undone)
     walker.control->AddCameraMovement({0, 0, 1}, tdlGlide);
     EXPECT_TRUE(walker.hits.empty());
     ExpectNear(walker.Position(), {0, 2, 1}, "room enough");
+    Vector atEvent;
+    walker.control->Collision.Connect([&](auto&...) { atEvent = walker.control->Camera()->GetPosition(walker.scene); });
+    faults::FailNext("Frame.SetPosition", 1, error::RMBadDevice); // tried again
     walker.control->AddCameraMovement({0, 0, 1.5F}, tdlGlide);
     ASSERT_EQ(walker.hits.size(), 1U);
+    ExpectNear(atEvent, {0, 2, 1}, "back before the event");
     EXPECT_EQ(walker.hits[0].first, plate);
     ExpectNear(walker.Position(), {0, 2, 1}, "undone");
     ExpectNear(walker.control->GetCameraOrientation().direction, pose.direction, "as it looked");
@@ -178,6 +212,8 @@ TEST(Collision, turns_that_end_in_front_of_an_obstacle_are_undone_and_others_are
     Walker walker;
     walker.Take({{0, 0, -10}});
     walker.AddWall({-10, 0, 0}, {1, 0, 0}, Front + 0.05F);
+    walker.control->Collision.Connect([](auto&...)
+                                      { faults::FailNext("Frame.SetOrientation", 1, error::RMBadDevice); });
     walker.control->AddCameraRotation(0, QuarterTurn, 0, 0, 0, 0, tdlGlide);
     EXPECT_EQ(walker.hits.size(), 1U);
     ExpectNear(walker.Position(), {0, 0, -10}, "back where it was");
@@ -205,22 +241,52 @@ TEST(Collision, as_many_rays_look_as_there_are_samples)
         }
 }
 
-TEST(Collision, a_camera_that_is_too_near_steps_back_and_one_within_a_box_backs_out)
+TEST(Collision, a_camera_that_is_too_near_steps_back)
 {
     Walker walker;
     walker.AddWall({0, 0, 0}, {0, 0, 1}, Front + 0.04F);
     const Vector moved = walker.control->AddCameraMovement({0, 0, 1}, tdlAdvance);
     EXPECT_NEAR(moved.z, 0.04F - Distance, 1e-4);
     EXPECT_NEAR(walker.Position().z, 0.04F - Distance, 1e-4);
+}
 
-    Walker inside;
-    const auto box = MeshBuilder::Make();
-    box->AddMeshBuilder(Square(0, 0, -5, 5, 0xFFFFFFFF));
-    box->AddMeshBuilder(Square(0, 0, 5, 5, 0xFFFFFFFF));
-    inside.scene->AddVisual(box);
-    inside.control->AddCameraMovement({0, 0, 2}, tdlAdvance);
-    EXPECT_NEAR(inside.Position().z, -Distance, 1e-4);
-    EXPECT_EQ(inside.hits.size(), 1U);
+// Walls in one mesh, at z -20, 5 and 20, and what a walk from between or before them meets.
+TEST(Collision, a_mesh_stands_in_the_way_with_its_box_its_faces_or_not_at_all)
+{
+    struct Row
+    {
+        const char* name;
+        Obstacle obstacle;
+        float from;
+        float to; // after a glide of 100
+        std::size_t hits;
+    };
+    constexpr float Kept = Front + Distance;
+    for (const auto& [name, obstacle, from, to, hits] :
+         {Row{"within the box", Obstacle::Box, 0, 20 - Kept, 1},
+          Row{"before the box", Obstacle::Box, -30, -20 - Kept, 1},
+          Row{"between the faces", Obstacle::Faces, 0, 5 - Kept, 1},
+          Row{"before the first face", Obstacle::Faces, -30, -20 - Kept, 1},
+          Row{"no obstacle", Obstacle::None, -30, 70, 0}})
+        for (const tdlNavigationMethod method : {tdlGlide, tdlAdvance})
+        {
+            Walker walker;
+            const auto room = MeshBuilder::Make();
+            room->AddMeshBuilder(Square(0, 0, -20, 5000, 0xFFFFFFFF));
+            room->AddMeshBuilder(Square(0, 0, 5, 5000, 0xFFFFFFFF));
+            room->AddMeshBuilder(Square(0, 0, 20, 5000, 0xFFFFFFFF));
+            room->SetObstacle(obstacle);
+            walker.scene->AddVisual(room);
+            walker.Take({{0, 0, from}});
+            walker.control->AddCameraRotation(0, 0.01F, 0, 0, 0, from, method);
+            EXPECT_NE(walker.control->GetCameraOrientation().direction, (Vector{0, 0, 1})) << name << ", turns";
+            walker.Take({{0, 0, from}});
+            walker.control->AddCameraMovement({0, 0, 100}, method);
+            ExpectNear(walker.Position(), {0, 0, to}, name, 1e-3F);
+            EXPECT_EQ(walker.hits.size(), hits) << name;
+            walker.Take({{0, 0, from}});
+            EXPECT_EQ(walker.control->Pick(tdlScene, 700, 700, true, true).PickedMeshbuilder, room) << name;
+        }
 }
 
 TEST(Collision, nothing_is_asked_when_it_is_off_or_nothing_moves)
@@ -233,6 +299,63 @@ TEST(Collision, nothing_is_asked_when_it_is_off_or_nothing_moves)
     walker.control->AddCameraMovement({0, 0, 3}, tdlAdvance);
     ExpectNear(walker.Position(), {0, 0, 3}, "through the wall");
     EXPECT_TRUE(walker.hits.empty());
+}
+
+// Each call on the platform fails once, then each operation for ever: the camera's frame has exactly its old transform.
+TEST(Collision, a_step_that_fails_leaves_the_camera_where_it_was)
+{
+    const Pose pose{{3.3F, 2.7F, -1.1F}, {0.48F, -0.64F, 0.6F}, {0.4F, 0.768F, 0.5F}};
+    using Step = std::function<void(Viewport&)>;
+    const std::pair<const char*, Step> steps[] = {
+        {"glide",
+         [](Viewport& control) {
+             control.AddCameraMovement({0, 0, -1}, tdlGlide);
+         }},
+        {"advance",
+         [](Viewport& control) {
+             control.AddCameraMovement({-1, 2, 1}, tdlAdvance);
+         }},
+        {"glide turn", [](Viewport& control) { control.AddCameraRotation(1, 2, 3, 5, 5, 5, tdlGlide); }},
+        {"advance turn", [](Viewport& control) { control.AddCameraRotation(1, 2, 3, 5, 5, 5, tdlAdvance); }},
+    };
+    const auto callsOf = [](Viewport& control, const Step& step)
+    {
+        faults::Record();
+        step(control);
+        auto calls = faults::Recorded();
+        faults::Clear();
+        return calls;
+    };
+    Walker walker;
+    walker.Take(pose);
+    walker.AddWall(pose.position, {0, 0, 1}, 40);
+    const auto& camera = walker.control->Camera();
+    const Matrix4 before = camera->LocalTransform();
+    const auto expectUndone = [&](const Step& step, const std::string& what)
+    {
+        EXPECT_THROW(step(walker.control.Control()), RuntimeError) << what;
+        faults::Clear();
+        EXPECT_EQ(std::memcmp(&before, &camera->LocalTransform(), sizeof before), 0) << what;
+        camera->AddTransform(CombineType::Replace, before);
+    };
+    const auto updating =
+        callsOf(walker.control.Control(), [](Viewport& control) { control.AddCameraMovement({}, tdlAdvance); });
+    for (const auto& [name, step] : steps)
+    {
+        auto calls = callsOf(walker.control.Control(), step);
+        camera->AddTransform(CombineType::Replace, before);
+        calls.resize(calls.size() - updating.size()); // the camera has moved by then
+        for (std::size_t call = 0; call < calls.size(); call += call < 20 || call + 20 > calls.size() ? 1 : 7)
+        {
+            faults::FailCall(static_cast<std::int64_t>(call), error::RMBadValue);
+            expectUndone(step, name + (", call " + std::to_string(call)) + ' ' + calls[call]);
+        }
+        for (const std::string& operation : std::set<std::string>{calls.begin(), calls.end()})
+        {
+            faults::FailNext(operation, 1000000, error::RMBadDevice);
+            expectUndone(step, name + (", for ever " + operation));
+        }
+    }
 }
 
 TEST(Collision, a_handler_that_throws_leaves_the_camera_facing_as_before)
