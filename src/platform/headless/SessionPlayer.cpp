@@ -13,6 +13,21 @@ namespace
 
 constexpr std::uint32_t StepTime = SessionScript::StepTime;
 
+// At and below a frame; returns whether there is such a mesh.
+bool SetObstacles(const Frame& frame, const ObstacleAction& action)
+{
+    bool isFound = false;
+    for (const auto& visual : frame.Visuals())
+        if (const auto mesh = std::dynamic_pointer_cast<MeshBuilder>(visual); mesh && mesh->Name() == action.mesh)
+        {
+            mesh->SetObstacle(action.obstacle);
+            isFound = true;
+        }
+    for (const auto& child : frame.Children())
+        isFound = SetObstacles(*child, action) || isFound;
+    return isFound;
+}
+
 } // namespace
 
 SessionPlayer::SessionPlayer(HostedViewport& hosted, TakeShot takeShot)
@@ -163,6 +178,14 @@ void SessionPlayer::Do(const CameraAction& action)
 void SessionPlayer::Do(const ViewAction& action)
 {
     control_.InitializeCameraPositionAndOrientation(action.view);
+}
+
+void SessionPlayer::Do(const ObstacleAction& action)
+{
+    const auto& scene = control_.Scene();
+    if (!scene || !SetObstacles(*scene, action))
+        throw RuntimeError{error::InvalidCall, "SessionPlayer",
+                           "The scene has no mesh of the name \"" + action.mesh + "\"; --events tells names"};
 }
 
 } // namespace lumora::headless

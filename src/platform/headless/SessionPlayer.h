@@ -45,6 +45,7 @@ private:
     void Do(const SetAction& action);
     void Do(const CameraAction& action);
     void Do(const ViewAction& action);
+    void Do(const ObstacleAction& action);
     void OnUpdatePositions();
     ScreenPoint OnScreen(ClientPoint point) const;
 

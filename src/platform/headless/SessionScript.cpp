@@ -257,6 +257,15 @@ SessionAction ParseView(const Words& words)
     return ViewAction{static_cast<tdlOrientation>(ChoiceIn(words[1], Views))};
 }
 
+SessionAction ParseObstacle(const Words& words)
+{
+    RequireCount(words, 2, 2);
+    static const std::vector<Choice> Kinds{{"box", static_cast<std::int32_t>(Obstacle::Box)},
+                                           {"faces", static_cast<std::int32_t>(Obstacle::Faces)},
+                                           {"none", static_cast<std::int32_t>(Obstacle::None)}};
+    return ObstacleAction{std::string{words[1]}, static_cast<Obstacle>(ChoiceIn(words[2], Kinds))};
+}
+
 constexpr Verb Verbs[] = {
     {"size", "size WIDTH HEIGHT", "the window's size in pixels; in the first line, from the start", ParseSize},
     {"moveto", "moveto X Y", "the mouse to a place in the window, pixels from its top-left", ParseMoveTo},
@@ -276,6 +285,7 @@ constexpr Verb Verbs[] = {
     {"camera", "camera PX PY PZ DX DY DZ UX UY UZ", "place the camera: position, direction, up", ParseCamera},
     {"view", "view front|rear|top|bottom|...", "look at the scene's origin from there, or from right or left",
      ParseView},
+    {"obstacle", "obstacle MESH box|faces|none", "what of the meshes of that name stops the camera", ParseObstacle},
 };
 
 const Verb& VerbNamed(std::string_view word)

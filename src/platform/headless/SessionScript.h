@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/math/Vector.h"
+#include "platform/scenegraph/MeshBuilder.h"
 #include "properties/Enumerations.h"
 #include "properties/PropertyTable.h"
 
@@ -105,9 +106,16 @@ struct ViewAction
     tdlOrientation view;
 };
 
+/// What of the scene's meshes of a name stands in the camera's way.
+struct ObstacleAction
+{
+    std::string mesh;
+    Obstacle obstacle;
+};
+
 using SessionAction =
     std::variant<ResizeAction, MoveByAction, MoveToAction, ButtonAction, ClickAction, KeyAction, AdvanceAction,
-                 AnimateAction, FrameAction, ShotAction, SetAction, CameraAction, ViewAction>;
+                 AnimateAction, FrameAction, ShotAction, SetAction, CameraAction, ViewAction, ObstacleAction>;
 
 struct SessionStep
 {

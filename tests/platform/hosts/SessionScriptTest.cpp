@@ -22,11 +22,12 @@ RuntimeError ComplaintAbout(const std::string& text)
 
 TEST(SessionScript, lines_become_actions_with_their_numbers)
 {
-    const SessionScript script = ParseSession("# a walk\r\n\r\nsize 800 600\npress middle 10 -20   # there\n"
-                                              "\tmove 5 -6 400\nkey down numpad5\nhold CTRL\nshot a.PNG\nshot\n"
-                                              "set FieldOfView=0.25\nview Rear\ncamera 1 2 3 0 0 1 0 1 0",
-                                              "walk.txt");
-    ASSERT_EQ(script.steps.size(), 10U);
+    const SessionScript script =
+        ParseSession("# a walk\r\n\r\nsize 800 600\npress middle 10 -20   # there\n"
+                     "\tmove 5 -6 400\nkey down numpad5\nhold CTRL\nshot a.PNG\nshot\n"
+                     "set FieldOfView=0.25\nview Rear\ncamera 1 2 3 0 0 1 0 1 0\nobstacle sky none",
+                     "walk.txt");
+    ASSERT_EQ(script.steps.size(), 11U);
     EXPECT_EQ(script.steps[0].line, 3);
     EXPECT_EQ(script.steps[9].line, 12);
     const auto press = std::get<ButtonAction>(script.steps[1].action);
@@ -39,6 +40,7 @@ TEST(SessionScript, lines_become_actions_with_their_numbers)
     EXPECT_EQ(std::get<SetAction>(script.steps[7].action).row->name, "FieldOfView");
     EXPECT_EQ(std::get<ViewAction>(script.steps[8].action).view, tdlRearView);
     EXPECT_EQ(std::get<CameraAction>(script.steps[9].action).position, (Vector{1, 2, 3}));
+    EXPECT_EQ(std::get<ObstacleAction>(script.steps[10].action).obstacle, Obstacle::None);
     EXPECT_EQ(script.UnnamedShots(), 1);
     EXPECT_EQ(script.InitialSize()->width, 800);
     EXPECT_FALSE(ParseSession("frame\nsize 8 6", "").InitialSize());
@@ -63,6 +65,7 @@ TEST(SessionScript, what_is_not_understood_is_named_with_its_line)
              Row{"set FieldOfVeiw=1", "did you mean \"FieldOfView\"?"},
              Row{"set ViewportState=1", "read-only"},
              Row{"camera 0 0 0 0 0 1 0 1 nan", "\"nan\" is no number"},
+             Row{"obstacle sky nothing", "did you mean \"none\"?"},
              Row{"shot ../a.png", "without folders"},
              Row{"shot a.gif", "name of a PNG file"},
              Row{"frame\x01", "bytes that are no text"},
