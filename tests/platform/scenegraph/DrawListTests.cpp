@@ -119,14 +119,14 @@ TEST(DrawnScenes, show_after_any_edits_what_a_fresh_scene_shows)
 }
 
 // The thread sanitizer watches. Materials and textures may be shared by threads as long as none edits them.
-TEST(DrawList, draws_while_another_thread_builds_and_edits_meshes_and_misses_no_edit_of_its_own)
+TEST(DrawnScenes, are_drawn_while_another_thread_builds_and_edits_meshes_and_miss_no_edit)
 {
     const auto shared = std::make_shared<Material>(5.0F);
     std::atomic<bool> isDone{false};
     std::shared_ptr<MeshBuilder> built;
     std::thread loader{[&]
                        {
-                           while (!isDone)
+                           do
                            {
                                built = MakeCube(-0.3F, 0.3F);
                                built->SetMaterial(shared);
@@ -134,7 +134,7 @@ TEST(DrawList, draws_while_another_thread_builds_and_edits_meshes_and_misses_no_
                                built->SetQuality(quality::Flat);
                                built->Compiled();
                                std::make_shared<Material>(1.0F)->SetEmissive(1, 0, 0);
-                           }
+                           } while (!isDone);
                        }};
     PixelDevice pixels;
     const auto scene = Frame::Make();
