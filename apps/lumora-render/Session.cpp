@@ -3,8 +3,8 @@
 
 #include "lumora-render/Output.h"
 #include "lumora-render/Progress.h"
+#include "platform/container/MemoryPropertyBag.h"
 #include "platform/drivers/StandardDrivers.h"
-#include "platform/headless/MemoryPropertyBag.h"
 #include "platform/headless/SessionPlayer.h"
 #include "platform/scenegraph/MeshBuilder.h"
 #include "stage/Placing.h"
@@ -50,7 +50,7 @@ Desk DeskFor(const Request& request, const headless::ResizeAction& largest)
 std::unique_ptr<headless::HostedViewport> HostFor(const Request& request, const std::vector<Setting>& stored,
                                                   const headless::ResizeAction& largest)
 {
-    headless::MemoryPropertyBag bag = ChosenSettings(request, stored);
+    MemoryPropertyBag bag = ChosenSettings(request, stored);
     // Pictures are drawn whatever a file says, and nobody sees the screen they are drawn on.
     bag.Set("Enabled", true);
     bag.Set("WaitForVSYNC", false);

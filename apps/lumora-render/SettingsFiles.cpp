@@ -18,9 +18,9 @@ StoredSettings ReadSettings(const std::string& path)
     return stored;
 }
 
-headless::MemoryPropertyBag ChosenSettings(const Request& request, const std::vector<Setting>& stored)
+MemoryPropertyBag ChosenSettings(const Request& request, const std::vector<Setting>& stored)
 {
-    headless::MemoryPropertyBag bag;
+    MemoryPropertyBag bag;
     for (const Setting& setting : stored)
         bag.Set(setting.row->name, setting.value);
     if (request.expose)
@@ -55,7 +55,7 @@ std::vector<std::string> SettingsKeeper::Keep(const Request& request, const std:
 {
     if (!bag_)
         return {};
-    headless::MemoryPropertyBag chosen = ChosenSettings(request, stored);
+    MemoryPropertyBag chosen = ChosenSettings(request, stored);
     const auto designed = headless::HostedViewport::AtDesignTime(std::make_shared<headless::HeadlessHost>(), chosen);
     for (const Setting& setting : request.settings)
         setting.row->write(designed->Control(), setting.value);

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "lumora-render/CommandLine.h"
-#include "platform/headless/MemoryPropertyBag.h"
+#include "platform/container/MemoryPropertyBag.h"
 #include "properties/JsonPropertyBag.h"
 
 #include <optional>
@@ -23,7 +23,7 @@ struct StoredSettings
 StoredSettings ReadSettings(const std::string& path);
 
 /// The file's values with the options of the command line over them; --set is not among these.
-headless::MemoryPropertyBag ChosenSettings(const Request& request, const std::vector<Setting>& stored);
+MemoryPropertyBag ChosenSettings(const Request& request, const std::vector<Setting>& stored);
 
 /// The file of --save-settings: looked at before the work, written after it.
 class SettingsKeeper

@@ -69,7 +69,7 @@ std::vector<Ray> RaysThrough(double radius, double from, std::size_t count, std:
 
 std::unique_ptr<headless::HostedViewport> ControlIn(const std::shared_ptr<Frame>& scene)
 {
-    headless::MemoryPropertyBag bag;
+    MemoryPropertyBag bag;
     bag.Set("Enabled", true);
     bag.Set("WaitForVSYNC", false);
     bag.Set("Direct3DDevice", std::int32_t{tdlDirect3DRGBDevice});

@@ -3,9 +3,9 @@
 #pragma once
 
 #include "platform/automation/DispatchTable.h"
+#include "platform/container/MemoryPropertyBag.h"
 #include "platform/container/Picture.h"
 #include "platform/directdraw/DirectDraw.h"
-#include "platform/headless/MemoryPropertyBag.h"
 #include "platform/scenegraph/RetainedMode.h"
 
 namespace lumora::automation
@@ -22,7 +22,7 @@ template<> inline constexpr const char* ClassNameOf<Texture> = "Texture";
 template<> inline constexpr const char* ClassNameOf<Picture> = "Picture";
 template<> inline constexpr const char* ClassNameOf<Surface> = "Surface";
 template<> inline constexpr const char* ClassNameOf<DirectDraw> = "DirectDraw";
-template<> inline constexpr const char* ClassNameOf<headless::MemoryPropertyBag> = "PropertyBag";
+template<> inline constexpr const char* ClassNameOf<MemoryPropertyBag> = "PropertyBag";
 template<> inline constexpr const char* ClassNameOf<RetainedMode> = "RetainedMode";
 template<> inline constexpr const char* ClassNameOf<DeviceContext> = "DeviceContext";
 template<> inline constexpr const char* ClassNameOf<Clipper> = "Clipper";

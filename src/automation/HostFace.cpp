@@ -35,14 +35,14 @@ std::shared_ptr<ViewportFace> HostFace::Carry(const std::function<void(Viewport&
 std::shared_ptr<ViewportFace> HostFace::CreateLive(const Bag& bag)
 {
     form_->SetUserMode(true);
-    headless::MemoryPropertyBag empty;
+    MemoryPropertyBag empty;
     return Carry([&](Viewport& control) { control.Load(bag ? *bag : empty); });
 }
 
 std::shared_ptr<ViewportFace> HostFace::CreateAtDesignTime(const Bag& bag)
 {
     form_->SetUserMode(false);
-    headless::MemoryPropertyBag empty;
+    MemoryPropertyBag empty;
     return Carry([&](Viewport& control) { control.Load(bag ? *bag : empty); });
 }
 
@@ -74,7 +74,7 @@ void HostFace::Load(const Bag& bag)
 
 HostFace::Bag HostFace::Save()
 {
-    auto bag = std::make_shared<headless::MemoryPropertyBag>();
+    auto bag = std::make_shared<MemoryPropertyBag>();
     RequiredControl().Save(*bag);
     return bag;
 }

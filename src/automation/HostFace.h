@@ -25,7 +25,7 @@ public:
     /// The control, or nothing before it was created.
     const std::shared_ptr<ViewportFace>& TheViewport() const { return viewport_; }
 
-    using Bag = std::shared_ptr<headless::MemoryPropertyBag>;
+    using Bag = std::shared_ptr<MemoryPropertyBag>;
 
     // Each creates the form's one control; error 5 when it has one. An absent bag is an empty one.
     std::shared_ptr<ViewportFace> CreateLive(const Bag& bag);

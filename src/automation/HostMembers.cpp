@@ -68,8 +68,7 @@ Rows LifeRows()
         Method("Load", "Bag", &HostFace::Load, "restores the control's settings"),
         Method("Save", "", &HostFace::Save, "the control's settings that differ from their defaults"),
         Method(
-            "CreateBag", "", [](HostFace&) { return std::make_shared<headless::MemoryPropertyBag>(); },
-            "an empty property bag"),
+            "CreateBag", "", [](HostFace&) { return std::make_shared<MemoryPropertyBag>(); }, "an empty property bag"),
         Method("Terminate", "", OnForm(&HeadlessHost::Close), "ends the control"),
         Property("RetainedMode", &HostFace::SceneFactory, "what creates frames, meshes and lights"),
         Property("UserMode", OnForm(&HeadlessHost::UserMode), OnForm(&HeadlessHost::SetUserMode),

@@ -28,7 +28,7 @@ std::size_t CountOf(const PixelView& pixels)
     return static_cast<std::size_t>(pixels.width) * static_cast<std::size_t>(pixels.height);
 }
 
-const headless::MemoryPropertyBag::Entry& EntryOf(const headless::MemoryPropertyBag& bag, std::int32_t index)
+const MemoryPropertyBag::Entry& EntryOf(const MemoryPropertyBag& bag, std::int32_t index)
 {
     if (index < 0 || static_cast<std::size_t>(index) >= bag.Entries().size())
         throw RuntimeError{error::SubscriptOutOfRange, "PropertyBag", "Subscript out of range: no such entry"};
@@ -84,9 +84,9 @@ const MemberTable<Object>& TableOf<Object>()
 }
 
 template<>
-const MemberTable<headless::MemoryPropertyBag>& TableOf<headless::MemoryPropertyBag>()
+const MemberTable<MemoryPropertyBag>& TableOf<MemoryPropertyBag>()
 {
-    using Bag = headless::MemoryPropertyBag;
+    using Bag = MemoryPropertyBag;
     static const MemberTable<Bag> table{
         "PropertyBag",
         {

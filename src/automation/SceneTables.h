@@ -28,7 +28,7 @@ template<> const MemberTable<Clipper>& TableOf<Clipper>();
 template<> const MemberTable<Animation>& TableOf<Animation>();
 template<> const MemberTable<PickedArray>& TableOf<PickedArray>();
 template<> const MemberTable<GeometryKernel>& TableOf<GeometryKernel>();
-template<> const MemberTable<headless::MemoryPropertyBag>& TableOf<headless::MemoryPropertyBag>();
+template<> const MemberTable<MemoryPropertyBag>& TableOf<MemoryPropertyBag>();
 template<> const MemberTable<Object>& TableOf<Object>();
 // clang-format on
 
@@ -46,6 +46,6 @@ struct Classes
 
 using EveryClass =
     Classes<Frame, MeshBuilder, Face, Light, Material, Texture, RetainedMode, Picture, Surface, DirectDraw,
-            headless::MemoryPropertyBag, DeviceContext, Clipper, Animation, PickedArray, GeometryKernel, Object>;
+            MemoryPropertyBag, DeviceContext, Clipper, Animation, PickedArray, GeometryKernel, Object>;
 
 } // namespace lumora::automation

@@ -18,7 +18,7 @@ struct Stage
 {
     Stage()
     {
-        headless::MemoryPropertyBag bag = UsualSettings();
+        MemoryPropertyBag bag = UsualSettings();
         bag.Set("CenterNavigation", true);
         bag.Set("KeyMoveForward", std::int32_t{tdlNavKeyW});
         bag.Set("KeyEncircleYCW", std::int32_t{tdlNavKeyE});

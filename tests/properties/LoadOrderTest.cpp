@@ -70,15 +70,15 @@ public:
         stored.WriteProperty(name, value, defaultValue);
     }
 
-    headless::MemoryPropertyBag stored;
+    MemoryPropertyBag stored;
     std::vector<std::string> asked;
     std::vector<std::string> written;
     std::function<void(std::string_view)> beforeRead;
 };
 
-headless::MemoryPropertyBag BagOfOtherValues()
+MemoryPropertyBag BagOfOtherValues()
 {
-    headless::MemoryPropertyBag bag;
+    MemoryPropertyBag bag;
     for (const PropertyRow& row : PropertyTable())
         if (row.saved)
             bag.Set(row.name, AnotherValue(row));
@@ -145,7 +145,7 @@ TEST(Load, starts_the_device_between_the_keys_it_needs_and_the_ones_that_reach_i
 
 TEST(Save, writes_in_its_own_order)
 {
-    headless::MemoryPropertyBag empty;
+    MemoryPropertyBag empty;
     const auto hosted = headless::HostedViewport::AtDesignTime(MakeHost(), empty);
     ObservedBag bag;
     hosted->Control().Save(bag);

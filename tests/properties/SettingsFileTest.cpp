@@ -46,7 +46,7 @@ std::unique_ptr<headless::HostedViewport> Designed(PropertyBag& bag)
 TEST(SettingsFile, every_property_comes_back_from_the_file)
 {
     const tests::TemporaryFolder folder;
-    headless::MemoryPropertyBag empty;
+    MemoryPropertyBag empty;
     {
         const auto hosted = Designed(empty);
         for (const PropertyRow* row : KeptRows())
@@ -69,7 +69,7 @@ TEST(SettingsFile, every_property_comes_back_from_the_file)
 
 TEST(SettingsFile, reads_like_something_a_person_would_write)
 {
-    headless::MemoryPropertyBag empty;
+    MemoryPropertyBag empty;
     const auto hosted = Designed(empty);
     Viewport& control = hosted->Control();
     control.SetFieldOfView(0.1F);
@@ -180,7 +180,7 @@ TEST(SettingsFile, a_value_its_property_cannot_hold_counts_as_missing_and_is_exp
 
 TEST(SettingsFile, leaves_out_what_json_cannot_say_and_tells_so)
 {
-    headless::MemoryPropertyBag empty;
+    MemoryPropertyBag empty;
     const auto hosted = Designed(empty);
     hosted->Control().SetSceneOriginX(std::nanf(""));
     hosted->Control().SetSceneOriginY(INFINITY);

@@ -30,7 +30,7 @@ std::shared_ptr<headless::HeadlessHost> HostWith(std::shared_ptr<const DriverLis
     return std::make_shared<headless::HeadlessHost>(std::move(drivers), nullptr, PixelRect{0, 0, Side, Side});
 }
 
-headless::MemoryPropertyBag Asking(tdlDirect3DDevice device, bool exposed)
+MemoryPropertyBag Asking(tdlDirect3DDevice device, bool exposed)
 {
     auto bag = UsualSettings();
     bag.Set("Direct3DDevice", std::int32_t{device});

@@ -60,7 +60,7 @@ TEST(Lifecycle, the_container_s_own_word_on_user_mode_wins_over_the_ambient_one)
         host->SetUserMode(ambient);
         host->SetLateBoundMember("blnRealUserMode", own);
         headless::HostedViewport hosted{host};
-        headless::MemoryPropertyBag bag;
+        MemoryPropertyBag bag;
         hosted.Control().Load(bag);
         EXPECT_EQ(hosted.Control().Camera() != nullptr, live);
     }

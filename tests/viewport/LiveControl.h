@@ -15,9 +15,9 @@ namespace lumora::test
 inline constexpr int Side = 100; ///< of the window; at depth 10 one scene unit is ten pixels
 
 /// Settings that tests mean unless they say otherwise: drawing, without waiting for the vertical blank.
-inline headless::MemoryPropertyBag UsualSettings()
+inline MemoryPropertyBag UsualSettings()
 {
-    headless::MemoryPropertyBag bag;
+    MemoryPropertyBag bag;
     bag.Set("Enabled", true);
     bag.Set("WaitForVSYNC", false);
     bag.Set("Direct3DDevice", std::int32_t{tdlDirect3DRGBDevice});
@@ -25,7 +25,7 @@ inline headless::MemoryPropertyBag UsualSettings()
 }
 
 /// The usual ones with an exposed surface.
-inline headless::MemoryPropertyBag ExposedSettings(std::int32_t antiAlias = tdlNone)
+inline MemoryPropertyBag ExposedSettings(std::int32_t antiAlias = tdlNone)
 {
     auto bag = UsualSettings();
     bag.Set("ExposeDDSurface", true);
@@ -73,7 +73,7 @@ inline std::vector<std::uint32_t> PictureOf(headless::HostedViewport& hosted)
 class LiveControl
 {
 public:
-    explicit LiveControl(headless::MemoryPropertyBag bag = UsualSettings(),
+    explicit LiveControl(MemoryPropertyBag bag = UsualSettings(),
                          std::shared_ptr<headless::HeadlessHost> host = MakeHost())
         : hosted_(headless::HostedViewport::Live(std::move(host), bag))
     {

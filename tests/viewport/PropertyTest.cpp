@@ -15,9 +15,9 @@ TEST(Properties, every_saved_property_survives_a_bag_live_and_at_design_time)
 {
     for (const bool live : {false, true})
     {
-        headless::MemoryPropertyBag bag;
+        MemoryPropertyBag bag;
         {
-            headless::MemoryPropertyBag empty;
+            MemoryPropertyBag empty;
             const auto hosted = live ? headless::HostedViewport::Live(MakeHost(), empty)
                                      : headless::HostedViewport::AtDesignTime(MakeHost(), empty);
             for (const PropertyRow& row : PropertyTable())
@@ -43,9 +43,9 @@ TEST(Properties, every_saved_property_survives_a_bag_live_and_at_design_time)
 
 TEST(Properties, defaults_are_not_saved_and_initialising_equals_loading_nothing)
 {
-    headless::MemoryPropertyBag empty;
+    MemoryPropertyBag empty;
     const auto loaded = headless::HostedViewport::AtDesignTime(MakeHost(), empty);
-    headless::MemoryPropertyBag bag;
+    MemoryPropertyBag bag;
     loaded->Control().Save(bag);
     EXPECT_TRUE(bag.Entries().empty());
 

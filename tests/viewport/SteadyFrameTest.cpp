@@ -71,7 +71,7 @@ TEST(SteadyFrames, take_no_memory_in_any_mode)
 {
     for (const auto& [what, settings] : modes)
     {
-        headless::MemoryPropertyBag bag = UsualSettings();
+        MemoryPropertyBag bag = UsualSettings();
         for (const auto& [name, value] : settings)
             bag.Set(name, value);
         LiveControl control{bag, MakeHost(400, 300)};

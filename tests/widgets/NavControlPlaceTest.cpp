@@ -34,7 +34,7 @@ Pixel KnobInPerspective(double width, double height, double front, double field)
     return {width / 2 + x / z * front / unit, height / 2 - y / z * front / unit};
 }
 
-headless::MemoryPropertyBag AllControls()
+MemoryPropertyBag AllControls()
 {
     auto bag = UsualSettings();
     bag.Set("NavControlPrimary", true);

@@ -1,8 +1,8 @@
 // A control on the form of a headless host: what an embedding program has, without a window system.
 #pragma once
 
+#include "platform/container/MemoryPropertyBag.h"
 #include "platform/headless/HeadlessHost.h"
-#include "platform/headless/MemoryPropertyBag.h"
 #include "viewport/Viewport.h"
 
 #include <memory>

@@ -3,8 +3,8 @@
 
 #include "platform/automation/Faults.h"
 #include "platform/automation/Trap.h"
+#include "platform/container/MemoryPropertyBag.h"
 #include "platform/drivers/StandardDrivers.h"
-#include "platform/headless/MemoryPropertyBag.h"
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtScreen.h"
 #include "platform/qt/QtWindow.h"
@@ -133,7 +133,7 @@ ViewportWidget::ViewportWidget(const Options& options, QWidget* parent)
         std::make_shared<HostContainer>(*this, options.drivers ? options.drivers : StandardDrivers());
     control_ = std::make_shared<Viewport>(container);
     ConnectEvents();
-    headless::MemoryPropertyBag defaults;
+    MemoryPropertyBag defaults;
     drawnSize_ = PictureSize();
     Call([&](Viewport& control) { control.Load(options.settings ? *options.settings : defaults); });
     quiet_ = QuietProperties();

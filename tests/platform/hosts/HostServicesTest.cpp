@@ -1,7 +1,7 @@
 // What the host offers besides its window: cursor, clock, members, notes, and failures on request.
 #include "platform/automation/Faults.h"
 #include "platform/headless/HeadlessHost.h"
-#include "platform/headless/MemoryPropertyBag.h"
+#include "platform/container/MemoryPropertyBag.h"
 #include "platform/hosts/Errors.h"
 
 #include <gtest/gtest.h>

@@ -43,7 +43,7 @@ inline void LetMovesCount()
 /// The settings of tests of the headless host, so that both can be compared.
 inline std::unique_ptr<ViewportWidget> MakeWidget(QWidget* parent = nullptr)
 {
-    headless::MemoryPropertyBag settings = UsualSettings();
+    MemoryPropertyBag settings = UsualSettings();
     ViewportWidget::Options options;
     options.settings = &settings;
     auto widget = std::make_unique<ViewportWidget>(options, parent);

@@ -1,11 +1,11 @@
 // Entries by name; what equals its default is not kept.
-#include "platform/headless/MemoryPropertyBag.h"
+#include "platform/container/MemoryPropertyBag.h"
 
 #include "platform/automation/Faults.h"
 
 #include <algorithm>
 
-namespace lumora::headless
+namespace lumora
 {
 
 Variant MemoryPropertyBag::ReadProperty(std::string_view name, const Variant& defaultValue)
@@ -44,4 +44,4 @@ void MemoryPropertyBag::Remove(std::string_view name)
     std::erase_if(entries_, [=](const Entry& entry) { return entry.first == name; });
 }
 
-} // namespace lumora::headless
+} // namespace lumora

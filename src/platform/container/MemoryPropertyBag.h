@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace lumora::headless
+namespace lumora
 {
 
 /// Entries stay in the order in which they were first written.
@@ -34,4 +34,4 @@ private:
     std::vector<Entry> entries_;
 };
 
-} // namespace lumora::headless
+} // namespace lumora
