@@ -17,6 +17,8 @@ void WriteValue(JsonWriter& json, const Variant& value)
 {
     if (const auto* boolean = std::get_if<bool>(&value))
         json.Boolean(*boolean);
+    else if (const auto* integer = std::get_if<std::int16_t>(&value))
+        json.Number(std::int64_t{*integer});
     else if (const auto* whole = std::get_if<std::int32_t>(&value))
         json.Number(std::int64_t{*whole});
     else if (const auto* single = std::get_if<float>(&value))

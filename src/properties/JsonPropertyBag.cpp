@@ -70,6 +70,8 @@ std::optional<std::string> JsonOf(const PropertyRow* row, const Variant& value)
 {
     if (const auto* boolean = std::get_if<bool>(&value))
         return *boolean ? "true" : "false";
+    if (const auto* integer = std::get_if<std::int16_t>(&value))
+        return LongText(row, *integer);
     if (const auto* whole = std::get_if<std::int32_t>(&value))
         return LongText(row, *whole);
     if (const auto* single = std::get_if<float>(&value))

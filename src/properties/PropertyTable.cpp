@@ -38,8 +38,8 @@ template<>
 struct Crossing<std::int16_t>
 {
     static constexpr PropertyType Kind = PropertyType::Integer;
-    static Variant Out(std::int16_t value) { return std::int32_t{value}; }
-    static std::int16_t In(const Variant& value) { return ToInteger(VariantToDouble(value)); }
+    static Variant Out(std::int16_t value) { return value; }
+    static std::int16_t In(const Variant& value) { return VariantToInteger(value); }
 };
 
 template<>

@@ -146,7 +146,7 @@ Variant ReadValue(const LumoraValue& value)
     case LumoraEmpty:
         return {};
     case LumoraInteger:
-        return std::int32_t{value.value.integer};
+        return value.value.integer;
     case LumoraLong:
         return value.value.number;
     case LumoraSingle:
@@ -174,6 +174,11 @@ LumoraValue MakeValue(const Variant& value)
     {
         made.type = LumoraBoolean;
         made.value.integer = *boolean ? -1 : 0;
+    }
+    else if (const auto* integer = std::get_if<std::int16_t>(&value))
+    {
+        made.type = LumoraInteger;
+        made.value.integer = *integer;
     }
     else if (const auto* whole = std::get_if<std::int32_t>(&value))
     {

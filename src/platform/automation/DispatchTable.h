@@ -52,20 +52,12 @@ struct PlainCrossing
 
 // clang-format off
 template<> struct Crossing<bool> : PlainCrossing<bool, ValueType::Boolean, VariantToBoolean> {};
+template<> struct Crossing<std::int16_t> : PlainCrossing<std::int16_t, ValueType::Integer, VariantToInteger> {};
 template<> struct Crossing<std::int32_t> : PlainCrossing<std::int32_t, ValueType::Long, VariantToLong> {};
 template<> struct Crossing<float> : PlainCrossing<float, ValueType::Single, VariantToSingle> {};
 template<> struct Crossing<double> : PlainCrossing<double, ValueType::Double, VariantToDouble> {};
 template<> struct Crossing<std::string> : PlainCrossing<std::string, ValueType::String, VariantToString> {};
 // clang-format on
-
-template<>
-struct Crossing<std::int16_t>
-{
-    static constexpr ValueType Kind = ValueType::Integer;
-    static constexpr const char* Name = nullptr;
-    static Variant Out(std::int16_t value) { return std::int32_t{value}; }
-    static std::int16_t In(const Variant& value) { return ToInteger(VariantToDouble(value)); }
-};
 
 /// Colours and clock readings: 32 bits, whatever their sign. A caller gets a Long and may give either.
 template<>

@@ -35,6 +35,8 @@ std::optional<double> AsNumber(const Variant& value)
 {
     if (const auto* boolean = std::get_if<bool>(&value))
         return *boolean ? -1.0 : 0.0;
+    if (const auto* integer = std::get_if<std::int16_t>(&value))
+        return *integer;
     if (const auto* whole = std::get_if<std::int32_t>(&value))
         return *whole;
     if (const auto* single = std::get_if<float>(&value))
@@ -62,6 +64,11 @@ double VariantToDouble(const Variant& value)
     if (const auto* text = std::get_if<std::string>(&value))
         return NumberIn(*text);
     RaiseTypeMismatch("a number");
+}
+
+std::int16_t VariantToInteger(const Variant& value)
+{
+    return ToInteger(VariantToDouble(value));
 }
 
 std::int32_t VariantToLong(const Variant& value)
