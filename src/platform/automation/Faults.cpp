@@ -3,6 +3,7 @@
 #include "platform/automation/RuntimeError.h"
 
 #include <algorithm>
+#include <deque>
 
 namespace lumora::faults
 {
@@ -23,7 +24,8 @@ struct State
     std::int64_t callsUntilFault = -1;
     std::int32_t faultNumber = 0;
     bool recording = false;
-    std::vector<std::string> recorded;
+    std::deque<std::string> recorded;
+    std::uint64_t dropped = 0;
 };
 
 bool active = false;
@@ -39,11 +41,23 @@ State& TheState()
     throw RuntimeError{number, "platform", std::string{operation} + " failed on request"};
 }
 
+void AddToRecord(const char* what)
+{
+    State& state = TheState();
+    if (!state.recording)
+        return;
+    if (state.recorded.size() == MaxRecorded)
+    {
+        state.recorded.pop_front();
+        ++state.dropped;
+    }
+    state.recorded.emplace_back(what);
+}
+
 void Examine(const char* operation)
 {
     State& state = TheState();
-    if (state.recording)
-        state.recorded.emplace_back(operation);
+    AddToRecord(operation);
     if (state.callsUntilFault >= 0 && state.callsUntilFault-- == 0)
         Fail(operation, state.faultNumber);
     const auto fault = std::ranges::find(state.named, operation, &NamedFault::operation);
@@ -81,12 +95,37 @@ void Record()
 {
     TheState().recording = true;
     TheState().recorded.clear();
+    TheState().dropped = 0;
     active = true;
+}
+
+void StopRecording()
+{
+    TheState().recording = false;
+}
+
+void Note(const char* what)
+{
+    if (active)
+        AddToRecord(what);
 }
 
 std::vector<std::string> Recorded()
 {
-    return TheState().recorded;
+    const std::deque<std::string>& recorded = TheState().recorded;
+    return {recorded.begin(), recorded.end()};
+}
+
+std::uint64_t DroppedCount()
+{
+    return TheState().dropped;
+}
+
+void ClearFaults()
+{
+    TheState().named.clear();
+    TheState().callsUntilFault = -1;
+    active = TheState().recording;
 }
 
 void Clear()

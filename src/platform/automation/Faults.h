@@ -4,6 +4,7 @@
 // interface's, calls the platform; this state belongs to it.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -21,13 +22,28 @@ void FailNext(std::string_view operation, int count, std::int32_t number);
 /// Lets the call number `index` (0 is the next one), whatever its operation, raise `number`; once.
 void FailCall(std::int64_t index, std::int32_t number);
 
-/// Starts to count and to record the names of the operations called.
+/// Starts to record the names of the operations called, and what is noted. Forgets what was recorded before.
 void Record();
 
-/// The names recorded since Record, in order of the calls.
+/// What was recorded stays.
+void StopRecording();
+
+/// Records `what` (an event, say) among the calls; it is no operation, so it never fails.
+void Note(const char* what);
+
+/// How many names are kept; of more, the oldest are dropped.
+inline constexpr std::size_t MaxRecorded = 65536;
+
+/// The names recorded since Record, in order.
 std::vector<std::string> Recorded();
 
-/// Forgets every fault and stops recording.
+/// How many were recorded before those and dropped.
+std::uint64_t DroppedCount();
+
+/// Forgets every fault; recording goes on.
+void ClearFaults();
+
+/// Forgets every fault, and the record too; stops recording.
 void Clear();
 
 } // namespace lumora::faults

@@ -25,8 +25,14 @@ TEST(Faults, hit_the_named_operation_or_the_call_with_a_number_and_then_no_more)
     EXPECT_EQ(call("Any", 5), (std::vector{0, 0, 7, 0, 0}));
     faults::Record();
     call("A", 1);
+    faults::Note("an event");
     call("B", 2);
-    EXPECT_EQ(faults::Recorded(), (std::vector<std::string>{"A", "B", "B"}));
+    EXPECT_EQ(faults::Recorded(), (std::vector<std::string>{"A", "an event", "B", "B"}));
+    faults::FailNext("B", 1, 5);
+    faults::ClearFaults();
+    EXPECT_EQ(call("B", static_cast<int>(faults::MaxRecorded)), std::vector(faults::MaxRecorded, 0));
+    EXPECT_EQ(faults::Recorded(), std::vector<std::string>(faults::MaxRecorded, "B"));
+    EXPECT_EQ(faults::DroppedCount(), 4U);
     faults::Clear();
 }
 
