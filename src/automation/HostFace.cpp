@@ -6,6 +6,24 @@
 namespace lumora::automation
 {
 
+namespace
+{
+
+void LoadFrom(const HostFace::Bag& bag, Viewport& control)
+{
+    MemoryPropertyBag empty;
+    control.Load(bag ? *bag : empty);
+}
+
+// The face of a new control on the form, which lives as long as the face.
+std::shared_ptr<ViewportFace> FaceOn(const std::shared_ptr<headless::HeadlessHost>& form)
+{
+    const auto hosted = std::make_shared<headless::HostedViewport>(form);
+    return std::make_shared<ViewportFace>(std::shared_ptr<Viewport>{hosted, &hosted->Control()});
+}
+
+} // namespace
+
 HostFace::HostFace() : form_(std::make_shared<headless::HeadlessHost>(StandardDrivers())) {}
 
 std::span<const MemberInfo> HostFace::Members() const
@@ -27,23 +45,26 @@ std::shared_ptr<ViewportFace> HostFace::Carry(const std::function<void(Viewport&
 {
     if (viewport_)
         throw RuntimeError{error::InvalidCall, "Host", "This form has its control already; create another host"};
-    viewport_ = std::make_shared<ViewportFace>(std::make_shared<headless::HostedViewport>(form_));
+    viewport_ = FaceOn(form_);
     start(viewport_->Control());
     return viewport_;
+}
+
+std::shared_ptr<ViewportFace> HostFace::CreateControl()
+{
+    return Carry([](Viewport&) {});
 }
 
 std::shared_ptr<ViewportFace> HostFace::CreateLive(const Bag& bag)
 {
     form_->SetUserMode(true);
-    MemoryPropertyBag empty;
-    return Carry([&](Viewport& control) { control.Load(bag ? *bag : empty); });
+    return Carry([&](Viewport& control) { LoadFrom(bag, control); });
 }
 
 std::shared_ptr<ViewportFace> HostFace::CreateAtDesignTime(const Bag& bag)
 {
     form_->SetUserMode(false);
-    MemoryPropertyBag empty;
-    return Carry([&](Viewport& control) { control.Load(bag ? *bag : empty); });
+    return Carry([&](Viewport& control) { LoadFrom(bag, control); });
 }
 
 std::shared_ptr<ViewportFace> HostFace::CreateInitialised()
@@ -67,9 +88,7 @@ std::shared_ptr<Dispatchable> HostFace::SceneFactory()
 
 void HostFace::Load(const Bag& bag)
 {
-    if (!bag)
-        throw RuntimeError{error::ObjectNotSet, "Host", "There is no property bag to load from"};
-    RequiredControl().Load(*bag);
+    LoadFrom(bag, RequiredControl());
 }
 
 HostFace::Bag HostFace::Save()
@@ -81,9 +100,9 @@ HostFace::Bag HostFace::Save()
 
 std::shared_ptr<Dispatchable> NewViewport()
 {
-    auto form = std::make_shared<headless::HeadlessHost>(StandardDrivers());
-    std::shared_ptr<headless::HostedViewport> hosted = headless::HostedViewport::Live(std::move(form));
-    return std::make_shared<ViewportFace>(std::move(hosted));
+    auto face = FaceOn(std::make_shared<headless::HeadlessHost>(StandardDrivers()));
+    LoadFrom(nullptr, face->Control());
+    return face;
 }
 
 } // namespace lumora::automation

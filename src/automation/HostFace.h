@@ -2,6 +2,7 @@
 #pragma once
 
 #include "automation/ViewportFace.h"
+#include "platform/headless/HostedViewport.h"
 
 namespace lumora::automation
 {
@@ -28,6 +29,9 @@ public:
     using Bag = std::shared_ptr<MemoryPropertyBag>;
 
     // Each creates the form's one control; error 5 when it has one. An absent bag is an empty one.
+
+    /// It has loaded nothing yet: sinks that are connected before Load hear of what loading raises.
+    std::shared_ptr<ViewportFace> CreateControl();
     std::shared_ptr<ViewportFace> CreateLive(const Bag& bag);
     std::shared_ptr<ViewportFace> CreateAtDesignTime(const Bag& bag);
     std::shared_ptr<ViewportFace> CreateInitialised();
@@ -35,7 +39,7 @@ public:
     /// What makes the objects of a scene: the same one each time.
     std::shared_ptr<Dispatchable> SceneFactory();
 
-    // Error 91 without a control.
+    // Error 91 without a control. An absent bag is an empty one.
     void Load(const Bag& bag);
     Bag Save();
 

@@ -1,5 +1,6 @@
 #include "automation/ViewportFace.h"
 
+#include "platform/automation/Faults.h"
 #include "properties/PropertyTable.h"
 
 #include <algorithm>
@@ -221,7 +222,7 @@ void TakeBack(Argument& argument, const Variant& before, const Variant& after)
 
 } // namespace
 
-ViewportFace::ViewportFace(std::shared_ptr<headless::HostedViewport> hosted) : hosted_(std::move(hosted))
+ViewportFace::ViewportFace(std::shared_ptr<Viewport> control) : control_(std::move(control))
 {
     ForwardEvents();
 }
@@ -253,11 +254,12 @@ ClassDescription ViewportFace::Description()
 }
 
 template<typename... Arguments>
-void ViewportFace::Forward(Event<Arguments...>& event, std::int32_t id)
+void ViewportFace::Forward(Event<Arguments...>& event, std::int32_t id, const char* noted)
 {
     const EventConnection connection = event.Connect(
-        [this, id](Arguments... arguments)
+        [this, id, noted](Arguments... arguments)
         {
+            faults::Note(noted);
             if (!HasSinks())
                 return;
             std::vector<Variant> values{Crossing<std::remove_reference_t<Arguments>>::Out(arguments)...};
@@ -272,7 +274,7 @@ void ViewportFace::Forward(Event<Arguments...>& event, std::int32_t id)
 
 void ViewportFace::ForwardEvents()
 {
-#define LUMORA_FORWARD(id, name, arguments, help) Forward(Control().name, id)
+#define LUMORA_FORWARD(id, name, arguments, help) Forward(Control().name, id, "event " #name)
     LUMORA_EVENTS(LUMORA_FORWARD)
 #undef LUMORA_FORWARD
 }

@@ -2,16 +2,19 @@
 #pragma once
 
 #include "automation/Faces.h"
-#include "platform/headless/HostedViewport.h"
+#include "viewport/Viewport.h"
 
 namespace lumora::automation
 {
 
-/// The face of a control on a headless form. It shares the form: while a face is held, the control lives.
+/// The face of a control in any host. A host makes one for its control and keeps it: sinks are connected to the face.
+///
+/// The pointer may share the ownership of whatever the control needs, which then lives as long as the face:
+/// std::make_shared<ViewportFace>(std::shared_ptr<Viewport>{owner, &owner->Control()}).
 class ViewportFace : public Dispatchable
 {
 public:
-    explicit ViewportFace(std::shared_ptr<headless::HostedViewport> hosted);
+    explicit ViewportFace(std::shared_ptr<Viewport> control);
     ~ViewportFace() override;
     ViewportFace(const ViewportFace&) = delete;
     ViewportFace& operator=(const ViewportFace&) = delete;
@@ -21,17 +24,17 @@ public:
     std::span<const MemberInfo> Events() const override;
     Variant Invoke(std::int32_t id, std::uint32_t kinds, std::span<Variant> arguments) override;
 
-    Viewport& Control() { return hosted_->Control(); }
+    Viewport& Control() { return *control_; }
 
     /// What a class of this kind tells its callers.
     static ClassDescription Description();
 
 private:
     template<typename... Arguments>
-    void Forward(Event<Arguments...>& event, std::int32_t id);
+    void Forward(Event<Arguments...>& event, std::int32_t id, const char* noted);
     void ForwardEvents();
 
-    std::shared_ptr<headless::HostedViewport> hosted_;
+    std::shared_ptr<Viewport> control_;
     std::vector<std::function<void()>> disconnections_;
 };
 

@@ -1,6 +1,7 @@
 // The widget's life, its painting, and what it tells of the control.
 #include "platform/qt/ViewportWidget.h"
 
+#include "automation/ViewportFace.h"
 #include "platform/automation/Faults.h"
 #include "platform/automation/Trap.h"
 #include "platform/container/MemoryPropertyBag.h"
@@ -145,6 +146,13 @@ ViewportWidget::~ViewportWidget()
 {
     blockSignals(true);
     Call([](Viewport& control) { control.Terminate(); });
+}
+
+std::shared_ptr<Dispatchable> ViewportWidget::face()
+{
+    if (!face_)
+        face_ = std::make_shared<automation::ViewportFace>(control_);
+    return face_;
 }
 
 QSize ViewportWidget::PictureSize() const

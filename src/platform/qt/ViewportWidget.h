@@ -17,6 +17,7 @@ class QMouseEvent;
 namespace lumora
 {
 
+class Dispatchable;
 class QtScreen;
 class QtWindow;
 
@@ -62,6 +63,11 @@ public:
 
     /// The same, for who must hold it: it is terminated with the widget.
     const std::shared_ptr<Viewport>& sharedViewport() const { return control_; }
+
+    /// The control by names and numbers, for scripts: the same face as any other host's control has. Sinks stay
+    /// connected as long as the widget; what a call raises is a RuntimeError, and the face of a widget that is gone is
+    /// a halted control's. See docs/automation.md on handing it out in the C layout.
+    std::shared_ptr<Dispatchable> face();
 
     /// The size of the control's pictures in device pixels.
     QSize PictureSize() const;
@@ -165,6 +171,7 @@ private:
     std::shared_ptr<QtScreen> screen_;
     std::shared_ptr<QtWindow> window_;
     std::shared_ptr<Viewport> control_;
+    std::shared_ptr<Dispatchable> face_; ///< once it was asked for
     std::vector<QuietProperty> quiet_;
     std::vector<HeldKey> keysHeld_;
     std::int16_t buttonsHeld_ = 0;

@@ -1,4 +1,5 @@
 // The widget as a program and its forms see it: properties, signals, pictures, and failures that stay inside.
+#include "platform/automation/Dispatch.h"
 #include "platform/qt/QtSession.h"
 #include "properties/PropertyTable.h"
 #include "properties/PropertyValues.h"
@@ -161,6 +162,23 @@ TEST(QtWidget, follows_its_size_and_the_sizes_of_its_neighbours)
         EXPECT_EQ(first->grab().size(), first->size());
     }
     EXPECT_NE(first->hwnd(), second->hwnd());
+}
+
+TEST(QtWidget, has_the_face_that_every_control_has)
+{
+    struct Sink : EventSink
+    {
+        void OnEvent(std::int32_t id, std::span<Variant>) override { last = id; }
+        std::int32_t last = 0;
+    };
+    auto widget = MakeWidget();
+    const std::shared_ptr<Dispatchable> face = widget->face();
+    const auto sink = std::make_shared<Sink>();
+    widget->face()->Connect(sink);
+    face->CallWith("AddCameraMovement", {0, 0, 1, 1});
+    EXPECT_EQ(sink->last, 1);
+    widget.reset();
+    EXPECT_EQ(VariantToLong(face->Get("ViewportState")), tdlHalted);
 }
 
 TEST(QtWidget, a_fixed_border_lies_around_the_picture)
