@@ -14,6 +14,9 @@ namespace
 {
 
 using headless::HeadlessHost;
+using headless::PositionUnit;
+using headless::ScaleMode;
+using headless::WindowAttributes;
 using Rows = std::vector<MemberRow<HostFace>>;
 
 // A member of the form, its screen or its window as one of the host face.
@@ -54,6 +57,29 @@ std::uint32_t PixelAt(HostFace& host, std::int32_t x, std::int32_t y)
 const DriverList& DriversOf(HostFace& host)
 {
     return *host.Form().Drivers();
+}
+
+constexpr double TwipsPerInch = 1440;
+constexpr std::int32_t MaxTime = 3600000; // milliseconds; a key may repeat in each
+
+std::int32_t Checked(std::int32_t value, std::int32_t lowest, std::int32_t highest, const char* what)
+{
+    if (value < lowest || value > highest)
+        throw RuntimeError{error::InvalidCall, "Host",
+                           std::string{what} + " is " + std::to_string(lowest) + " to " + std::to_string(highest)};
+    return value;
+}
+
+// An attribute that the window keeps for its control: read as it is, written like the control writes it.
+template<typename Value, typename Given>
+MemberRow<HostFace> Attribute(const char* name, Value WindowAttributes::*attribute, void (ControlWindow::*write)(Given),
+                              const char* help)
+{
+    return Property(
+        name, [attribute](HostFace& host) -> Value { return host.Form().ControlArea().Attributes().*attribute; },
+        [write](HostFace& host, const Value& value)
+        { (static_cast<ControlWindow&>(host.Form().ControlArea()).*write)(value); },
+        help);
 }
 
 Rows LifeRows()
@@ -228,7 +254,123 @@ Rows MachineRows()
             [](HostFace&, std::int32_t index, std::int32_t number) { faults::FailCall(index, number); },
             "lets one platform call fail, 0 being the next, whatever it is"),
         Method(
-            "ClearFaults", "", [](HostFace&) { faults::Clear(); }, "forgets every fault that was set"),
+            "ClearFaults", "", [](HostFace&) { faults::ClearFaults(); }, "forgets every fault that was set"),
+    };
+}
+
+Rows LoadingRows()
+{
+    return {
+        Method("CreateControl", "", &HostFace::CreateControl,
+               "a control that has loaded nothing yet: connect sinks, then Load"),
+    };
+}
+
+Rows AttributeRows()
+{
+    return {
+        Attribute("WindowBackColor", &WindowAttributes::backColor, &ControlWindow::SetBackColor,
+                  "0x00BBGGRR, or 0x80000000 plus a system color's number"),
+        Attribute("WindowBorderStyle", &WindowAttributes::borderStyle, &ControlWindow::SetBorderStyle,
+                  "0 none, 1 fixed single"),
+        Attribute("WindowMousePointer", &WindowAttributes::mousePointer, &ControlWindow::SetMousePointer,
+                  "0 to 15, or 99 for the icon"),
+        Attribute("WindowMouseIcon", &WindowAttributes::mouseIcon, &ControlWindow::SetMouseIcon,
+                  "the cursor's picture, or nothing"),
+        Attribute("WindowEnabled", &WindowAttributes::enabled, &ControlWindow::SetEnabled,
+                  "whether the window gets input"),
+        Attribute("WindowPicture", &WindowAttributes::picture, &ControlWindow::SetPicture,
+                  "the picture at design time, or nothing"),
+    };
+}
+
+Rows ScreenRows()
+{
+    return {
+        Property(
+            "ScreenWidth", [](HostFace& host) { return std::int32_t{host.Form().Display().Bounds().Width()}; },
+            "pixels"),
+        Property(
+            "ScreenHeight", [](HostFace& host) { return std::int32_t{host.Form().Display().Bounds().Height()}; },
+            "pixels"),
+        Method(
+            "SetScreenSize", "Width, Height",
+            [](HostFace& host, std::int32_t width, std::int32_t height)
+            { host.Form().Display().SetSize(width, height); },
+            "gives the screen another size, 1 to 16384 pixels a side"),
+        Property(
+            "DpiX", [](HostFace& host) { return TwipsPerInch / host.Form().Display().UnitsPerPixelX(); },
+            [](HostFace& host, double dots)
+            { host.Form().Display().SetTwipsPerPixel(TwipsPerInch / dots, host.Form().Display().UnitsPerPixelY()); },
+            "pixels an inch; a pixel has 1440 / DpiX twips"),
+        Property(
+            "DpiY", [](HostFace& host) { return TwipsPerInch / host.Form().Display().UnitsPerPixelY(); },
+            [](HostFace& host, double dots)
+            { host.Form().Display().SetTwipsPerPixel(host.Form().Display().UnitsPerPixelX(), TwipsPerInch / dots); },
+            "pixels an inch"),
+        Property(
+            "WindowScaleMode",
+            [](HostFace& host) { return static_cast<std::int32_t>(host.Form().ControlArea().CurrentScaleMode()); },
+            [](HostFace& host, std::int32_t mode)
+            { host.Form().ControlArea().SetScaleMode(static_cast<ScaleMode>(Checked(mode, 1, 3, "A scale mode"))); },
+            "1 twips, 2 points, 3 pixels"),
+        Property(
+            "PositionUnit", [](HostFace& host) { return static_cast<std::int32_t>(host.Form().CurrentPositionUnit()); },
+            [](HostFace& host, std::int32_t unit)
+            { host.Form().SetPositionUnit(static_cast<PositionUnit>(Checked(unit, 0, 1, "A position unit"))); },
+            "of the form's coordinates: 0 pixels, 1 twips"),
+    };
+}
+
+Rows KeyboardRows()
+{
+    return {
+        Method("PressKeyWithCharacter", "Code, Character", OnForm(&HeadlessHost::PressKeyWithCharacter),
+               "a virtual key goes down that stands for this character, or for none (0)"),
+        Method("SetKeyRepeat", "Delay, Interval", OnForm(&HeadlessHost::SetKeyRepeat),
+               "when a held key repeats, milliseconds"),
+        Method(
+            "AdvanceTime", "Milliseconds",
+            [](HostFace& host, std::int32_t milliseconds)
+            { host.Form().AdvanceTime(static_cast<std::uint32_t>(Checked(milliseconds, 0, MaxTime, "A time"))); },
+            "lets up to an hour go by while the key that is held repeats"),
+    };
+}
+
+std::string CallLog()
+{
+    std::string lines;
+    for (const std::string& name : faults::Recorded())
+        (lines += name) += '\n';
+    return lines;
+}
+
+Rows CallLogRows()
+{
+    return {
+        Method(
+            "StartCallLog", "", [](HostFace&) { faults::Record(); },
+            "begins to log platform calls and the control's events, and forgets the log before"),
+        Method(
+            "StopCallLog", "", [](HostFace&) { faults::StopRecording(); }, "ends the log, which can still be read"),
+        Property(
+            "CallLog", [](HostFace&) { return CallLog(); },
+            "platform calls (Frame.SetPosition) and events (event CameraMoved) in their order, a line each; the last "
+            "65536"),
+        Property(
+            "CallLogDropped", [](HostFace&) { return static_cast<double>(faults::DroppedCount()); },
+            "how many lines came before those"),
+    };
+}
+
+Rows DriverOrderRows()
+{
+    return {
+        Method(
+            "MoveDriver", "Name, Index",
+            [](HostFace& host, const std::string& name, std::int32_t index)
+            { host.Form().SetDrivers(headless::WithDriverAt(host.Form().Drivers(), name, index)); },
+            "moves a driver to an index of the machine's list, from 0"),
     };
 }
 
@@ -239,7 +381,8 @@ const MemberTable<HostFace>& HostTable()
     static const MemberTable<HostFace> table = []
     {
         Rows rows;
-        for (auto make : {LifeRows, WindowRows, PersonRows, RecordRows, MachineRows})
+        for (auto make : {LifeRows, WindowRows, PersonRows, RecordRows, MachineRows, LoadingRows, AttributeRows,
+                          ScreenRows, KeyboardRows, CallLogRows, DriverOrderRows})
             std::ranges::move(make(), std::back_inserter(rows));
         return MemberTable<HostFace>{"Host", std::move(rows)};
     }();

@@ -75,6 +75,25 @@ TEST(Members, refusals_have_numbers_that_say_what_is_wrong)
         {"a child there is not", [&] { scene.CallWith("Child", {7}); }, error::SubscriptOutOfRange},
         {"a sink for what raises no events", [&] { scene.Connect(nullptr); }, error::NoEvents},
         {"members of nothing", [&] { AsDispatchable(viewport.Get("SceneOverlay")); }, error::ObjectNotSet},
+        {"a driver at an index there is not",
+         [&] {
+             session.host->CallWith("MoveDriver", {std::string{"IID_IDirect3DRGBDevice"}, 4});
+         },
+         error::SubscriptOutOfRange},
+        {"a driver there is not",
+         [&] {
+             session.host->CallWith("MoveDriver", {std::string{"x"}, 0});
+         },
+         error::InvalidCall},
+        {"a scale mode there is not", [&] { session.host->Put("WindowScaleMode", 4); }, error::InvalidCall},
+        {"a screen without pixels",
+         [&] {
+             session.host->CallWith("SetScreenSize", {0, 600});
+         },
+         error::InvalidCall},
+        {"pixels without an end", [&] { session.host->Put("DpiX", 0); }, error::InvalidCall},
+        {"a pointer the window has not", [&] { session.host->Put("WindowMousePointer", 20); },
+         error::InvalidPropertyValue},
         {"a second control on a form", [&] { session.host->CallWith("CreateLive", {Variant{}}); }, error::InvalidCall},
     };
     for (const auto& row : rows)
@@ -170,6 +189,76 @@ TEST(Host, plays_the_person_and_shows_what_a_person_sees)
     session.host->CallWith("PressKey", {65});
     session.host->CallWith("ReleaseKey", {65});
     EXPECT_THAT(told, testing::ElementsAre(6, 4, 5, 2, 7, 8, 9));
+}
+
+TEST(Host, events_of_the_load_reach_sinks_that_were_connected_before_it)
+{
+    HostFace host;
+    const auto viewport = AsDispatchable(host.Call("CreateControl"));
+    std::vector<std::int32_t> heard;
+    viewport->Connect(std::make_shared<Listener>([&](std::int32_t id, auto) { heard.push_back(id); }));
+    host.CallWith("Load", {Variant{}});
+    EXPECT_THAT(heard, testing::Contains(1)); // the camera is placed
+    EXPECT_NE(viewport->Get("Scene"), Variant{ObjectReference{}});
+}
+
+TEST(Host, window_screen_and_keyboard_are_another_machines_by_name)
+{
+    const Session session;
+    Dispatchable& host = *session.host;
+    for (const auto& [property, attribute, value] : {std::tuple{"MousePointer", "WindowMousePointer", 2},
+                                                     {"BackColor", "WindowBackColor", 0x10203},
+                                                     {"BorderStyle", "WindowBorderStyle", 1},
+                                                     {"Enabled", "WindowEnabled", 0}})
+    {
+        session.viewport->Put(property, value);
+        EXPECT_TRUE(VariantsEqual(host.Get(attribute), session.viewport->Get(property))) << attribute;
+    }
+    host.Put("WindowEnabled", true);
+    const Variant first = host.CallWith("DriverName", {0});
+    const Variant last = host.CallWith("DriverName", {3});
+    host.CallWith("MoveDriver", {first, 2});
+    EXPECT_EQ(host.CallWith("DriverName", {2}), first);
+    EXPECT_EQ(host.CallWith("DriverName", {3}), last);
+    host.CallWith("SetScreenSize", {300, 200});
+    EXPECT_EQ(host.Get("ScreenHeight"), Variant{200});
+    EXPECT_EQ(host.CallWith("ScreenPixelAt", {299, 199}), Variant{0x008080});
+    host.CallWith("MoveWindow", {100, 100});
+    host.Put("DpiX", 120);
+    std::vector<std::vector<Variant>> heard;
+    session.viewport->Connect(std::make_shared<Listener>([&](std::int32_t, std::span<Variant> arguments)
+                                                         { heard.emplace_back(arguments.begin(), arguments.end()); }));
+    const auto one = [](int number) { return Variant{static_cast<std::int16_t>(number)}; };
+    host.Put("PositionUnit", 1);
+    host.CallWith("MoveMouseTo", {110, 110}); // 12 twips a pixel, and 15
+    host.Put("WindowScaleMode", 3);           // of the window alone
+    host.CallWith("AdvanceTime", {100});
+    host.CallWith("MoveMouseTo", {111, 111});
+    host.CallWith("SetKeyRepeat", {100, 50});
+    host.CallWith("PressKeyWithCharacter", {38, 228});
+    host.CallWith("AdvanceTime", {149});
+    using Event = std::vector<Variant>;
+    EXPECT_THAT(heard,
+                testing::ElementsAre(Event{one(0), one(0), 120.0F, 150.0F}, Event{one(0), one(0), 132.0F, 165.0F},
+                                     Event{one(38), one(0)}, Event{one(228)}, Event{one(38), one(0)}, Event{one(228)}));
+}
+
+TEST(Host, logs_calls_and_events_in_their_order_until_told_not_to)
+{
+    const Session session;
+    session.host->Call("StartCallLog");
+    session.viewport->CallWith("AddCameraMovement", {0, 0, 1, 1});
+    session.host->Call("ClearFaults");
+    session.host->Call("PaintNow");
+    session.host->Call("StopCallLog");
+    session.host->Call("Click");
+    const std::string log = VariantToString(session.host->Get("CallLog"));
+    const std::size_t moved = log.find("\nevent CameraMoved\n");
+    ASSERT_NE(moved, std::string::npos) << log;
+    EXPECT_LT(log.find("Frame."), moved);
+    EXPECT_GT(log.find("event UpdatePositions"), moved);
+    EXPECT_EQ(log.find("Click"), std::string::npos);
+    EXPECT_EQ(session.host->Get("CallLogDropped"), Variant{0.0});
 }
 
 TEST(Host, settings_survive_a_save_and_a_load)

@@ -28,6 +28,24 @@ std::shared_ptr<const DriverList> WithoutDriver(const std::shared_ptr<const Driv
     return std::make_shared<const DriverList>(std::move(entries));
 }
 
+std::shared_ptr<const DriverList> WithDriverAt(const std::shared_ptr<const DriverList>& list, std::string_view name,
+                                               std::int32_t index)
+{
+    std::vector<DriverList::Entry> entries = EntriesOf(*list);
+    if (index < 0 || static_cast<std::size_t>(index) >= entries.size())
+        throw RuntimeError{error::SubscriptOutOfRange, "Host",
+                           "Subscript out of range: " + std::to_string(index) + " of " +
+                               std::to_string(entries.size()) + " drivers"};
+    const auto driver = std::ranges::find(entries, name, &DriverList::Entry::identifierName);
+    if (driver == entries.end())
+        throw RuntimeError{error::InvalidCall, "Host",
+                           "This machine has no driver \"" + std::string{name} + "\"; DriverName lists those it has"};
+    DriverList::Entry moved = std::move(*driver);
+    entries.erase(driver);
+    entries.insert(entries.begin() + index, std::move(moved));
+    return std::make_shared<const DriverList>(std::move(entries));
+}
+
 std::shared_ptr<const DriverList> FailingOnCreation(const std::shared_ptr<const DriverList>& list,
                                                     std::string_view name, std::int32_t number)
 {

@@ -14,6 +14,11 @@ namespace lumora::headless
 /// `list` without the drivers of this identifier name.
 std::shared_ptr<const DriverList> WithoutDriver(const std::shared_ptr<const DriverList>& list, std::string_view name);
 
+/// `list` with the driver of this identifier name at `index`, the others in their order. SubscriptOutOfRange for an
+/// index outside the list, InvalidCall for a name that is not in it.
+std::shared_ptr<const DriverList> WithDriverAt(const std::shared_ptr<const DriverList>& list, std::string_view name,
+                                               std::int32_t index);
+
 /// `list`, but creating a driver of this identifier name raises `number`.
 std::shared_ptr<const DriverList> FailingOnCreation(const std::shared_ptr<const DriverList>& list,
                                                     std::string_view name, std::int32_t number);

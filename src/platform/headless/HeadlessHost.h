@@ -87,6 +87,7 @@ public:
     bool IsAttached(const ControlEvents* control) const { return control_.get() == control; }
     void SetUserMode(bool live) { userMode_ = live; }
     void SetDrivers(std::shared_ptr<const DriverList> drivers);
+    PositionUnit CurrentPositionUnit() const { return positionUnit_; }
     void SetPositionUnit(PositionUnit unit) { positionUnit_ = unit; }
     void SetLateBoundMember(std::string_view name, const Variant& value);
     void RemoveLateBoundMember(std::string_view name);
@@ -139,6 +140,9 @@ public:
     /// is held already repeats.
     void PressKey(std::int16_t code);
 
+    /// As PressKey on another keyboard: the key stands for this character, or for none (0), also when it repeats.
+    void PressKeyWithCharacter(std::int16_t code, std::int16_t character);
+
     /// As PressKey, for a key that is held; otherwise nothing.
     void RepeatKey(std::int16_t code);
 
@@ -163,9 +167,17 @@ private:
         Elsewhere,
     };
 
+    struct HeldKey
+    {
+        std::int16_t code;
+        std::optional<std::int16_t> character; ///< 0: none; nothing: the one that this keyboard has there
+    };
+
     bool ControlHearsMouse() const;
     bool IsCursorOverControl() const;
-    bool IsHeld(std::int16_t code) const;
+    const HeldKey* FindHeld(std::int16_t code) const;
+    bool IsHeld(std::int16_t code) const { return FindHeld(code) != nullptr; }
+    void Hold(const HeldKey& key);
     void TellKeyDown(std::int16_t code);
 
     std::shared_ptr<const DriverList> drivers_;
@@ -180,7 +192,7 @@ private:
     std::vector<std::string> logged_;
     std::int16_t buttonsHeld_ = 0;
     Capture capture_ = Capture::None;
-    std::vector<std::int16_t> keysHeld_;
+    std::vector<HeldKey> keysHeld_;
     std::optional<std::int16_t> repeatingKey_;
     std::uint32_t repeatDelay_ = 500;
     std::uint32_t repeatInterval_ = 33;

@@ -146,9 +146,10 @@ void HeadlessHost::DoubleClick()
         control->DblClick();
 }
 
-bool HeadlessHost::IsHeld(std::int16_t code) const
+const HeadlessHost::HeldKey* HeadlessHost::FindHeld(std::int16_t code) const
 {
-    return std::ranges::find(keysHeld_, code) != keysHeld_.end();
+    const auto held = std::ranges::find(keysHeld_, code, &HeldKey::code);
+    return held == keysHeld_.end() ? nullptr : &*held;
 }
 
 std::int16_t HeadlessHost::ModifiersHeld() const
@@ -162,21 +163,33 @@ void HeadlessHost::TellKeyDown(std::int16_t code)
     const auto control = control_;
     if (!control || !window_->IsEnabled())
         return;
+    const std::optional<std::int16_t> own = FindHeld(code)->character;
     control->KeyDown(code, ModifiersHeld());
     // The handler may have closed the host or disabled the window.
-    const std::int16_t character = CharacterOf(code, ModifiersHeld());
+    const std::int16_t character = own.value_or(CharacterOf(code, ModifiersHeld()));
     if (character != NoCharacter && control_ == control && window_->IsEnabled())
         control->KeyPress(character);
 }
 
-void HeadlessHost::PressKey(std::int16_t code)
+void HeadlessHost::Hold(const HeldKey& key)
 {
-    if (!IsHeld(code))
+    if (std::erase_if(keysHeld_, [&](const HeldKey& held) { return held.code == key.code; }) == 0)
     {
-        keysHeld_.push_back(code);
-        repeatingKey_ = code;
+        repeatingKey_ = key.code;
         untilRepeat_ = repeatDelay_;
     }
+    keysHeld_.push_back(key);
+}
+
+void HeadlessHost::PressKey(std::int16_t code)
+{
+    Hold({code, std::nullopt});
+    TellKeyDown(code);
+}
+
+void HeadlessHost::PressKeyWithCharacter(std::int16_t code, std::int16_t character)
+{
+    Hold({code, character});
     TellKeyDown(code);
 }
 
@@ -188,7 +201,7 @@ void HeadlessHost::RepeatKey(std::int16_t code)
 
 void HeadlessHost::ReleaseKey(std::int16_t code)
 {
-    if (std::erase(keysHeld_, code) == 0)
+    if (std::erase_if(keysHeld_, [=](const HeldKey& held) { return held.code == code; }) == 0)
         return;
     if (repeatingKey_ == code)
         repeatingKey_.reset();

@@ -7,6 +7,7 @@
 #include "platform/headless/VirtualWindow.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <new>
 
@@ -23,20 +24,26 @@ constexpr std::uint64_t BlanksPerSecond = 60;
     throw RuntimeError{error::InvalidCall, "VirtualScreen", description};
 }
 
-} // namespace
-
-VirtualScreen::VirtualScreen(int width, int height) : width_(width), height_(height), cursor_{width / 2, height / 2}
+std::vector<std::uint32_t> EmptyDesktop(int width, int height)
 {
-    if (width < 1 || height < 1 || width > MaximumSide || height > MaximumSide)
+    if (width < 1 || height < 1 || width > VirtualScreen::MaximumSide || height > VirtualScreen::MaximumSide)
         RaiseInvalid("A virtual screen's sides must be between 1 and 16384 pixels");
     try
     {
-        pixels_.assign(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), DesktopColor);
+        return std::vector<std::uint32_t>(static_cast<std::size_t>(width) * static_cast<std::size_t>(height),
+                                          VirtualScreen::DesktopColor);
     }
     catch (const std::bad_alloc&)
     {
         throw RuntimeError{error::OutOfMemory, "VirtualScreen", "There is not enough memory for this screen"};
     }
+}
+
+} // namespace
+
+VirtualScreen::VirtualScreen(int width, int height)
+    : width_(width), height_(height), pixels_(EmptyDesktop(width, height)), cursor_{width / 2, height / 2}
+{
 }
 
 int VirtualScreen::Width() const
@@ -109,9 +116,18 @@ void VirtualScreen::Present(const PixelView& source, const PixelRect& destinatio
     CopyBlock(source, Pixels(), {source.Bounds(), destination}, Bounds());
 }
 
+void VirtualScreen::SetSize(int width, int height)
+{
+    pixels_ = EmptyDesktop(width, height);
+    width_ = width;
+    height_ = height;
+    PlaceCursor(cursor_.x, cursor_.y);
+    Erase({Bounds()});
+}
+
 void VirtualScreen::SetTwipsPerPixel(double x, double y)
 {
-    if (!(x > 0 && y > 0))
+    if (!(x > 0 && y > 0 && std::isfinite(x) && std::isfinite(y)))
         RaiseInvalid("Twips per pixel must be above 0");
     twipsPerPixelX_ = x;
     twipsPerPixelY_ = y;

@@ -48,6 +48,10 @@ public:
 
     // For whoever runs the machine. None of these can be told to fail.
 
+    /// InvalidCall as for the constructor, OutOfMemory; nothing changed then. Windows stay where they are and show
+    /// their back colors; the cursor stops at the edges.
+    void SetSize(int width, int height);
+
     /// 15 at first. InvalidCall unless both are above 0.
     void SetTwipsPerPixel(double x, double y);
     double UnitsPerPixelX() const { return twipsPerPixelX_; }
@@ -56,7 +60,7 @@ public:
     /// 0x00RRGGBB. InvalidCall outside the screen.
     std::uint32_t PixelAt(int x, int y) const;
 
-    /// What is on the screen now; valid as long as the screen.
+    /// What is on the screen now; valid as long as the screen has this size.
     PixelView Pixels();
     PixelRect Bounds() const { return {0, 0, width_, height_}; }
 

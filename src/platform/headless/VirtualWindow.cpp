@@ -129,47 +129,47 @@ WindowHandle VirtualWindow::Handle() const
 std::int32_t VirtualWindow::BackColor() const
 {
     faults::Point("ControlWindow.BackColor");
-    return backColor_;
+    return attributes_.backColor;
 }
 
 void VirtualWindow::SetBackColor(std::int32_t color)
 {
     faults::Point("ControlWindow.SetBackColor");
     Require(IsColor(color), "The back colour is neither red, green and blue nor a system colour");
-    backColor_ = color;
+    attributes_.backColor = color;
     EraseSelf();
 }
 
 std::int16_t VirtualWindow::BorderStyle() const
 {
     faults::Point("ControlWindow.BorderStyle");
-    return borderStyle_;
+    return attributes_.borderStyle;
 }
 
 void VirtualWindow::SetBorderStyle(std::int16_t style)
 {
     faults::Point("ControlWindow.SetBorderStyle");
     Require(style == 0 || style == FixedSingle, "The border style is 0 (none) or 1 (fixed single)");
-    if (style != borderStyle_)
+    if (style != attributes_.borderStyle)
         ChangePlace(client_, style);
 }
 
 std::shared_ptr<Picture> VirtualWindow::MouseIcon() const
 {
     faults::Point("ControlWindow.MouseIcon");
-    return mouseIcon_;
+    return attributes_.mouseIcon;
 }
 
 void VirtualWindow::SetMouseIcon(const std::shared_ptr<Picture>& icon)
 {
     faults::Point("ControlWindow.SetMouseIcon");
-    mouseIcon_ = icon;
+    attributes_.mouseIcon = icon;
 }
 
 std::int16_t VirtualWindow::MousePointer() const
 {
     faults::Point("ControlWindow.MousePointer");
-    return mousePointer_;
+    return attributes_.mousePointer;
 }
 
 void VirtualWindow::SetMousePointer(std::int16_t pointer)
@@ -177,31 +177,31 @@ void VirtualWindow::SetMousePointer(std::int16_t pointer)
     faults::Point("ControlWindow.SetMousePointer");
     Require((pointer >= 0 && pointer <= LastStandardPointer) || pointer == CustomPointer,
             "The mouse pointer is 0 to 15, or 99 for the mouse icon");
-    mousePointer_ = pointer;
+    attributes_.mousePointer = pointer;
 }
 
 bool VirtualWindow::Enabled() const
 {
     faults::Point("ControlWindow.Enabled");
-    return enabled_;
+    return attributes_.enabled;
 }
 
 void VirtualWindow::SetEnabled(bool enabled)
 {
     faults::Point("ControlWindow.SetEnabled");
-    enabled_ = enabled;
+    attributes_.enabled = enabled;
 }
 
 std::shared_ptr<Picture> VirtualWindow::GetPicture() const
 {
     faults::Point("ControlWindow.GetPicture");
-    return picture_;
+    return attributes_.picture;
 }
 
 void VirtualWindow::SetPicture(const std::shared_ptr<Picture>& picture)
 {
     faults::Point("ControlWindow.SetPicture");
-    picture_ = picture;
+    attributes_.picture = picture;
     EraseSelf();
 }
 
@@ -260,7 +260,7 @@ void VirtualWindow::Present(const PixelView& source, const PixelRect& destinatio
 
 PixelRect VirtualWindow::OuterRect() const
 {
-    const int border = borderStyle_ == FixedSingle ? 1 : 0;
+    const int border = attributes_.borderStyle == FixedSingle ? 1 : 0;
     return {client_.left - border, client_.top - border, client_.right + border, client_.bottom + border};
 }
 
@@ -272,7 +272,7 @@ Region VirtualWindow::VisibleRegion() const
 void VirtualWindow::SetClientRect(const PixelRect& client)
 {
     CheckPlace(client);
-    ChangePlace(client, borderStyle_);
+    ChangePlace(client, attributes_.borderStyle);
 }
 
 void VirtualWindow::Raise()
@@ -314,7 +314,7 @@ void VirtualWindow::ChangePlace(const PixelRect& client, std::int16_t borderStyl
     std::vector<KeptPart> kept = KeepVisible();
     const Region before = screen_->VisibleParts(*this, OuterRect());
     client_ = client;
-    borderStyle_ = borderStyle;
+    attributes_.borderStyle = borderStyle;
     screen_->Erase(Subtract(before, OuterRect()));
     EraseSelf();
     ShowKept(kept);
@@ -364,10 +364,10 @@ void VirtualWindow::DrawErased(const PixelRect& part) const
     const PixelView pixels = screen_->Pixels();
     const PixelRect clientPart = Intersection(part, client_);
     FillBlock(pixels, Intersection(part, OuterRect()), BorderColor);
-    FillBlock(pixels, clientPart, ToPixel(backColor_));
-    if (!picture_ || !picture_->Handle())
+    FillBlock(pixels, clientPart, ToPixel(attributes_.backColor));
+    if (!attributes_.picture || !attributes_.picture->Handle())
         return;
-    const PixelView picture = picture_->Handle()->Pixels();
+    const PixelView picture = attributes_.picture->Handle()->Pixels();
     const PixelRect destination = MovedBy(picture.Bounds(), client_.left, client_.top);
     CopyBlock(picture, pixels, {picture.Bounds(), destination}, clientPart);
 }

@@ -18,6 +18,17 @@ enum class ScaleMode
     Pixels = 3,
 };
 
+/// What a window keeps for its control (see ControlWindow).
+struct WindowAttributes
+{
+    std::int32_t backColor = 0;
+    std::int16_t borderStyle = 0;
+    std::int16_t mousePointer = 0;
+    bool enabled = true;
+    std::shared_ptr<Picture> mouseIcon;
+    std::shared_ptr<Picture> picture;
+};
+
 /// Other windows of the screen that lie above this one cover it. What a window shows stays on the screen until it is
 /// covered; parts that come to light again show the back colour until somebody draws there. A window that moves takes
 /// what is visible of it along.
@@ -67,7 +78,8 @@ public:
 
     const PixelRect& ClientRect() const { return client_; }
     PixelRect OuterRect() const;
-    bool IsEnabled() const { return enabled_; }
+    const WindowAttributes& Attributes() const { return attributes_; }
+    bool IsEnabled() const { return attributes_.enabled; }
 
     /// The visible part of the client area, in screen pixels.
     Region VisibleRegion() const;
@@ -76,6 +88,7 @@ public:
     void SetClientRect(const PixelRect& client);
     void Raise();
     void Lower();
+    ScaleMode CurrentScaleMode() const { return scaleMode_; }
     void SetScaleMode(ScaleMode mode) { scaleMode_ = mode; }
 
     /// InvalidCall when another window has this handle.
@@ -106,12 +119,7 @@ private:
     std::shared_ptr<VirtualScreen> screen_;
     PixelRect client_;
     WindowHandle handle_ = 0;
-    std::int32_t backColor_ = 0;
-    std::int16_t borderStyle_ = 0;
-    std::shared_ptr<Picture> mouseIcon_;
-    std::int16_t mousePointer_ = 0;
-    bool enabled_ = true;
-    std::shared_ptr<Picture> picture_;
+    WindowAttributes attributes_;
     ScaleMode scaleMode_ = ScaleMode::Twips;
 };
 
