@@ -7,6 +7,7 @@ set(package ${CMAKE_INSTALL_LIBDIR}/cmake/LumoraViewport)
 install(DIRECTORY src/ DESTINATION ${LUMORA_INCLUDES} FILES_MATCHING PATTERN "*.h" PATTERN "*.def"
     PATTERN "abi" EXCLUDE PATTERN "import" EXCLUDE PATTERN "platform/qt" EXCLUDE
     PATTERN "ramp" EXCLUDE PATTERN "reference" EXCLUDE PATTERN "rgb" EXCLUDE)
+install(FILES src/automation/abi/DispatchObject.h DESTINATION ${LUMORA_INCLUDES}/automation/abi)
 install(FILES include/LumoraViewport.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 set(libraries lumora-core lumora-automation)

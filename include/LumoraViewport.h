@@ -6,7 +6,13 @@
  *
  * Every object starts with a pointer to a table of functions whose first three are QueryInterface, AddRef and Release;
  * each function's first argument is the object. A function that fails answers a negative number and leaves its results
- * empty: nothing (C++ exceptions included) ever leaves it otherwise. All calls come from one thread.
+ * empty: nothing (C++ exceptions included) ever leaves it otherwise.
+ *
+ * Threads: the library belongs to the thread of the first call while any object is held, and to none when none is.
+ * Calls from another thread answer LUMORA_WRONG_THREAD and do nothing. Exempt, and safe on any thread, are
+ * QueryInterface, AddRef, Release, GetClassName, MakeText, MakeTextFromUtf8, FreeText, ClearValue and DllCanUnloadNow:
+ * what another thread releases last is destroyed at the owner's next call or release. Events come on the owner's
+ * thread.
  *
  * References: whatever hands out an object, as a result or within a LumoraValue, has added a reference that the
  * receiver releases. Arguments stay the caller's. The same object is always the same pointer while a reference to it
@@ -33,7 +39,10 @@ extern "C"
 #define LUMORA_NO_AGGREGATION ((LumoraResult)0x80040110) /* an outer object was given */
 #define LUMORA_NO_CLASS ((LumoraResult)0x80040111)       /* the library has no such class */
 #define LUMORA_REGISTRATION ((LumoraResult)0x80040201)   /* the registry could not be read or written */
-#define LUMORA_NO_CONNECTION ((LumoraResult)0x80040200)  /* no sink of this number is connected */
+#define LUMORA_WRONG_THREAD                                                                                            \
+    ((LumoraResult)0x8001010E)                          /* make the call on the thread that made the first one, or     \
+                                                         * release every object before this thread's first call */
+#define LUMORA_NO_CONNECTION ((LumoraResult)0x80040200) /* no sink of this number is connected */
 
     /* An identifier: 4, 2 and 2 bytes with the lowest byte first, then 8 bytes. */
     typedef struct LumoraId
@@ -207,7 +216,8 @@ extern "C"
                                LumoraError* error);
         LumoraResult (*Unadvise)(struct LumoraDispatch* self, uint32_t connection);
 
-        /* Texts and values. They answer null when there is no memory or the text is too long. */
+        /* Texts and values, on any thread and of no object in particular: `self` may be null. They answer null when
+         * there is no memory or the text is too long. */
         LumoraText (*MakeText)(struct LumoraDispatch* self, const uint16_t* units, uint32_t count);
         LumoraText (*MakeTextFromUtf8)(struct LumoraDispatch* self, const char* text);
         void (*FreeText)(struct LumoraDispatch* self, LumoraText text);
@@ -248,7 +258,7 @@ extern "C"
     /* The class object of a class, by LUMORA_INTERFACE_CLASS_OBJECT, _CLASS_FACTORY or _UNKNOWN. */
     LumoraResult DllGetClassObject(const LumoraId* classId, const LumoraId* interfaceId, void** object);
 
-    /* LUMORA_OK while no object of this library is held and none is locked, else LUMORA_FALSE. */
+    /* On any thread: LUMORA_OK while no object of this library is held and none is locked, else LUMORA_FALSE. */
     LumoraResult DllCanUnloadNow(void);
 
     /* Writes the classes into the registry file of this user, $XDG_DATA_HOME/lumora/registry, and LumoraViewport.json,

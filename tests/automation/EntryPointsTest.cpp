@@ -1,5 +1,8 @@
-// The shared library from outside: what it exports, counts and survives. Nothing of it is linked into this test.
+// The shared library from outside: what it exports, counts and survives. Its entry points are not linked, but found.
 #include "LumoraViewport.h"
+#include "automation/ViewportFace.h"
+#include "automation/abi/DispatchObject.h"
+#include "platform/headless/HostedViewport.h"
 #include "support/TemporaryFolder.h"
 
 #include <array>
@@ -7,6 +10,7 @@
 #include <dlfcn.h>
 #include <filesystem>
 #include <gmock/gmock.h>
+#include <thread>
 #include <vector>
 #if __has_include(<nlohmann/json.hpp>)
 #include <nlohmann/json.hpp>
@@ -296,6 +300,91 @@ TEST(EntryPoints, texts_cross_in_every_script)
     viewport->functions->ClearValue(viewport, &text);
     viewport->functions->ClearValue(viewport, &read);
     viewport->functions->Release(viewport);
+}
+
+TEST(EntryPoints, other_threads_may_release_and_are_refused_the_rest)
+{
+    LumoraDispatch* viewport = Create(ViewportClass);
+    LumoraClassObject* creator = ClassObjectFor(Host);
+    std::thread{[=]
+                {
+                    constexpr LumoraId Interface = LUMORA_INTERFACE_DISPATCH;
+                    const auto& object = *viewport->functions;
+                    std::int32_t id = 0;
+                    LumoraMember member{};
+                    LumoraArgument argument{};
+                    LumoraError error{};
+                    LumoraText text = nullptr;
+                    void* made = nullptr;
+                    const LumoraSink sink{nullptr, [](auto...) { return LUMORA_OK; }, nullptr};
+                    std::uint32_t connection = 0;
+                    const LumoraResult answers[] = {
+                        object.GetIdOfName(viewport, "Scene", &id, nullptr),
+                        object.GetMember(viewport, 0, &member),
+                        object.GetMemberArgument(viewport, 2, 0, &argument),
+                        object.GetEvent(viewport, 0, &member),
+                        object.GetEventArgument(viewport, 0, 0, &argument),
+                        object.Advise(viewport, &sink, &connection, nullptr),
+                        object.Unadvise(viewport, 1),
+                        creator->functions->CreateInstance(creator, nullptr, &Interface, &made),
+                        creator->functions->LockServer(creator, 1),
+                        creator->functions->GetTypeLibrary(creator, &text),
+                        Entry<LumoraResult(const LumoraId*, const LumoraId*, void**)>("DllGetClassObject")(
+                            &Host, &Interface, &made),
+                        Entry<LumoraResult()>("DllRegisterServer")(),
+                        object.Invoke(viewport, 0x60030000, LUMORA_METHOD, nullptr, 0, nullptr, &error),
+                    };
+                    EXPECT_THAT(answers, testing::Each(LUMORA_WRONG_THREAD));
+                    EXPECT_EQ(error.number, LUMORA_WRONG_THREAD);
+                    EXPECT_NE(error.description, nullptr);
+                    object.FreeText(viewport, error.source);
+                    object.FreeText(viewport, error.description);
+                    EXPECT_STREQ(object.GetClassName(viewport), "Viewport");
+                    EXPECT_EQ(CanUnload(), LUMORA_FALSE);
+                    EXPECT_EQ(object.AddRef(viewport), 2U);
+                    EXPECT_EQ(object.Release(viewport), 1U);
+                    object.Release(viewport);
+                    creator->functions->Release(creator);
+                }}
+        .join();
+    EXPECT_EQ(CanUnload(), LUMORA_OK);
+}
+
+// A C++ program of its own: a form, its control, and the control's face, which keeps both.
+TEST(EntryPoints, a_control_of_another_host_is_handed_out_and_driven_like_any)
+{
+    const auto form = std::make_shared<headless::HeadlessHost>();
+    auto hosted = std::make_shared<headless::HostedViewport>(form);
+    auto face = std::make_shared<automation::ViewportFace>(std::shared_ptr<Viewport>{hosted, &hosted->Control()});
+    hosted.reset();
+    LumoraDispatch* viewport = automation::DispatchObjectFor(face);
+    face.reset();
+    EXPECT_EQ(CanUnload(), LUMORA_FALSE);
+    std::vector<std::vector<std::int32_t>> types;
+    const LumoraSink sink{&types,
+                          [](void* context, int32_t, LumoraValue* arguments, int32_t count, LumoraError*)
+                          {
+                              auto& seen = static_cast<decltype(types)*>(context)->emplace_back();
+                              for (int32_t i = 0; i < count; ++i)
+                                  seen.push_back(arguments[i].type);
+                              arguments[0].value.integer = 300;
+                              return LUMORA_OK;
+                          },
+                          nullptr};
+    std::uint32_t connection = 0;
+    ASSERT_EQ(viewport->functions->Advise(viewport, &sink, &connection, nullptr), LUMORA_OK);
+    form->PressButton(1, 200, 200);
+    form->PressKey('A');
+    EXPECT_THAT(types, testing::ElementsAre(
+                           testing::ElementsAre(LumoraInteger, LumoraInteger, LumoraSingle, LumoraSingle),
+                           testing::ElementsAre(LumoraInteger, LumoraInteger), testing::ElementsAre(LumoraInteger)));
+    LumoraValue handle{};
+    EXPECT_EQ(Use(viewport, "hwnd", LUMORA_GET, {}, &handle), 0);
+    EXPECT_EQ(handle.type, LumoraInteger);
+    EXPECT_EQ(handle.value.integer, form->ControlArea().Handle());
+    EXPECT_EQ(Use(viewport, "FieldOfView", LUMORA_PUT, {handle}), 0);
+    viewport->functions->Release(viewport);
+    EXPECT_EQ(CanUnload(), LUMORA_OK);
 }
 
 class Registration : public testing::Test

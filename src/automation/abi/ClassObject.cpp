@@ -2,8 +2,10 @@
 
 #include "automation/TypeLibrary.h"
 #include "automation/abi/DispatchObject.h"
+#include "automation/abi/Ownership.h"
 #include "automation/abi/Values.h"
 
+#include <atomic>
 #include <cstring>
 
 namespace lumora::automation
@@ -12,19 +14,35 @@ namespace lumora::automation
 namespace
 {
 
-struct HeldClass
+class HeldClass final : public LumoraClassObject, public Counted
 {
-    LumoraClassObject interface;
-    std::uint32_t references;
-    const CreatableClass* creatable;
+public:
+    HeldClass(const LumoraClassObjectFunctions* table, const CreatableClass& creatable)
+        : LumoraClassObject{table}, creatable_(creatable)
+    {
+    }
+
+    std::shared_ptr<Dispatchable> Create() const { return creatable_.create(); }
+
+private:
+    const CreatableClass& creatable_;
 };
 
-std::size_t liveClasses = 0;
-std::size_t locks = 0;
+std::atomic<std::size_t> locks{0};
 
 HeldClass& Held(LumoraClassObject* self)
 {
-    return *reinterpret_cast<HeldClass*>(self);
+    return static_cast<HeldClass&>(*self);
+}
+
+std::uint32_t AddRef(LumoraClassObject* self)
+{
+    return Held(self).AddReference();
+}
+
+std::uint32_t Release(LumoraClassObject* self)
+{
+    return Held(self).Release();
 }
 
 LumoraResult QueryInterface(LumoraClassObject* self, const LumoraId* interfaceId, void** object)
@@ -37,26 +55,11 @@ LumoraResult QueryInterface(LumoraClassObject* self, const LumoraId* interfaceId
     for (const LumoraId& offered : Offered)
         if (std::memcmp(&offered, interfaceId, sizeof offered) == 0)
         {
-            ++Held(self).references;
+            AddRef(self);
             *object = self;
             return LUMORA_OK;
         }
     return LUMORA_NO_INTERFACE;
-}
-
-std::uint32_t AddRef(LumoraClassObject* self)
-{
-    return ++Held(self).references;
-}
-
-std::uint32_t Release(LumoraClassObject* self)
-{
-    HeldClass& held = Held(self);
-    if (--held.references != 0)
-        return held.references;
-    delete &held;
-    --liveClasses;
-    return 0;
 }
 
 LumoraResult CreateInstance(LumoraClassObject* self, void* outer, const LumoraId* interfaceId, void** object)
@@ -69,7 +72,8 @@ LumoraResult CreateInstance(LumoraClassObject* self, void* outer, const LumoraId
     return Guarded(nullptr,
                    [&]
                    {
-                       LumoraDispatch* created = DispatchObjectFor(Held(self).creatable->create());
+                       const OwnerCall call;
+                       LumoraDispatch* created = DispatchObjectFor(Held(self).Create());
                        const LumoraResult answer = created->functions->QueryInterface(created, interfaceId, object);
                        created->functions->Release(created);
                        return answer;
@@ -78,11 +82,16 @@ LumoraResult CreateInstance(LumoraClassObject* self, void* outer, const LumoraId
 
 LumoraResult LockServer(LumoraClassObject*, int32_t lock)
 {
-    if (lock != 0)
-        ++locks;
-    else if (locks > 0)
-        --locks;
-    return LUMORA_OK;
+    return Guarded(nullptr,
+                   [&]() -> LumoraResult
+                   {
+                       const OwnerCall call;
+                       if (lock != 0)
+                           ++locks;
+                       else if (locks > 0)
+                           --locks;
+                       return LUMORA_OK;
+                   });
 }
 
 LumoraResult GetTypeLibrary(LumoraClassObject*, LumoraText* document)
@@ -93,6 +102,7 @@ LumoraResult GetTypeLibrary(LumoraClassObject*, LumoraText* document)
     return Guarded(nullptr,
                    [&]() -> LumoraResult
                    {
+                       const OwnerCall call;
                        *document = MakeText(TypeLibraryDocument());
                        return *document != nullptr ? LUMORA_OK : Report(nullptr, error::OutOfMemory, {}, {});
                    });
@@ -110,16 +120,16 @@ constexpr LumoraClassObjectFunctions Functions = {QueryInterface, AddRef,       
 
 LumoraResult MakeClassObject(const CreatableClass& creatable, const LumoraId& interfaceId, void** object)
 {
-    auto* held = new HeldClass{{&Functions}, 1, &creatable};
-    ++liveClasses;
-    const LumoraResult answer = QueryInterface(&held->interface, &interfaceId, object);
-    Release(&held->interface);
+    const OwnerCall call;
+    auto* const held = new HeldClass{&Functions, creatable};
+    const LumoraResult answer = QueryInterface(held, &interfaceId, object);
+    Release(held);
     return answer;
 }
 
-std::size_t LiveClassObjects()
+std::size_t LockCount()
 {
-    return liveClasses + locks;
+    return locks;
 }
 
 } // namespace lumora::automation

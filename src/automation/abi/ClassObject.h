@@ -8,9 +8,10 @@ namespace lumora::automation
 {
 
 /// A class object with one reference, as the interface that is asked for; LUMORA_NO_INTERFACE for another one.
+/// error::WrongThread on another thread than the owner's.
 LumoraResult MakeClassObject(const CreatableClass& creatable, const LumoraId& interfaceId, void** object);
 
-/// Class objects and locks that keep the library loaded.
-std::size_t LiveClassObjects();
+/// Locks that keep the library loaded. On any thread.
+std::size_t LockCount();
 
 } // namespace lumora::automation

@@ -1,5 +1,7 @@
 #include "automation/abi/DispatchObject.h"
 
+#include "LumoraViewport.h"
+#include "automation/abi/Ownership.h"
 #include "automation/abi/Values.h"
 
 #include <algorithm>
@@ -12,60 +14,70 @@ namespace lumora::automation
 namespace
 {
 
-// What a LumoraDispatch* of ours points to. The C part comes first: the two have one address.
-struct HeldObject
-{
-    LumoraDispatch interface;
-    std::uint32_t references;
-    std::shared_ptr<Dispatchable> face;
-};
+class HeldObject;
 
 struct LiveTable
 {
     std::unordered_map<const Dispatchable*, HeldObject*> byFace;
-    std::unordered_map<const void*, HeldObject*> byPointer;
+    std::unordered_map<const LumoraDispatch*, HeldObject*> byPointer;
 };
 
-// Never destroyed: objects may be released while the process ends.
+// The owner's. Never destroyed: objects may be released while the process ends.
 LiveTable& Live()
 {
     static auto& table = *new LiveTable;
     return table;
 }
 
+// What a LumoraDispatch* of ours points to.
+class HeldObject final : public LumoraDispatch, public Counted
+{
+public:
+    HeldObject(const LumoraDispatchFunctions* table, std::shared_ptr<Dispatchable> target)
+        : LumoraDispatch{table}, face_(std::move(target))
+    {
+    }
+
+    // The face goes after the tables forgot it: its end may end a control, and that may call back.
+    ~HeldObject() override
+    {
+        Live().byFace.erase(face_.get());
+        Live().byPointer.erase(this);
+    }
+
+    const std::shared_ptr<Dispatchable>& Face() const { return face_; }
+
+private:
+    std::shared_ptr<Dispatchable> face_;
+};
+
 HeldObject& Held(LumoraDispatch* self)
 {
-    return *reinterpret_cast<HeldObject*>(self);
+    return static_cast<HeldObject&>(*self);
 }
 
 std::uint32_t AddRef(LumoraDispatch* self)
 {
-    return ++Held(self).references;
+    return Held(self).AddReference();
 }
 
 std::uint32_t Release(LumoraDispatch* self)
 {
-    HeldObject& held = Held(self);
-    if (--held.references != 0)
-        return held.references;
-    Live().byFace.erase(held.face.get());
-    Live().byPointer.erase(self);
-    // The last reference may end a control, and that may call back.
-    const std::unique_ptr<HeldObject> dying{&held};
-    return 0;
+    return Held(self).Release();
 }
 
-// Keeps an object for the length of a call, whatever the call lets go of.
-class CallReference
+// The owner's call of an object, which is kept for as long, whatever the call lets go of.
+class ObjectCall
 {
 public:
-    explicit CallReference(LumoraDispatch* self) : self_(self) { AddRef(self_); }
-    ~CallReference() { Release(self_); }
-    CallReference(const CallReference&) = delete;
-    CallReference& operator=(const CallReference&) = delete;
-    Dispatchable& Face() const { return *Held(self_).face; }
+    explicit ObjectCall(LumoraDispatch* self) : self_(self) { AddRef(self_); }
+    ~ObjectCall() { Release(self_); }
+    ObjectCall(const ObjectCall&) = delete;
+    ObjectCall& operator=(const ObjectCall&) = delete;
+    Dispatchable& Face() const { return *Held(self_).Face(); }
 
 private:
+    OwnerCall owner_; // begins before the reference and ends after it
     LumoraDispatch* self_;
 };
 
@@ -87,7 +99,7 @@ LumoraResult QueryInterface(LumoraDispatch* self, const LumoraId* interfaceId, v
 
 const char* ClassNameOfObject(LumoraDispatch* self)
 {
-    return Held(self).face->ClassName().data(); // tables end their names by 0
+    return Held(self).Face()->ClassName().data(); // tables end their names by 0
 }
 
 LumoraResult DescribeMember(std::span<const MemberInfo> members, std::int32_t index, LumoraMember* described)
@@ -127,22 +139,22 @@ LumoraResult DescribeArgument(std::span<const MemberInfo> members, std::int32_t 
 
 LumoraResult GetMember(LumoraDispatch* self, int32_t index, LumoraMember* member)
 {
-    return DescribeMember(Held(self).face->Members(), index, member);
+    return Guarded(nullptr, [&] { return DescribeMember(ObjectCall{self}.Face().Members(), index, member); });
 }
 
 LumoraResult GetMemberArgument(LumoraDispatch* self, int32_t index, int32_t argument, LumoraArgument* info)
 {
-    return DescribeArgument(Held(self).face->Members(), index, argument, info);
+    return Guarded(nullptr, [&] { return DescribeArgument(ObjectCall{self}.Face().Members(), index, argument, info); });
 }
 
 LumoraResult GetEvent(LumoraDispatch* self, int32_t index, LumoraMember* event)
 {
-    return DescribeMember(Held(self).face->Events(), index, event);
+    return Guarded(nullptr, [&] { return DescribeMember(ObjectCall{self}.Face().Events(), index, event); });
 }
 
 LumoraResult GetEventArgument(LumoraDispatch* self, int32_t index, int32_t argument, LumoraArgument* info)
 {
-    return DescribeArgument(Held(self).face->Events(), index, argument, info);
+    return Guarded(nullptr, [&] { return DescribeArgument(ObjectCall{self}.Face().Events(), index, argument, info); });
 }
 
 LumoraResult GetIdOfName(LumoraDispatch* self, const char* name, int32_t* id, LumoraError* error)
@@ -153,7 +165,7 @@ LumoraResult GetIdOfName(LumoraDispatch* self, const char* name, int32_t* id, Lu
                        if (name == nullptr || id == nullptr)
                            return LUMORA_POINTER;
                        *id = -1;
-                       *id = Held(self).face->IdOf(name);
+                       *id = ObjectCall{self}.Face().IdOf(name);
                        return LUMORA_OK;
                    });
 }
@@ -184,12 +196,12 @@ LumoraResult Invoke(LumoraDispatch* self, int32_t id, uint32_t kinds, LumoraValu
                     LumoraValue* result, LumoraError* error)
 {
     constexpr std::int32_t MaximumArguments = 64;
-    const CallReference call{self};
     if (result != nullptr)
         *result = LumoraValue{};
     return Guarded(error,
                    [&]() -> LumoraResult
                    {
+                       const ObjectCall call{self};
                        if (count < 0 || (count > 0 && arguments == nullptr))
                            return LUMORA_POINTER;
                        if (count > MaximumArguments)
@@ -263,10 +275,10 @@ private:
 
 LumoraResult Advise(LumoraDispatch* self, const LumoraSink* sink, uint32_t* connection, LumoraError* error)
 {
-    const CallReference call{self};
     return Guarded(error,
                    [&]() -> LumoraResult
                    {
+                       const ObjectCall call{self};
                        if (sink == nullptr || sink->OnEvent == nullptr || connection == nullptr)
                            return LUMORA_POINTER;
                        *connection = 0;
@@ -280,10 +292,9 @@ LumoraResult Advise(LumoraDispatch* self, const LumoraSink* sink, uint32_t* conn
 
 LumoraResult Unadvise(LumoraDispatch* self, uint32_t connection)
 {
-    const CallReference call{self};
     return Guarded(nullptr,
                    [&]() -> LumoraResult
-                   { return call.Face().Disconnect(connection) ? LUMORA_OK : LUMORA_NO_CONNECTION; });
+                   { return ObjectCall{self}.Face().Disconnect(connection) ? LUMORA_OK : LUMORA_NO_CONNECTION; });
 }
 
 LumoraText MakeTextOf(LumoraDispatch*, const uint16_t* units, uint32_t count)
@@ -317,23 +328,24 @@ constexpr LumoraDispatchFunctions Functions = {
 
 LumoraDispatch* DispatchObjectFor(const std::shared_ptr<Dispatchable>& face)
 {
+    const OwnerCall call;
     if (const auto known = Live().byFace.find(face.get()); known != Live().byFace.end())
     {
-        ++known->second->references;
-        return &known->second->interface;
+        known->second->AddReference();
+        return known->second;
     }
-    auto held = std::make_unique<HeldObject>(HeldObject{{&Functions}, 1, face});
-    Live().byPointer.emplace(&held->interface, held.get());
+    auto* const held = new HeldObject{&Functions, face};
     try
     {
-        Live().byFace.emplace(face.get(), held.get());
+        Live().byPointer.emplace(held, held);
+        Live().byFace.emplace(face.get(), held);
     }
     catch (...)
     {
-        Live().byPointer.erase(&held->interface);
+        held->Release();
         throw;
     }
-    return &held.release()->interface;
+    return held;
 }
 
 ObjectReference ObjectOf(const LumoraDispatch* object)
@@ -341,14 +353,9 @@ ObjectReference ObjectOf(const LumoraDispatch* object)
     if (object == nullptr)
         return nullptr;
     const auto known = Live().byPointer.find(object);
-    if (known == Live().byPointer.end())
+    if (known == Live().byPointer.end() || !known->second->IsHeld())
         throw RuntimeError{error::TypeMismatch, "automation", "Type mismatch: this is no object of this library"};
-    return known->second->face;
-}
-
-std::size_t LiveObjects()
-{
-    return Live().byPointer.size();
+    return known->second->Face();
 }
 
 } // namespace lumora::automation

@@ -3,7 +3,7 @@
 #include "automation/Classes.h"
 #include "automation/TypeLibrary.h"
 #include "automation/abi/ClassObject.h"
-#include "automation/abi/DispatchObject.h"
+#include "automation/abi/Ownership.h"
 #include "automation/abi/Values.h"
 #include "platform/automation/Registry.h"
 
@@ -58,7 +58,13 @@ void AddClasses(Registry& registry, const std::string& library, const std::strin
 template<typename Step>
 LumoraResult Registering(Step&& step)
 {
-    return Guarded(nullptr, step) < 0 ? LUMORA_REGISTRATION : LUMORA_OK;
+    const LumoraResult answer = Guarded(nullptr,
+                                        [&]
+                                        {
+                                            const OwnerCall call;
+                                            return step();
+                                        });
+    return answer >= 0 || answer == LUMORA_WRONG_THREAD ? answer : LUMORA_REGISTRATION;
 }
 
 } // namespace
@@ -84,7 +90,8 @@ extern "C"
 
     LumoraResult DllCanUnloadNow(void)
     {
-        return LiveObjects() + LiveClassObjects() == 0 ? LUMORA_OK : LUMORA_FALSE;
+        OwnerCall::DestroyReleased();
+        return LiveCount() + LockCount() == 0 ? LUMORA_OK : LUMORA_FALSE;
     }
 
     LumoraResult DllRegisterServer(void)

@@ -22,6 +22,7 @@ inline constexpr std::int32_t ReadOnlyProperty = 383;           ///< a write to 
 inline constexpr std::int32_t WrongArgumentCount = 450;         ///< more or fewer arguments than the member takes
 inline constexpr std::int32_t NoEvents = 459;                   ///< a sink for an object that raises no events
 inline constexpr std::int32_t DispatchIdNotFound = -2147352573; ///< 0x80020003, no member of this id and kind
+inline constexpr std::int32_t WrongThread = -2147417842;        ///< 0x8001010E, another thread owns the library
 } // namespace error
 
 /// What is done with a member. Bits: a caller that cannot tell a method from a property asks for both.
