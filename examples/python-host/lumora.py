@@ -9,7 +9,9 @@
 
 A method answers its result, and after it whatever it wrote into its arguments: `x, y, z = viewport.GetCameraPosition()`.
 Arguments that are only written may be left out from the end. A handler that returns something not None writes it back
-into the event's arguments (a tuple for more than one). Failures are `lumora.Error`. Needs nothing but Python itself.
+into the event's arguments (a tuple for more than one). Failures are `lumora.Error`; a name that no member has is an
+AttributeError too, so that hasattr and getattr with a default work. One thread makes all calls; objects may be dropped
+on any, as the garbage collector does. Needs nothing but Python itself.
 
 Many numbers cross as buffers. Anything with the buffer protocol (array.array, bytes, memoryview, arrays of numpy) is
 read where it lies when it is contiguous and of 32-bit whole numbers, Singles, Doubles or bytes, and converted otherwise.
@@ -19,6 +21,7 @@ Results are memoryviews of the library's memory, which stays as long as they do.
 import array
 import contextlib
 import ctypes
+import itertools
 import os
 from ctypes import (CFUNCTYPE, POINTER, Structure, Union, byref, c_char_p, c_double, c_float, c_int16, c_int32,
                     c_ubyte, c_uint32, c_uint64, c_void_p)
@@ -112,6 +115,16 @@ class Error(Exception):
         self.number, self.source, self.description = number, source, description
 
 
+class UnknownName(Error, AttributeError):
+    """Error 438: no member or event has this name."""
+
+
+_WRONG_THREAD = -2147417842
+_SENTENCES = {_WRONG_THREAD: "Another thread owns this library: make this call on the thread that made the first one, "
+                             "or release every object before this thread makes its first call"}
+_MISSING = object()  # stands for an argument that was left out: the empty value of its type
+
+
 def _functions(pointer, table):
     return ctypes.cast(ctypes.cast(pointer, POINTER(c_void_p))[0], POINTER(table))[0]
 
@@ -133,7 +146,8 @@ def _has_buffer(content):
 
 def _check(answer, what):
     if answer < 0:
-        raise Error(answer, "LumoraViewport", f"{what} failed: 0x{answer & 0xFFFFFFFF:08X}")
+        sentence = _SENTENCES.get(answer, f"{what} failed: 0x{answer & 0xFFFFFFFF:08X}")
+        raise Error(answer, "LumoraViewport", sentence)
 
 
 class _View(Structure):
@@ -275,19 +289,22 @@ class Object:
 
     def _rows(self, get_row, get_argument):
         rows, record = {}, MemberRecord()
-        while get_row(self._pointer, len(rows), byref(record)) == 0:
+        while (answer := get_row(self._pointer, len(rows), byref(record))) == 0:
             arguments = []
             for place in range(record.argumentCount):
                 arguments.append(ArgumentRecord())
                 get_argument(self._pointer, len(rows), place, byref(arguments[-1]))
             rows[record.name.decode().lower()] = Member(record, arguments)
+        _check(answer, "Reading the members")
         return rows
 
     # Values.
 
     def _fill(self, value, content, lent=None):
         """Buffers are only lent: what keeps them goes into the list `lent`."""
-        if content is None:
+        if content is _MISSING:
+            value.type = EMPTY
+        elif content is None:
             value.type, value.content.object = OBJECT, None
         elif isinstance(content, bool):
             value.type, value.content.integer = BOOLEAN, -1 if content else 0
@@ -323,11 +340,11 @@ class Object:
         return {INTEGER: content.integer, LONG: content.number, SINGLE: content.single,
                 DOUBLE: content.real}.get(kind)
 
-    def _raise(self, answer, error):
+    def _raise(self, answer, error, kind=Error):
         source, description = _text(error.source), _text(error.description)
         self._functions.FreeText(self._pointer, error.source)
         self._functions.FreeText(self._pointer, error.description)
-        raise Error(error.number or answer, source, description or f"failed: 0x{answer & 0xFFFFFFFF:08X}")
+        raise kind(error.number or answer, source, description or f"failed: 0x{answer & 0xFFFFFFFF:08X}")
 
     def _invoke(self, member, kinds, contents):
         values, result, error, lent = (Value * len(contents))(), Value(), ErrorRecord(), []
@@ -352,7 +369,8 @@ class Object:
         member = self._members.get(name.lower())
         if member is None:
             place, error = c_int32(), ErrorRecord()
-            self._raise(self._functions.GetIdOfName(self._pointer, name.encode(), byref(place), byref(error)), error)
+            answer = self._functions.GetIdOfName(self._pointer, name.encode(), byref(place), byref(error))
+            self._raise(answer, error, UnknownName if error.number == 438 else Error)
         return member
 
     def __getattr__(self, name):
@@ -365,7 +383,7 @@ class Object:
         def method(*contents):
             missing = member.arguments[len(contents):]
             if all(by_reference for _, by_reference in missing):
-                contents += (0,) * len(missing)
+                contents += (_MISSING,) * len(missing)
             return self._invoke(member, METHOD, contents)
         return method
 
@@ -396,35 +414,56 @@ class Object:
     # Events.
 
     def on(self, name, handler):
-        """Calls handler(*arguments) at each event of this name; returns a number for `off`."""
+        """Calls handler(*arguments) at each event of this name; returns a number for `off`.
+
+        The control keeps the handler. One that refers to the control keeps it in turn, until `off`.
+        """
         event = self._events.get(name.lower())
         if event is None:
-            raise Error(438, self.class_name(), f'{self.class_name()} has no event "{name}"')
-        functions, pointer = self._functions, self._pointer
-
-        def on_event(_, place, values, count, error):
-            if place != event.id:
-                return 0
-            try:
-                changes = handler(*(self._read(values[i]) for i in range(count)))
-                for i, change in enumerate(() if changes is None else changes if isinstance(changes, tuple) else (changes,)):
-                    functions.ClearValue(pointer, byref(values[i]))
-                    self._fill(values[i], change)
-                return 0
-            except Exception as failure:  # it goes back to whoever made the control raise the event
-                error[0].number = getattr(failure, "number", 5)
-                error[0].source = functions.MakeTextFromUtf8(pointer, type(failure).__name__.encode())
-                error[0].description = functions.MakeTextFromUtf8(pointer, str(failure).encode())
-                return -2147352567
-
-        sink = Sink(None, ON_EVENT(on_event), RELEASED())
-        connection, error = c_uint32(), ErrorRecord()
-        answer = functions.Advise(pointer, byref(sink), byref(connection), byref(error))
+            raise UnknownName(438, self.class_name(), f'{self.class_name()} has no event "{name}"')
+        key, connection, error = next(_handler_keys), c_uint32(), ErrorRecord()
+        values = object.__new__(Object)  # reads and fills values, and holds no object
+        values.__dict__.update(_pointer=None, _functions=self._functions)
+        _handlers[key] = (event.id, handler, values)
+        answer = self._functions.Advise(self._pointer, byref(Sink(key, _ON_EVENT, _RELEASED)), byref(connection),
+                                        byref(error))
         if answer < 0:
+            _handlers.pop(key, None)
             self._raise(answer, error)
-        self.__dict__.setdefault("_sinks", {})[connection.value] = sink
         return connection.value
 
     def off(self, connection):
         _check(self._functions.Unadvise(self._pointer, connection), "Unadvise")
-        self._sinks.pop(connection, None)
+
+
+# What the library calls at events. The control keeps a sink for longer than Python keeps the object that connected it,
+# so these two live as long as the process, and a handler until the library lets its sink go.
+_handlers, _handler_keys = {}, itertools.count(1)
+
+
+def _on_event(key, place, arguments, count, error, handlers=_handlers):
+    event, handler, values = handlers.get(key, (None, None, None))
+    if place != event:
+        return 0
+    functions = values._functions
+    try:
+        changes = handler(*(values._read(arguments[i]) for i in range(count)))
+        changes = () if changes is None else changes if isinstance(changes, tuple) else (changes,)
+        for i, change in enumerate(changes):
+            functions.ClearValue(None, byref(arguments[i]))
+            values._fill(arguments[i], change)
+        return 0
+    except Exception as failure:  # it goes back to whoever made the control raise the event
+        error[0].number = getattr(failure, "number", 5)
+        error[0].source = functions.MakeTextFromUtf8(None, type(failure).__name__.encode())
+        error[0].description = functions.MakeTextFromUtf8(None, str(failure).encode())
+        return -2147352567
+
+
+def _released(key, handlers=_handlers):
+    handlers.pop(key, None)
+
+
+_ON_EVENT, _RELEASED = ON_EVENT(_on_event), RELEASED(_released)
+for _callback in (_ON_EVENT, _RELEASED):  # a control may end while Python does
+    ctypes.pythonapi.Py_IncRef(ctypes.py_object(_callback))

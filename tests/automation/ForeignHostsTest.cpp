@@ -131,4 +131,11 @@ TEST_F(ForeignHosts, a_python_program_gets_what_cpp_gets)
     Compare(LUMORA_PYTHON " -B " LUMORA_PYTHON_HOST);
 }
 
+TEST(PythonBinding, keeps_its_promises_beside_a_thread_that_collects_garbage)
+{
+    if (std::string{LUMORA_PYTHON}.empty())
+        GTEST_SKIP() << "no Python 3";
+    EXPECT_EQ(OutputOf(LUMORA_PYTHON " -B " LUMORA_BINDING_TEST " " LUMORA_LIBRARY " 2>&1"), "all released\n");
+}
+
 } // namespace lumora::test
