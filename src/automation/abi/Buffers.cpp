@@ -1,5 +1,6 @@
 #include "automation/abi/Buffers.h"
 
+#include "automation/abi/Ownership.h"
 #include "platform/automation/RuntimeError.h"
 
 #include <mutex>
@@ -13,18 +14,26 @@ namespace
 
 static_assert(NumberBuffer::MaximumBytes == LUMORA_MAXIMUM_BUFFER);
 
-// What a LumoraBuffer* of ours points to. The C part comes first: the two have one address.
-struct HeldBuffer
+// What a LumoraBuffer* of ours points to. Collectors of other languages clear buffers on threads of their own; what a
+// buffer keeps may be a surface or a mesh, which ends on the owner's thread.
+class HeldBuffer final : public LumoraBuffer, public Counted
 {
-    LumoraBuffer interface;
-    NumberBuffer numbers;
+public:
+    explicit HeldBuffer(const NumberBuffer& numbers)
+        : LumoraBuffer{numbers.data, numbers.count, static_cast<std::int32_t>(numbers.type),
+                       numbers.isWritable ? LUMORA_WRITABLE : 0},
+          numbers_(numbers)
+    {
+    }
+
+private:
+    NumberBuffer numbers_;
 };
 
-// Collectors of other languages clear buffers on threads of their own.
 struct LiveBuffers
 {
     std::mutex mutex;
-    std::unordered_map<const void*, std::unique_ptr<HeldBuffer>> byPointer;
+    std::unordered_map<const LumoraBuffer*, HeldBuffer*> byPointer;
 };
 
 // Never destroyed: buffers may be cleared while the process ends.
@@ -60,22 +69,32 @@ NumberBuffer ReadBuffer(const LumoraBuffer* buffer)
 
 LumoraBuffer* MakeBuffer(const NumberBuffer& buffer)
 {
-    auto held = std::make_unique<HeldBuffer>(HeldBuffer{
-        {buffer.data, buffer.count, static_cast<std::int32_t>(buffer.type), buffer.isWritable ? LUMORA_WRITABLE : 0},
-        buffer});
-    LumoraBuffer* const made = &held->interface;
-    LiveBuffers& live = Live();
-    const std::lock_guard guard{live.mutex};
-    live.byPointer.emplace(made, std::move(held));
+    auto* const made = new HeldBuffer{buffer};
+    try
+    {
+        LiveBuffers& live = Live();
+        const std::scoped_lock lock{live.mutex};
+        live.byPointer.emplace(made, made);
+    }
+    catch (...)
+    {
+        made->Release();
+        throw;
+    }
     return made;
 }
 
 void FreeBuffer(LumoraBuffer* buffer) noexcept
 {
     LiveBuffers& live = Live();
-    decltype(live.byPointer)::node_type dying; // what it keeps goes once others may come in
-    const std::lock_guard guard{live.mutex};
-    dying = live.byPointer.extract(buffer);
+    std::unique_lock lock{live.mutex};
+    const auto known = live.byPointer.find(buffer);
+    if (known == live.byPointer.end())
+        return;
+    HeldBuffer* const held = known->second;
+    live.byPointer.erase(known);
+    lock.unlock();
+    held->Release();
 }
 
 } // namespace lumora::automation

@@ -12,10 +12,12 @@ namespace lumora::automation
 /// count without memory; error 7 for more than LUMORA_MAXIMUM_BUFFER bytes.
 NumberBuffer ReadBuffer(const LumoraBuffer* buffer);
 
-/// A record of the receiver's own; the memory stays as long as it.
+/// A record of the receiver's own; the memory stays as long as it. On the owner's thread, which stays the owner while
+/// the record is held.
 LumoraBuffer* MakeBuffer(const NumberBuffer& buffer);
 
-/// Frees a record that MakeBuffer made; any other pointer is left alone, without being looked into.
+/// Frees a record that MakeBuffer made, on any thread: what the buffer keeps ends on the owner's. Any other pointer is
+/// left alone, without being looked into.
 void FreeBuffer(LumoraBuffer* buffer) noexcept;
 
 } // namespace lumora::automation
