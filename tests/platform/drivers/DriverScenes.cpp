@@ -47,6 +47,13 @@ ScenePass Orthographic(CameraPlace place = {})
     return pass;
 }
 
+ScenePass TwoSided(ScenePass pass, Transparency transparency = PassState{}.transparency)
+{
+    pass.state.cull = CullMode::None;
+    pass.state.transparency = transparency;
+    return pass;
+}
+
 Passes With(ScenePass pass, std::vector<DrawItem> items)
 {
     pass.items = std::move(items);
@@ -55,11 +62,7 @@ Passes With(ScenePass pass, std::vector<DrawItem> items)
 
 SurfaceMaterial Shiny(float power)
 {
-    SurfaceMaterial material;
-    material.power = power;
-    material.specular = {0.9F, 0.9F, 0.7F};
-    material.emissive = {0.03F, 0, 0.06F};
-    return material;
+    return {power, {0.9F, 0.9F, 0.7F}, {0.03F, 0, 0.06F}};
 }
 
 Mesh Ball(float power = 0)
@@ -69,28 +72,12 @@ Mesh Ball(float power = 0)
 
 LightState PointLight(Double3 place, Vector color)
 {
-    LightState light;
-    light.kind = LightKind::Point;
-    light.color = color;
-    light.position = place;
-    light.range = 20;
-    light.constantAttenuation = 0.4;
-    light.linearAttenuation = 0.2;
-    light.quadraticAttenuation = 0.1;
-    return light;
+    return {LightKind::Point, color, place, {}, 20, 0.4, 0.2, 0.1};
 }
 
 LightState SpotLight(Double3 place, Double3 direction, Vector color)
 {
-    LightState light = PointLight(place, color);
-    light.kind = LightKind::Spot;
-    light.direction = Normalized(direction);
-    light.umbra = 0.5;
-    light.penumbra = 0.9;
-    light.constantAttenuation = 1;
-    light.linearAttenuation = 0;
-    light.quadraticAttenuation = 0;
-    return light;
+    return {LightKind::Spot, color, place, Normalized(direction), 20, 1, 0, 0, 0.5, 0.9};
 }
 
 // --- solid ---
@@ -120,23 +107,17 @@ Passes SquashedAndMirrored()
     squash.m[0][0] = -1.5;
     squash.m[1][1] = 0.5;
     squash.m[2][0] = 0.4;
-    ScenePass pass = Perspective();
-    pass.state.cull = CullMode::None;
-    return With(pass, {Item(Ball(12), squash * Turned(0.3, 0.5))});
+    return With(TwoSided(Perspective()), {Item(Ball(12), squash * Turned(0.3, 0.5))});
 }
 
 Passes TinyTriangles()
 {
-    ScenePass pass = Perspective();
-    pass.state.cull = CullMode::None;
-    return With(pass, {Unlit(Item(Confetti(6000, 1.7F, 0.02F, 0xFF, 7)))});
+    return With(TwoSided(Perspective()), {Unlit(Item(Confetti(6000, 1.7F, 0.02F, 0xFF, 7)))});
 }
 
 Passes MiddlingTriangles()
 {
-    ScenePass pass = Perspective();
-    pass.state.cull = CullMode::None;
-    return With(pass, {Flat(Unlit(Item(Confetti(400, 1.8F, 0.5F, 0xFF, 11))))});
+    return With(TwoSided(Perspective()), {Flat(Unlit(Item(Confetti(400, 1.8F, 0.5F, 0xFF, 11))))});
 }
 
 /// Slivers of one and a half 1/256 by 1/256 pixel, the least that holds a pixel's centre inside, there at its centroid:
@@ -165,9 +146,7 @@ Passes Needles()
             first = {first.y, first.x, 0}, second = {second.y, second.x, 0};
         needle(30 + i * 37 % 260, 30 + i * 53 % 180, first, second);
     }
-    ScenePass pass = Orthographic();
-    pass.state.cull = CullMode::None;
-    return With(pass, {Unlit(Item(maker.Make()))});
+    return With(TwoSided(Orthographic()), {Unlit(Item(maker.Make()))});
 }
 
 /// Floor, ceiling and wall, each one triangle that crosses all planes of the view volume and the eye's own.
@@ -180,8 +159,7 @@ Passes HugeTriangles()
     face({-500, -1.2F, -300}, {0, -1.6F, 700}, {600, -0.9F, -250});
     face({-400, 1, 500}, {-300, 1.3F, -400}, {700, 2, 300});
     face({1.5F, -300, -200}, {2.5F, 400, -100}, {3, 20, 600});
-    ScenePass pass = Perspective();
-    pass.state.cull = CullMode::None;
+    ScenePass pass = TwoSided(Perspective());
     pass.state.fog = {FogMode::Linear, {0.9F, 0.9F, 1}, 2, 60, 0};
     return With(pass, {Unlit(Item(maker.Make()))});
 }
@@ -245,9 +223,7 @@ Passes TexturedCubeCloseUp(TextureFilter filter)
 
 Passes TranslucentTexture(Transparency transparency)
 {
-    ScenePass pass = Perspective();
-    pass.state.transparency = transparency;
-    pass.state.cull = CullMode::None;
+    const ScenePass pass = TwoSided(Perspective(), transparency);
     return With(pass, {Item(Ball(), MovedTo({0, 0, 2})),
                        Unlit(Item(Cube(0.9F, 0xE0, Ramp(32, 32, 0x20)), Turned(0.6, 0.35, {0.2, 0, -0.5})))});
 }
@@ -257,9 +233,7 @@ Passes TranslucentTexture(Transparency transparency)
 /// Three panes through each other, a ball behind them, submitted nearest first.
 Passes CrossedPanes(Transparency transparency)
 {
-    ScenePass pass = Perspective();
-    pass.state.transparency = transparency;
-    pass.state.cull = CullMode::None;
+    const ScenePass pass = TwoSided(Perspective(), transparency);
     const auto pane = [](std::uint32_t color, double aboutY, double aboutX, double z) {
         return Unlit(Item(Quad(-1.3F, -1.2F, 1.4F, 1.1F, 0, color), Turned(aboutY, aboutX, {0, 0, z})));
     };
@@ -269,9 +243,7 @@ Passes CrossedPanes(Transparency transparency)
 
 Passes TranslucentConfetti()
 {
-    ScenePass pass = Perspective();
-    pass.state.cull = CullMode::None;
-    return With(pass, {Item(Ball(10)), Unlit(Item(Confetti(250, 1.8F, 0.5F, 0x70, 5)))});
+    return With(TwoSided(Perspective()), {Item(Ball(10)), Unlit(Item(Confetti(250, 1.8F, 0.5F, 0x70, 5)))});
 }
 
 /// What waits from the first pass is sorted with the second pass's and drawn over both.
@@ -324,9 +296,7 @@ Passes WiresThroughTheEye()
 
 Passes TranslucentWires(Transparency transparency)
 {
-    ScenePass pass = Perspective();
-    pass.state.transparency = transparency;
-    pass.state.cull = CullMode::None;
+    const ScenePass pass = TwoSided(Perspective(), transparency);
     return With(pass, {Item(Ball(), MovedTo({0.5, 0, 1})),
                        Unlit(Filled(Item(Confetti(60, 1.6F, 1, 0x80, 13)), FillStyle::Wireframe))});
 }
@@ -339,9 +309,7 @@ Passes BallOfPoints()
 /// Several triangles to a pixel, most of which cover no pixel centre.
 std::vector<ScenePass> DenseScan()
 {
-    ScenePass pass = Perspective();
-    pass.state.cull = CullMode::CounterClockwise;
-    return With(pass, {Item(Sphere(1.5F, 250, 350, 0xFF90C0A0, Shiny(12)))});
+    return With(Perspective(), {Item(Sphere(1.5F, 250, 350, 0xFF90C0A0, Shiny(12)))});
 }
 
 /// Two triangles, one of which is translucent.
@@ -376,9 +344,7 @@ Passes AssortedItems(Transparency transparency)
                               Flat(shiny),  Filled(shiny, FillStyle::Points),
                               veil,         matte,
                               glass};
-    ScenePass pass = Perspective();
-    pass.state.transparency = transparency;
-    pass.state.cull = CullMode::None;
+    ScenePass pass = TwoSided(Perspective(), transparency);
     constexpr int Columns = 15;
     for (int i = 0; i < 10 * Columns + 1; ++i)
     {

@@ -61,42 +61,30 @@ std::vector<DrawItem> Tiles(int columns, int rows)
 
 std::vector<LargeScene> LargeScenes()
 {
-    SurfaceMaterial shiny;
-    shiny.power = 20;
+    const SurfaceMaterial shiny{20};
     const auto sphere = Sphere(1.5F, 100, 100, 0xFFB09070, shiny);
     const auto textured = Sphere(1.5F, 100, 100, 0xFFFFFFFF, shiny, Ramp(37, 50, 0x40));
     const auto opaque = Confetti(15000, 4, 1.5F, 0xFF, 1);
     const auto glass = Confetti(15000, 4, 0.7F, 0x60, 2);
+    const auto checks = Checkerboard(64, 8, 0xFF000000, 0xFFFFFFFF);
+    const auto glassBall = Sphere(1.8F, 60, 60, 0x80FFFFFF, shiny, Ramp(37, 50, 0x40));
+    constexpr FillStyle Lines = FillStyle::Wireframe;
+    constexpr FillStyle Points = FillStyle::Points;
+    using enum Transparency;
+    using enum TextureFilter;
     return {
         {"smooth", {Placed(sphere), Placed(opaque)}},
         {"dense", {Placed(Sphere(1.5F, 400, 400, 0xFFB09070, shiny))}},
-        {"flat_in_fog",
-         {Flat(Placed(sphere)), Flat(Placed(opaque))},
-         Transparency::Sorted,
-         TextureFilter::Linear,
-         FogMode::Exponential},
+        {"flat_in_fog", {Flat(Placed(sphere)), Flat(Placed(opaque))}, Sorted, Linear, FogMode::Exponential},
         {"sorted", {Placed(sphere), Placed(glass)}},
         {"sorted_at_few_distances", Panes(2000)},
         {"sorted_hardly_apart", Tiles(50, 40)},
-        {"blended", {Placed(sphere), Placed(glass)}, Transparency::Blended},
-        {"stippled_mips", {Placed(textured), Placed(glass)}, Transparency::Stippled, TextureFilter::LinearMipLinear},
-        {"mips_of_glass",
-         {Placed(textured), Placed(Floor(30, 70, 0xFFFFFFFF, Checkerboard(64, 8, 0xFF000000, 0xFFFFFFFF)), {0, -1, 0})},
-         Transparency::Sorted,
-         TextureFilter::MipLinear},
-        {"wireframe",
-         {Placed(sphere, {}, FillStyle::Wireframe), Placed(glass, {}, FillStyle::Wireframe)},
-         Transparency::Blended},
-        {"textured_glass_in_fog",
-         {Placed(sphere), Placed(Sphere(1.8F, 60, 60, 0x80FFFFFF, shiny, Ramp(37, 50, 0x40)))},
-         Transparency::Blended,
-         TextureFilter::Linear,
-         FogMode::Linear},
-        {"points_in_fog",
-         {Placed(sphere, {}, FillStyle::Points), Placed(opaque, {}, FillStyle::Points)},
-         Transparency::Sorted,
-         TextureFilter::Linear,
-         FogMode::Linear},
+        {"blended", {Placed(sphere), Placed(glass)}, Blended},
+        {"stippled_mips", {Placed(textured), Placed(glass)}, Stippled, LinearMipLinear},
+        {"mips_of_glass", {Placed(textured), Placed(Floor(30, 70, 0xFFFFFFFF, checks), {0, -1, 0})}, Sorted, MipLinear},
+        {"wireframe", {Placed(sphere, {}, Lines), Placed(glass, {}, Lines)}, Blended},
+        {"textured_glass_in_fog", {Placed(sphere), Placed(glassBall)}, Blended, Linear, FogMode::Linear},
+        {"points_in_fog", {Placed(sphere, {}, Points), Placed(opaque, {}, Points)}, Sorted, Linear, FogMode::Linear},
     };
 }
 
@@ -106,14 +94,10 @@ Canvas Drawn(const LargeScene& scene, const RgbOptions& options)
     Canvas canvas{Width, Height};
     PassState pass =
         PerspectivePass(Width, Height, {.eye = {0, 0.5, -4}, .target = {}, .field = 0.7, .front = 1, .back = 30});
-    LightState spot;
-    spot.kind = LightKind::Spot;
-    spot.position = {2, 3, -4};
-    spot.direction = Normalized(Double3{-2, -3, 4});
-    spot.range = 50;
-    spot.umbra = 0.3;
-    spot.penumbra = 1;
-    const std::vector<LightState> lights{AmbientLight(0.2F), DirectionalLight(Normalized(Double3{1, -1, 1})), spot};
+    const Double3 toCentre = Normalized(Double3{-2, -3, 4});
+    const std::vector<LightState> lights{AmbientLight(0.2F),
+                                         DirectionalLight({1, -1, 1}),
+                                         {LightKind::Spot, {1, 1, 1}, {2, 3, -4}, toCentre, 50, 1, 0, 0, 0.3, 1}};
     pass.lights = lights;
     pass.transparency = scene.transparency;
     pass.filter = scene.filter;

@@ -37,9 +37,11 @@ PassState CameraPass(int width, int height, const CameraPlace& place)
 
 } // namespace
 
-Canvas::Canvas(int width, int height)
+Canvas::Canvas(int width, int height, std::uint32_t color)
     : width_(width), height_(height), pixels_(static_cast<std::size_t>(width + Margin) * height, MarginColor)
 {
+    for (int y = 0; y < height; ++y)
+        std::fill_n(View().Row(y), width, color);
 }
 
 PixelView Canvas::View()
@@ -136,18 +138,12 @@ void DrawPicture(Driver& driver, Canvas& canvas, const PassState& pass, const st
 
 LightState AmbientLight(float level)
 {
-    LightState light;
-    light.kind = LightKind::Ambient;
-    light.color = {level, level, level};
-    return light;
+    return {LightKind::Ambient, {level, level, level}, {}, {}};
 }
 
 LightState DirectionalLight(Double3 direction, Vector color)
 {
-    LightState light;
-    light.color = color;
-    light.direction = Normalized(direction);
-    return light;
+    return {LightKind::Directional, color, {}, Normalized(direction)};
 }
 
 } // namespace lumora::test

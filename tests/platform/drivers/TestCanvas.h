@@ -15,7 +15,7 @@ namespace lumora::test
 class Canvas
 {
 public:
-    Canvas(int width, int height);
+    Canvas(int width, int height, std::uint32_t color = 0);
 
     PixelView View();
     int Width() const { return width_; }

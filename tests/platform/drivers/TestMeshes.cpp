@@ -248,10 +248,7 @@ std::shared_ptr<const DrawMesh> Confetti(int count, float spread, float size, st
 
 DrawItem Item(std::shared_ptr<const DrawMesh> mesh, const Matrix4& world)
 {
-    DrawItem item;
-    item.mesh = std::move(mesh);
-    item.world = world;
-    return item;
+    return {std::move(mesh), world};
 }
 
 DrawItem Unlit(DrawItem item)

@@ -90,9 +90,7 @@ TEST_P(TransparencyOf, stippled_faces_cover_a_share_of_pixels_equal_to_alpha)
 TEST_P(TransparencyOf, stippled_faces_hide_what_lies_behind_where_they_are)
 {
     const Canvas canvas = Draw(Transparency::Stippled, {Pane(0.3F, 0x80FF0000), Pane(0.6F, 0xFF0000FF)});
-    const int red = canvas.CountNot(0x0000FF);
-    EXPECT_EQ(red + canvas.CountNot(0xFF0000), Side * Side);
-    EXPECT_NEAR(red, Side * Side / 2, Side * Side / 16);
+    EXPECT_EQ(canvas.CountNot(0x0000FF) + canvas.CountNot(0xFF0000), Side * Side);
 }
 
 TEST_P(TransparencyOf, two_faces_shows_what_its_mode_says)
@@ -114,19 +112,11 @@ TEST_P(TransparencyOf, two_faces_shows_what_its_mode_says)
         {"blended, hidden by its depth", Blended, {red, green}, Half, 0, 0},
         {"sorted", Sorted, {green, red}, Half, Half * Rest, 0},
         {"sorted, the nearer one first", Sorted, {red, green}, Half, Half * Rest, 0},
-        {"sorted at one depth, in their order",
-         Sorted,
-         {Pane(0.5F, HalfGreen), Pane(0.5F, HalfRed)},
-         Half,
-         Half * Rest,
-         0},
         {"sorted before an opaque one", Sorted, {red, wall}, Half, 0, Rest},
         {"sorted behind an opaque one", Sorted, {wall, Pane(0.7F, HalfRed)}, 0, 0, 1},
         {"a texture's alpha", Sorted, {Pane(0.3F, 0xFFFFFFFF, texture), green}, Half, Half * Rest, 0},
         {"both alphas multiplied", Blended, {Pane(0.3F, 0x80FFFFFF, texture)}, Half * Half, 0, 0},
-        {"opaque, stippled", Stippled, {Pane(0.3F, 0xFFFF0000), Pane(0.6F, 0xFF00FF00)}, 1, 0, 0},
         {"opaque, blended", Blended, {Pane(0.3F, 0xFFFF0000), Pane(0.6F, 0xFF00FF00)}, 1, 0, 0},
-        {"opaque, sorted", Sorted, {Pane(0.3F, 0xFFFF0000), Pane(0.6F, 0xFF00FF00)}, 1, 0, 0},
     };
     for (const auto& row : rows)
     {
@@ -149,16 +139,6 @@ TEST_P(TransparencyOf, sorted_faces_of_equal_depth_keep_their_order)
         const double blue = 255 * (1 - Half) * (1 - Half);
         ExpectColor(Draw(Transparency::Sorted, items), 255 * Half, 255 * Half * (1 - Half), blue);
     }
-}
-
-TEST_P(TransparencyOf, sorted_faces_wait_over_passes_until_finish)
-{
-    StartPicture(canvas_);
-    DrawOnePass(Transparency::Sorted, {Pane(0.2F, HalfRed)});
-    DrawOnePass(Transparency::Sorted, {Pane(0.7F, 0xFF0000FF), Pane(0.4F, HalfGreen)});
-    driver_->Finish();
-    const double rest = 1 - Half;
-    ExpectColor(canvas_, 255 * Half, 255 * Half * rest, 255 * rest * rest);
 }
 
 TEST_P(TransparencyOf, sorted_faces_compare_by_eye_space_depth_across_projections)
@@ -208,7 +188,7 @@ TEST_P(TransparencyOf, sorted_faces_are_drawn_with_the_state_of_their_own_pass)
     EXPECT_NEAR(ChannelsOf(canvas_.At(1, 1)).blue, 128, 1);
 }
 
-TEST_P(TransparencyOf, lines_and_points_are_blended_at_once)
+TEST_P(TransparencyOf, lines_and_points_are_blended_at_once_and_hide_what_is_farther)
 {
     // A pixel in the middle of a side, and a corner.
     for (const auto& [fill, x] : {std::pair{FillStyle::Wireframe, 7}, std::pair{FillStyle::Points, 2}})
@@ -217,7 +197,10 @@ TEST_P(TransparencyOf, lines_and_points_are_blended_at_once)
         const DrawItem lines = Filled(Unlit(Item(face)), fill);
         // Drawn first, they write depth: the wall behind them is hidden even though they are translucent.
         for (const Transparency mode : {Transparency::Blended, Transparency::Sorted})
+        {
             EXPECT_EQ(Draw(mode, {lines, Pane(0.6F, 0xFF00FF00)}).At(x, 2), 0x800000U);
+            EXPECT_EQ(Draw(mode, {Pane(0.1F, 0xFF00FF00), lines}).CountNot(0x00FF00), 0) << "nothing shines through";
+        }
     }
 }
 
