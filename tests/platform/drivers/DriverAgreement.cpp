@@ -15,16 +15,17 @@ namespace lumora::test
 namespace
 {
 
+constexpr int Pixels = SceneWidth * SceneHeight;
+
 struct PictureDifference
 {
-    int pixels = 0;
     int beyondStep = 0;
     int faulty = 0;
     int largest = 0;
 
     bool IsWithin(const Tolerance& tolerance) const
     {
-        return beyondStep <= tolerance.partBeyond * pixels && faulty <= tolerance.partFaulty * pixels;
+        return beyondStep <= tolerance.partBeyond * Pixels && faulty <= tolerance.partFaulty * Pixels;
     }
 };
 
@@ -43,7 +44,6 @@ PictureDifference Compare(const Canvas& actual, const Canvas& expected, const To
         for (int x = 0; x < expected.Width(); ++x)
         {
             const int difference = DifferenceOf(actual.At(x, y), expected.At(x, y));
-            ++result.pixels;
             result.beyondStep += difference > tolerance.step ? 1 : 0;
             result.faulty += difference > tolerance.fault ? 1 : 0;
             result.largest = std::max(result.largest, difference);
@@ -65,11 +65,11 @@ TEST_P(DriverAgreement, draws_what_the_reference_draws)
     RecordProperty("faulty", difference.faulty);
     RecordProperty("largest", difference.largest);
     EXPECT_TRUE(difference.IsWithin(scene.tolerance))
-        << difference.beyondStep << " of " << difference.pixels << " pixels are off by more than "
-        << scene.tolerance.step << ", " << difference.faulty << " by more than " << scene.tolerance.fault
-        << ", the worst by " << difference.largest << "; see " << testsupport::KeepPicture("actual", actual.View())
-        << " and " << testsupport::KeepPicture("expected", expected.View());
-    EXPECT_GT(expected.CountNot(SceneBackground), SceneWidth * SceneHeight / 100) << "blank: any driver would agree";
+        << difference.beyondStep << " of " << Pixels << " pixels are off by more than " << scene.tolerance.step << ", "
+        << difference.faulty << " by more than " << scene.tolerance.fault << ", the worst by " << difference.largest
+        << "; see " << testsupport::KeepPicture("actual", actual.View()) << " and "
+        << testsupport::KeepPicture("expected", expected.View());
+    EXPECT_GT(expected.CountNot(SceneBackground), Pixels / 100) << "blank: any driver would agree";
     EXPECT_FALSE(actual.IsMarginTouched());
 }
 

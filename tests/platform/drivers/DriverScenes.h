@@ -5,6 +5,7 @@
 #include "platform/drivers/TestCanvas.h"
 
 #include <functional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,8 @@ struct DriverScene
     std::string name;
     std::function<std::vector<ScenePass>()> passes;
     Tolerance tolerance;
+
+    friend std::ostream& operator<<(std::ostream& out, const DriverScene& self) { return out << self.name; }
 };
 
 inline constexpr int SceneWidth = 320;

@@ -4,8 +4,6 @@
 #include "platform/drivers/Driver.h"
 
 #include <cstdint>
-#include <memory>
-#include <string>
 #include <vector>
 
 namespace lumora::test
