@@ -83,38 +83,26 @@ TEST_F(DirectDrawSurfaces, are_made_from_complete_descriptions_only)
         EXPECT_EQ(ErrorOf([&, &tried = description] { directDraw_->CreateSurface(tried); }), number) << what;
 }
 
-TEST_F(DirectDrawSurfaces, stretch_by_the_pixel_nearest_to_each_middle)
+TEST_F(DirectDrawSurfaces, stretch_by_the_pixel_nearest_to_each_middle_within_the_rectangle)
 {
-    struct Row
-    {
-        int source;
-        int destination;
-    };
     for (const auto& [from, to] :
-         {Row{7, 7}, Row{1, 9}, Row{4, 8}, Row{8, 4}, Row{9, 2}, Row{13, 7}, Row{7, 13}, Row{3, 100}, Row{101, 3}})
+         {std::pair{7, 7}, {1, 9}, {4, 8}, {8, 4}, {9, 2}, {13, 7}, {7, 13}, {3, 100}, {101, 3}})
     {
-        const auto source = NewNumberedSurface(from, 2 * from);
-        const auto target = NewSurface(to, 3 * to);
-        target->Blt({}, *source, {}, Surface::BltWait);
-        for (int y = 0; y < 3 * to; ++y)
-            for (int x = 0; x < to; ++x)
-                ASSERT_EQ(target->Pixels().Row(y)[x],
-                          NumberedPixel(NearestByMeasuring(x, from, to), NearestByMeasuring(y, 2 * from, 3 * to)))
+        const auto source = NewNumberedSurface(from + 2, 2 * from + 4);
+        const auto target = NewSurface(to + 5, 3 * to + 6);
+        target->Blt(PixelRect{3, 4, 3 + to, 4 + 3 * to}, *source, PixelRect{2, 1, 2 + from, 1 + 2 * from},
+                    Surface::BltWait);
+        for (int y = -4; y < 3 * to + 2; ++y)
+            for (int x = -3; x < to + 2; ++x)
+            {
+                const bool isInside = x >= 0 && x < to && y >= 0 && y < 3 * to;
+                const std::uint32_t expected = isInside ? NumberedPixel(2 + NearestByMeasuring(x, from, to),
+                                                                        1 + NearestByMeasuring(y, 2 * from, 3 * to))
+                                                        : 0;
+                ASSERT_EQ(target->Pixels().Row(y + 4)[x + 3], expected)
                     << from << " to " << to << " at " << x << ", " << y;
+            }
     }
-}
-
-TEST_F(DirectDrawSurfaces, change_only_the_destination_rectangle)
-{
-    const auto source = NewNumberedSurface(10, 10);
-    const auto target = NewSurface(20, 20);
-    target->Blt(PixelRect{3, 4, 9, 8}, *source, PixelRect{2, 1, 8, 5}, 0);
-    for (int y = 0; y < 20; ++y)
-        for (int x = 0; x < 20; ++x)
-        {
-            const bool inside = x >= 3 && x < 9 && y >= 4 && y < 8;
-            EXPECT_EQ(target->Pixels().Row(y)[x], inside ? NumberedPixel(x - 1, y - 3) : 0U) << x << ", " << y;
-        }
 }
 
 TEST_F(DirectDrawSurfaces, refuse_rectangles_that_are_empty_or_outside)
@@ -194,11 +182,12 @@ TEST_F(DirectDrawSurfaces, take_nothing_more_through_a_context_that_was_released
     EXPECT_EQ(orphaned->Width(), 0);
 }
 
-TEST_F(DirectDrawSurfaces, on_the_primary_show_within_the_clippers_window_only)
+TEST_F(DirectDrawSurfaces, on_the_primary_show_within_the_clippers_window_only_and_know_when_it_is_gone)
 {
-    const auto window = headless::VirtualWindow::Create(screen_, {50, 40, 90, 70});
+    auto window = headless::VirtualWindow::Create(screen_, {50, 40, 90, 70});
+    const WindowHandle handle = window->Handle();
     const auto clipper = directDraw_->CreateClipper(0);
-    clipper->SetHWnd(0, window->Handle());
+    clipper->SetHWnd(0, handle);
     const auto primary = NewPrimary();
     primary->SetClipper(clipper);
     const auto picture = NewSurface(60, 60);
@@ -211,18 +200,8 @@ TEST_F(DirectDrawSurfaces, on_the_primary_show_within_the_clippers_window_only)
             const std::uint32_t expected = !inWindow ? headless::VirtualScreen::DesktopColor : x < 80 ? 0xFF0000 : 0;
             ASSERT_EQ(screen_->PixelAt(x, y), expected) << x << ", " << y;
         }
-}
-
-TEST_F(DirectDrawSurfaces, know_when_their_clippers_window_is_gone)
-{
-    auto window = headless::VirtualWindow::Create(screen_, {50, 40, 90, 70});
-    const WindowHandle handle = window->Handle();
-    const auto clipper = directDraw_->CreateClipper(0);
-    clipper->SetHWnd(0, handle);
-    const auto primary = NewPrimary();
-    primary->SetClipper(clipper);
     window.reset();
-    EXPECT_EQ(ErrorOf([&] { primary->Blt({}, *NewSurface(4, 4), {}, 0); }), error::DDInvalidParams);
+    EXPECT_EQ(ErrorOf([&] { primary->Blt({}, *picture, {}, 0); }), error::DDInvalidParams);
     EXPECT_EQ(ErrorOf([&] { clipper->SetHWnd(0, handle); }), error::DDInvalidParams);
     EXPECT_EQ(ErrorOf([&] { directDraw_->SetCooperativeLevel(handle, 8); }), error::DDInvalidParams);
 }

@@ -60,7 +60,6 @@ std::vector<Sample> Samples()
             {"grey JPEG", samples::JpegOf(samples::JpegKind::Grey), 2, samples::GreyAt},
             {"progressive JPEG", samples::JpegOf(samples::JpegKind::Progressive), 12}, // one colour for four pixels
             {"CMYK JPEG", samples::JpegOf(samples::JpegKind::Cmyk), 6},
-            {"Adobe's CMYK JPEG", samples::JpegOf(samples::JpegKind::AdobeCmyk), 6},
             {"Adobe's YCCK JPEG", samples::JpegOf(samples::JpegKind::AdobeYcck), 12},
             {"BMP", samples::Bmp(), 0},
             {"TGA", samples::TgaRunLength(), 0},
@@ -153,22 +152,19 @@ TEST_F(PictureFile, cut_short_anywhere_is_refused)
 
 TEST_F(PictureFile, that_promises_too_much_is_refused_without_the_memory)
 {
-    struct Row
-    {
-        const char* what;
-        FileBytes bytes;
-    };
     const std::int64_t before = PeakMemory();
     for (const auto& [what, bytes] : {
-             Row{"one column too many", samples::PngPromising(16385, 1, 16386)},
-             Row{"beyond 32 bits", samples::PngPromising(0x7FFFFFFF, 0x7FFFFFFF, 100)},
-             Row{"nothing", samples::PngPromising(0, 5, 100)},
-             Row{"a picture without data", samples::PngPromising(8000, 8000, 100)},
-             Row{"a bitmap without data", samples::BmpPromising(8000, 8000)},
-             Row{"the lowest number", samples::BmpPromising(1, -2147483647 - 1)},
+             std::pair{"one column too many", samples::PngPromising(16385, 1, 16386)},
+             std::pair{"beyond 32 bits", samples::PngPromising(0x7FFFFFFF, 0x7FFFFFFF, 100)},
+             std::pair{"nothing", samples::PngPromising(0, 5, 100)},
+             std::pair{"a picture without data", samples::PngPromising(8000, 8000, 100)},
+             std::pair{"a bitmap without its data", With(samples::Bmp(), 18, {0x40, 0x1F, 0, 0, 0x40, 0x1F, 0, 0})},
+             std::pair{"the lowest number", With(samples::Bmp(), 22, {0, 0, 0, 0x80})},
+             std::pair{"data without end", samples::PngPromising(1, 1, std::size_t{16} << 20)},
          })
         EXPECT_EQ(ErrorOfLoading(bytes), error::InvalidPicture) << what;
     EXPECT_LT(PeakMemory() - before, std::int64_t{64} << 20);
+    EXPECT_EQ(ErrorOfLoading(samples::PngPromising(1, 1, 2)), 0) << "what it promises";
 }
 
 TEST_F(PictureFile, jpeg_that_is_damaged_is_refused_with_the_reason)
@@ -236,29 +232,17 @@ TEST(JpegDecoder, takes_no_more_memory_than_it_may_and_writes_no_more_pixels_tha
     EXPECT_THAT(picturecodec::DecodeJpeg(tall, pixels, 16 * Coefficients), HasSubstr("size"));
 }
 
-TEST_F(PictureFile, that_unpacks_without_end_stops_at_its_budget)
-{
-    const FileBytes bomb = samples::PngPromising(1, 1, std::size_t{64} << 20);
-    ASSERT_LT(bomb.size(), std::size_t{1} << 20);
-    EXPECT_EQ(ErrorOfLoading(samples::PngPromising(1, 1, 2)), 0);
-    EXPECT_EQ(ErrorOfLoading(bomb), error::InvalidPicture);
-}
-
 TEST_F(PictureFile, that_cannot_be_read_is_told_from_one_that_is_no_picture)
 {
     EXPECT_EQ(ErrorOf([&] { LoadPicture(PathOf("missing.png")); }), error::FileNotFound);
     EXPECT_EQ(ErrorOf([&] { LoadPicture(PathOf("")); }), error::FileNotFound); // the folder
     EXPECT_EQ(ErrorOf([] { LoadPicture(""); }), error::FileNotFound);
     EXPECT_EQ(ErrorOf([] { LoadPicture("/dev/zero"); }), error::FileNotFound);
-    EXPECT_EQ(ErrorOfLoading({}), error::InvalidPicture);
-    EXPECT_EQ(ErrorOfLoading({'h', 'e', 'l', 'l', 'o'}), error::InvalidPicture);
-}
-
-TEST_F(PictureFile, too_large_is_refused_unread)
-{
     const std::string path = Write(samples::Png());
     std::filesystem::resize_file(path, (std::uintmax_t{256} << 20) + 1); // takes no room on the disk
-    EXPECT_EQ(ErrorOf([&] { LoadPicture(path); }), error::InvalidPicture);
+    EXPECT_EQ(ErrorOf([&] { LoadPicture(path); }), error::InvalidPicture) << "too large to be read";
+    EXPECT_EQ(ErrorOfLoading({}), error::InvalidPicture);
+    EXPECT_EQ(ErrorOfLoading({'h', 'e', 'l', 'l', 'o'}), error::InvalidPicture);
 }
 
 TEST_F(PictureFile, is_not_written_where_nobody_may_or_when_there_is_nothing)

@@ -38,12 +38,6 @@ void AppendBigEndian(FileBytes& file, std::uint32_t value)
         file.push_back(static_cast<std::uint8_t>(value >> shift));
 }
 
-void AppendLittleEndian(FileBytes& file, std::uint32_t value)
-{
-    for (const int shift : {0, 8, 16, 24})
-        file.push_back(static_cast<std::uint8_t>(value >> shift));
-}
-
 void AppendChunk(FileBytes& file, const std::string& name, const FileBytes& data)
 {
     AppendBigEndian(file, static_cast<std::uint32_t>(data.size()));
@@ -51,15 +45,6 @@ void AppendChunk(FileBytes& file, const std::string& name, const FileBytes& data
     named.insert(named.end(), data.begin(), data.end());
     file.insert(file.end(), named.begin(), named.end());
     AppendBigEndian(file, stbiw__crc32(named.data(), static_cast<int>(named.size())));
-}
-
-FileBytes GreyBytes()
-{
-    FileBytes grey;
-    for (int y = 0; y < Height; ++y)
-        for (int x = 0; x < Width; ++x)
-            grey.push_back(static_cast<std::uint8_t>(GreyAt(x, y)));
-    return grey;
 }
 
 /// Any black will do where the product of its light and a channel's is what the pixel shows.
@@ -85,11 +70,13 @@ void SetUp(jpeg_compress_struct& encoder, JpegKind kind, int channels)
     encoder.image_width = Width;
     encoder.image_height = Height;
     encoder.input_components = channels;
-    encoder.in_color_space = channels == 1 ? JCS_GRAYSCALE : channels == 3 ? JCS_RGB : JCS_CMYK;
+    encoder.in_color_space = channels == 3 ? JCS_RGB : JCS_CMYK;
     jpeg_set_defaults(&encoder);
     jpeg_set_quality(&encoder, 100, TRUE);
     if (kind == JpegKind::Progressive)
         jpeg_simple_progression(&encoder);
+    if (kind == JpegKind::Grey)
+        jpeg_set_colorspace(&encoder, JCS_GRAYSCALE);
     if (kind == JpegKind::AdobeYcck)
         jpeg_set_colorspace(&encoder, JCS_YCCK);
     if (kind == JpegKind::Cmyk)
@@ -98,15 +85,16 @@ void SetUp(jpeg_compress_struct& encoder, JpegKind kind, int channels)
 
 } // namespace
 
-std::uint32_t GreyAt(int x, int y)
-{
-    return static_cast<std::uint32_t>(x * 8 + y * 10) * 0x010101;
-}
-
 std::uint32_t PixelAt(int x, int y)
 {
     return static_cast<std::uint32_t>(x * 12 + 20) << 16 | static_cast<std::uint32_t>(y * 16 + 10) << 8 |
            static_cast<std::uint32_t>(200 - x * 4 - y * 4);
+}
+
+std::uint32_t GreyAt(int x, int y)
+{
+    const std::uint32_t rgb = PixelAt(x, y);
+    return ((rgb >> 16) * 299 + (rgb >> 8 & 0xFF) * 587 + (rgb & 0xFF) * 114) / 1000 * 0x010101;
 }
 
 FileBytes Png()
@@ -125,9 +113,8 @@ FileBytes Jpeg()
 
 FileBytes JpegOf(JpegKind kind)
 {
-    FileBytes pixels = kind == JpegKind::Grey          ? GreyBytes()
-                       : kind == JpegKind::Progressive ? RgbBytes()
-                                                       : CmykBytes(kind != JpegKind::Cmyk);
+    const bool isRgb = kind == JpegKind::Grey || kind == JpegKind::Progressive;
+    FileBytes pixels = isRgb ? RgbBytes() : CmykBytes(kind != JpegKind::Cmyk);
     const int rowBytes = static_cast<int>(pixels.size()) / Height;
     jpeg_error_mgr errors{};
     jpeg_compress_struct encoder{};
@@ -190,21 +177,6 @@ FileBytes PngPromising(std::uint32_t width, std::uint32_t height, std::size_t un
     AppendChunk(file, "IDAT", {packed, packed + packedSize});
     AppendChunk(file, "IEND", {});
     std::free(packed); // NOLINT: the encoder's own malloc
-    return file;
-}
-
-FileBytes BmpPromising(std::int32_t width, std::int32_t height)
-{
-    FileBytes file{'B', 'M'};
-    AppendLittleEndian(file, 54);
-    AppendLittleEndian(file, 0);
-    AppendLittleEndian(file, 54);
-    AppendLittleEndian(file, 40);
-    AppendLittleEndian(file, static_cast<std::uint32_t>(width));
-    AppendLittleEndian(file, static_cast<std::uint32_t>(height));
-    AppendLittleEndian(file, 24U << 16 | 1);
-    for (int i = 0; i < 6; ++i)
-        AppendLittleEndian(file, 0);
     return file;
 }
 

@@ -15,20 +15,18 @@ inline constexpr int Width = 16;
 inline constexpr int Height = 12;
 std::uint32_t PixelAt(int x, int y);
 
-/// The same of the grey JPEG.
+/// The same of the grey JPEG: how bright the pixel is.
 std::uint32_t GreyAt(int x, int y);
 
 FileBytes Png();
 FileBytes Jpeg();
 
-/// JPEG files as another encoder writes them. Of the CMYK files, plain ones store ink; those with Adobe's mark store
-/// light, the inverse.
+/// JPEG files as another encoder writes them. The plain CMYK file stores ink, the one with Adobe's mark its inverse.
 enum class JpegKind
 {
     Progressive,
     Grey,
     Cmyk,
-    AdobeCmyk,
     AdobeYcck
 };
 FileBytes JpegOf(JpegKind kind);
@@ -41,9 +39,6 @@ FileBytes Gif();
 
 /// A PNG file whose header says `width` by `height` (8-bit grey) and whose packed data unpacks to `unpacked` zeros.
 FileBytes PngPromising(std::uint32_t width, std::uint32_t height, std::size_t unpacked);
-
-/// A 54-byte BMP header without pixels.
-FileBytes BmpPromising(std::int32_t width, std::int32_t height);
 
 /// A progressive JPEG file with `scans` more scans than it needs.
 FileBytes JpegWithScans(int scans);
