@@ -51,11 +51,11 @@ protected:
     QPoint OnDesktop(int x, int y) const { return widget_->mapToGlobal(QPoint{x, y}); }
     QPoint OnForm(int x, int y) const { return widget_->mapTo(&form_, QPoint{x, y}); }
 
-    void Press(Qt::MouseButton button, int x = 0, int y = 0)
+    void Press(Qt::MouseButton button, int x, int y, Qt::KeyboardModifiers held = {})
     {
         QCursor::setPos(OnDesktop(x, y));
         QApplication::processEvents();
-        QTest::mousePress(form_.windowHandle(), button, {}, OnForm(x, y));
+        QTest::mousePress(form_.windowHandle(), button, held, OnForm(x, y));
     }
 
     void Release(Qt::MouseButton button, int x = 0, int y = 0)
@@ -86,20 +86,23 @@ protected:
     std::string heard_;
 };
 
-constexpr float UnitsPerPixel = 0.002F * 15; // of a walk, for a logical pixel of the drag
+constexpr float UnitsPerPixel = 0.002F * 15; // of the camera, for a logical pixel of the drag
 
 } // namespace
 
 TEST_F(QtInputScaled, positions_are_the_widgets_own)
 {
-    QSignalSpy pressed{widget_, &ViewportWidget::MouseDown};
-    QTest::mousePress(form_.windowHandle(), Qt::RightButton, Qt::ShiftModifier | Qt::AltModifier, OnForm(30, 40));
-    Release(Qt::RightButton);
-    ASSERT_EQ(pressed.count(), 1);
-    EXPECT_EQ(pressed[0][0].toInt(), 2);
-    EXPECT_EQ(pressed[0][1].toInt(), 5);
-    EXPECT_NEAR(pressed[0][2].toFloat(), 30, 0.01F);
-    EXPECT_NEAR(pressed[0][3].toFloat(), 40, 0.01F);
+    for (const auto& [held, shift] : {std::pair{Qt::ShiftModifier, 1}, {Qt::ControlModifier, 2}, {Qt::AltModifier, 4}})
+    {
+        QSignalSpy pressed{widget_, &ViewportWidget::MouseDown};
+        Press(Qt::RightButton, 30, 40, held);
+        Release(Qt::RightButton);
+        ASSERT_EQ(pressed.count(), 1);
+        EXPECT_EQ(pressed[0][0].toInt(), 2);
+        EXPECT_EQ(pressed[0][1].toInt(), shift);
+        EXPECT_NEAR(pressed[0][2].toFloat(), 30, 0.01F);
+        EXPECT_NEAR(pressed[0][3].toFloat(), 40, 0.01F);
+    }
 }
 
 TEST_F(QtInputScaled, clicks_follow_their_release)
@@ -121,23 +124,24 @@ TEST_F(QtInputScaled, clicks_follow_their_release)
 
 TEST_F(QtInputScaled, a_drag_parks_the_cursor_and_only_the_users_movement_counts)
 {
-    Press(Qt::MiddleButton, 10, 10); // empty space: dragging up walks forward
+    Press(Qt::MiddleButton, 10, 10, Qt::ShiftModifier); // pans
     EXPECT_TRUE(IsCursorHidden());
     EXPECT_EQ(QCursor::pos(), ScreenCentre());
     Settle(); // the echo, and a few looks at the cursor
     EXPECT_EQ(Camera(), (Vector{0, 0, 0}));
 
     // Far enough for another parking on the way; every move is one that counts.
-    float expected = 0;
-    for (const int pixels : {40, 170, 100, -30})
+    Vector expected;
+    const auto isThere = [&] { return Length(Camera() - expected) < 0.03F; };
+    for (const auto& [x, y] : {std::pair{0, -40}, {30, -170}, {-120, -100}, {7, 30}})
     {
         LetMovesCount();
-        QCursor::setPos(QCursor::pos() - QPoint{0, pixels});
-        expected += static_cast<float>(pixels) * UnitsPerPixel;
-        ASSERT_TRUE(Eventually([&] { return std::abs(Camera().z - expected) < 0.03F; })) << Camera().z;
+        QCursor::setPos(QCursor::pos() + QPoint{x, y});
+        expected = expected + Vector{static_cast<float>(x), static_cast<float>(-y), 0} * UnitsPerPixel;
+        ASSERT_TRUE(Eventually(isThere)) << Camera().x << ", " << Camera().y;
     }
     Settle();
-    EXPECT_NEAR(Camera().z, expected, 0.03F);
+    EXPECT_TRUE(isThere());
     QTest::mouseRelease(form_.windowHandle(), Qt::MiddleButton, {}, form_.mapFromGlobal(QCursor::pos()));
     EXPECT_FALSE(IsCursorHidden());
     EXPECT_LE((QCursor::pos() - OnDesktop(10, 10)).manhattanLength(), 1);

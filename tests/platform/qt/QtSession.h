@@ -6,6 +6,8 @@
 
 #include <QApplication>
 #include <QEventLoop>
+#include <QImage>
+#include <QProcess>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
@@ -57,6 +59,26 @@ inline std::shared_ptr<Frame> HalfCoveredScene()
     const auto scene = AmbientScene(1);
     scene->AddVisual(Square(-5, 0, 10, 5, 0xFFFF8040));
     return scene;
+}
+
+/// What the host in memory shows of it, in that many pixels.
+inline QImage PictureInMemory(QSize size)
+{
+    LiveControl control{UsualSettings(), MakeHost(size.width(), size.height())};
+    control->SetScene(HalfCoveredScene());
+    control->RenderScene();
+    const std::vector<std::uint32_t> pixels = control.Picture();
+    QImage picture{size, QImage::Format_RGB32};
+    for (int y = 0, i = 0; y < size.height(); ++y)
+        for (int x = 0; x < size.width(); ++x, ++i)
+            picture.setPixel(x, y, 0xFF000000 | pixels[static_cast<std::size_t>(i)]);
+    return picture;
+}
+
+/// One action at the real pointer and keyboard of the server, finished when it returns.
+inline void Do(const QStringList& action)
+{
+    ASSERT_EQ(QProcess::execute("xdotool", action), 0) << action.join(' ').toStdString();
 }
 
 inline bool Show(QWidget& widget)
