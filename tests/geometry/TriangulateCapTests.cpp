@@ -166,8 +166,6 @@ TEST(Caps, cover_random_simple_polygons_in_any_plane)
         ExpectCovered(polygon, faces, 0.01);
         EXPECT_EQ(faces.size(), polygon.size() - 2);
     }
-    ExpectCovered(MakeComb(200), FacesOf(MakeComb(200)), 1e-6);
-    ExpectCovered(MakeSpiral(600, 5), FacesOf(MakeSpiral(600, 5)), 0.01);
 }
 
 TEST(Caps, are_those_of_asking_every_corner_about_every_point)

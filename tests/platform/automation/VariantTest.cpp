@@ -59,13 +59,6 @@ TEST(Variant, is_true_when_it_is_a_number_other_than_zero)
     EXPECT_EQ(ErrorOf([] { VariantToBoolean(std::string{"yes"}); }), error::TypeMismatch);
 }
 
-TEST(Variant, keeps_singles_exact_and_refuses_doubles_beyond_them)
-{
-    EXPECT_EQ(VariantToSingle(1.571F), 1.571F);
-    EXPECT_EQ(VariantToSingle(1.571), 1.571F);
-    EXPECT_EQ(ErrorOf([] { VariantToSingle(1e39); }), error::Overflow);
-}
-
 TEST(Variant, texts_read_back_as_the_number_they_came_from)
 {
     EXPECT_EQ(VariantToString(1.571F), "1.571");
