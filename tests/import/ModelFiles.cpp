@@ -1,6 +1,7 @@
 // Writers as plain as the formats allow: every triangle has vertices of its own.
 #include "import/ModelFiles.h"
 
+#include "geometry/Kernel.h"
 #include "platform/automation/RuntimeError.h"
 
 #include <algorithm>
@@ -24,12 +25,12 @@ std::size_t CountOpenFiles()
     return static_cast<std::size_t>(std::distance(fs::begin(entries), fs::end(entries)));
 }
 
-std::string Numbers(std::span<const Triangle> triangles, const char* separator, const char* end)
+std::string Numbers(std::span<const Triangle> triangles, const char* before, const char* separator, const char* end)
 {
     std::ostringstream out;
     for (const Triangle& triangle : triangles)
         for (const Vector& v : triangle)
-            out << v.x << separator << v.y << separator << v.z << end;
+            out << before << v.x << separator << v.y << separator << v.z << end;
     return out.str();
 }
 
@@ -115,11 +116,7 @@ std::vector<Triangle> Tetrahedron()
 
 std::string AsObj(std::span<const Triangle> triangles)
 {
-    std::ostringstream out;
-    for (const Triangle& triangle : triangles)
-        for (const Vector& v : triangle)
-            out << "v " << v.x << ' ' << v.y << ' ' << v.z << '\n';
-    return out.str() + Indices(triangles.size(), 1, "f ", " ", "\n");
+    return Numbers(triangles, "v ", " ", "\n") + Indices(triangles.size(), 1, "f ", " ", "\n");
 }
 
 std::string AsBinaryStl(std::span<const Triangle> triangles)
@@ -131,15 +128,6 @@ std::string AsBinaryStl(std::span<const Triangle> triangles)
     return bytes;
 }
 
-std::string AsPly(std::span<const Triangle> triangles)
-{
-    std::ostringstream out;
-    out << "ply\nformat ascii 1.0\nelement vertex " << triangles.size() * 3
-        << "\nproperty float x\nproperty float y\nproperty float z\nelement face " << triangles.size()
-        << "\nproperty list uchar int vertex_indices\nend_header\n";
-    return out.str() + Numbers(triangles, " ", "\n") + Indices(triangles.size(), 0, "3 ", " ", "\n");
-}
-
 std::string AsGltf(std::span<const Triangle> triangles)
 {
     std::vector<float> numbers;
@@ -149,22 +137,11 @@ std::string AsGltf(std::span<const Triangle> triangles)
     return MakeGltf({{"POSITION", 3, numbers}}, R"("scenes":[{"nodes":[0]}],"nodes":[{"mesh":0}],"materials":[{}],)");
 }
 
-std::string AsGlb(std::span<const Triangle> triangles)
-{
-    const std::string bytes = FloatsOf(triangles);
-    std::string json = AsGltf(triangles);
-    json.replace(json.find(",\"uri\""), std::string::npos, "}]}"); // the bytes follow instead
-    json.resize((json.size() + 3) / 4 * 4, ' ');
-    const auto size = [](std::size_t count) { return Bytes(static_cast<std::uint32_t>(count)); };
-    return "glTF" + size(2) + size(12 + 8 + json.size() + 8 + bytes.size()) + size(json.size()) + "JSON" + json +
-           size(bytes.size()) + std::string("BIN\0", 4) + bytes;
-}
-
 std::string AsX(std::span<const Triangle> triangles)
 {
     std::ostringstream out;
     out << "xof 0303txt 0032\nMesh model {\n" << triangles.size() * 3 << ";\n";
-    std::string points = Numbers(triangles, ";", ";,\n");
+    std::string points = Numbers(triangles, "", ";", ";,\n");
     points.replace(points.size() - 3, 3, ";;\n");
     std::string faces = Indices(triangles.size(), 0, "3;", ",", ";,\n");
     faces.replace(faces.size() - 3, 3, ";;\n");
@@ -179,7 +156,8 @@ std::string AsCollada(std::span<const Triangle> triangles, const std::string& up
     out << R"(<?xml version="1.0"?><COLLADA xmlns="http://www.collada.org/2005/11/COLLADASchema" version="1.4.1">)"
         << "<asset><up_axis>" << upAxis << "</up_axis></asset><library_geometries>"
         << R"(<geometry id="g"><mesh><source id="p"><float_array id="a" count=")" << points * 3 << R"(">)"
-        << Numbers(triangles, " ", " ") << R"(</float_array><technique_common><accessor source="#a" count=")" << points
+        << Numbers(triangles, "", " ", " ") << R"(</float_array><technique_common><accessor source="#a" count=")"
+        << points
         << R"(" stride="3"><param name="X" type="float"/><param name="Y" type="float"/><param name="Z" type="float"/>)"
         << R"(</accessor></technique_common></source><vertices id="v"><input semantic="POSITION" source="#p"/></vertices>)"
         << R"(<triangles count=")" << triangles.size() << R"("><input semantic="VERTEX" source="#v" offset="0"/><p>)"
@@ -262,18 +240,9 @@ std::vector<Triangle> TrianglesOf(const std::shared_ptr<Frame>& frame)
     Visit(frame,
           [&](Frame& holder, const std::shared_ptr<MeshBuilder>& mesh)
           {
-              const MeshGeometry geometry = mesh->GetGeometry();
-              const std::size_t step = geometry.normals.empty() ? 1 : 2;
-              for (std::size_t at = 0; geometry.faceList[at] != 0; at += 1 + 3 * step)
-              {
-                  Triangle triangle;
-                  for (std::size_t i = 0; i < 3; ++i)
-                  {
-                      const auto vertex = static_cast<std::size_t>(geometry.faceList[at + 1 + i * step]);
-                      triangle[i] = TransformPoint(geometry.vertices[vertex], holder.WorldTransform()).ToVector();
-                  }
-                  triangles.push_back(triangle);
-              }
+              const auto placed = [&](Vector v) { return TransformPoint(v, holder.WorldTransform()).ToVector(); };
+              for (const Polygon& polygon : PolygonsOf(*mesh))
+                  triangles.push_back({placed(polygon.at(0)), placed(polygon.at(1)), placed(polygon.at(2))});
           });
     return triangles;
 }
