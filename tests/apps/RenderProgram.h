@@ -12,12 +12,12 @@ namespace lumora::tests
 
 struct Outcome
 {
-    int status = -1; ///< -1: ended by a signal
+    int status = -1; ///< above 128: ended by a signal
     std::string output;
     std::string complaint; ///< standard error
 };
 
-/// Runs lumora-render to its end.
+/// Runs lumora-render to its end. No argument may hold an apostrophe.
 Outcome Render(const std::vector<std::string>& arguments);
 
 std::size_t CountLines(const std::string& text);

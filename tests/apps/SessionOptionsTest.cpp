@@ -59,21 +59,15 @@ TEST(SessionOptions, a_session_draws_moves_the_camera_and_tells_its_events)
     EXPECT_TRUE(lines.back().at("pick").is_array());
 }
 
-TEST(SessionOptions, a_size_on_the_command_line_wins_and_a_session_without_shots_ends_with_a_picture)
+TEST(SessionOptions, a_size_on_the_command_line_wins_and_a_session_ends_with_a_picture_or_names_its_shots)
 {
     const TemporaryFolder folder;
     folder.Write("walk.txt", "size 120 80\nframe\n");
     ASSERT_EQ(Render({"--play", folder / "walk.txt", "-o", folder / "out.png", "--size", "60x50"}).status, 0);
     EXPECT_EQ(ReadPixels(folder / "out.png").width, 60);
-}
-
-TEST(SessionOptions, a_shot_needs_a_name_from_the_session_or_the_command_line)
-{
-    const TemporaryFolder folder;
     folder.Write("shot.txt", "shot\n");
-    const Outcome outcome = Render({"--play", folder / "shot.txt", "--events", "--size", "20x20"});
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_THAT(outcome.complaint, HasSubstr("shot.txt:1: This picture has no name"));
+    EXPECT_THAT(Render({"--play", folder / "shot.txt", "--events", "--size", "20x20"}).complaint,
+                HasSubstr("shot.txt:1: This picture has no name"));
 }
 
 // From (5, 3, -3.5) straight down, the picture's half side is half the height: 1.5 units for 50 pixels.

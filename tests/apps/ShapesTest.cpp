@@ -1,8 +1,9 @@
 // Surfaces of the built-in scene: their faces look where their normals say.
 #include "stage/Shapes.h"
 
+#include "geometry/Kernel.h"
+
 #include <cmath>
-#include <gtest/gtest.h>
 
 namespace lumora::tests
 {
@@ -10,21 +11,11 @@ namespace lumora::tests
 namespace
 {
 
-// Volume enclosed by the faces, by the divergence theorem: positive when all look outwards (left-handed, clockwise).
 double EnclosedVolume(const stage::Shape& shape)
 {
-    double volume = 0;
-    std::size_t at = 0;
-    while (shape.faceList[at] != 0)
-    {
-        const auto corners = static_cast<std::size_t>(shape.faceList[at]);
-        const auto corner = [&](std::size_t i)
-        { return Double3{shape.positions[static_cast<std::size_t>(shape.faceList[at + 1 + 2 * i])]}; };
-        for (std::size_t i = 2; i < corners; ++i)
-            volume += Dot(corner(0), Cross(corner(i - 1), corner(i))) / 6;
-        at += 1 + 2 * corners;
-    }
-    return volume;
+    const auto mesh = MeshBuilder::Make();
+    mesh->AddFaces(shape.positions, shape.normals, shape.faceList);
+    return test::VolumeOf(*mesh);
 }
 
 TEST(Shapes, enclose_the_volume_that_geometry_says)

@@ -1,22 +1,20 @@
 // Random bytes as a session: understood or refused with one sentence, never more.
+#include "fuzz/Fuzzing.h"
 #include "platform/automation/RuntimeError.h"
 #include "platform/headless/SessionScript.h"
 
-#include <cstdint>
-#include <cstdlib>
+using lumora::fuzz::Require;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     try
     {
         const auto script = lumora::headless::ParseSession({reinterpret_cast<const char*>(data), size}, "fuzz");
-        if (script.UnnamedShots() > static_cast<int>(script.steps.size()))
-            std::abort();
+        Require(script.UnnamedShots() <= static_cast<int>(script.steps.size()));
     }
     catch (const lumora::RuntimeError& failure)
     {
-        if (failure.Number() != lumora::error::InvalidCall || failure.Description().rfind("fuzz:", 0) != 0)
-            std::abort();
+        Require(failure.Number() == lumora::error::InvalidCall && failure.Description().starts_with("fuzz:"));
     }
     return 0;
 }

@@ -1,10 +1,7 @@
 // A real pointer and a real keyboard at the viewer's window.
 #include "apps/viewer/ViewerSession.h"
-#include "camera/Desk.h"
 
 #include <QCursor>
-#include <QProcess>
-#include <QScreen>
 #include <algorithm>
 #include <functional>
 
@@ -14,21 +11,12 @@ namespace lumora::viewer
 namespace
 {
 
+using test::Do;
 using test::Eventually;
-
-float Length(Vector v)
-{
-    return std::sqrt(test::Dot(v, v));
-}
 
 class ViewerInWindowSystem : public ViewerTest
 {
 protected:
-    static void Do(const QStringList& action)
-    {
-        ASSERT_EQ(QProcess::execute("xdotool", action), 0) << action.join(' ').toStdString();
-    }
-
     void Open()
     {
         ASSERT_NO_FATAL_FAILURE(Start({folder_ / "cube.obj"}));
@@ -42,35 +30,9 @@ protected:
         Do({"mousemove", QString::number(place.x()), QString::number(place.y())});
         ASSERT_TRUE(Eventually([&] { return QCursor::pos() == place; }));
     }
-
-    test::RuleCamera Camera()
-    {
-        const Orientation orientation = Control().GetCameraOrientation();
-        return {{Control().GetCameraPosition(), orientation.direction, orientation.up}};
-    }
 };
 
 } // namespace
-
-TEST_F(ViewerInWindowSystem, a_middle_drag_on_the_model_orbits_about_it)
-{
-    Open();
-    test::RuleCamera rules = Camera();
-    MovePointerTo(window_->View().rect().center());
-    Do({"mousedown", "2"});
-    ASSERT_TRUE(Eventually([&] { return window_->View().cursor().shape() == Qt::BlankCursor; }));
-    const QRect screen = window_->screen()->geometry();
-    ASSERT_TRUE(Eventually([&] { return (QCursor::pos() - screen.center()).manhattanLength() <= 2; })) << "not parked";
-    test::LetMovesCount();
-    Do({"mousemove_relative", "--", "80", "-50"});
-    // 15 twips a pixel, 0.0002 radians a twip, about the vertical and then about what is right by then.
-    rules.Turn({0, 1, 0}, 0.0002F * 80 * 15, {});
-    rules.Turn(rules.Axis(0), 0.0002F * -50 * 15, {});
-    EXPECT_TRUE(Eventually([&] { return Length(Camera().position - rules.position) < 1e-3F; }));
-    test::ExpectNear(Camera().direction, rules.direction, "direction", 1e-4F);
-    Do({"mouseup", "2"});
-    EXPECT_TRUE(Eventually([&] { return window_->View().cursor().shape() != Qt::BlankCursor; }));
-}
 
 TEST_F(ViewerInWindowSystem, a_held_key_moves_on_until_the_focus_goes)
 {
@@ -95,7 +57,7 @@ TEST_F(ViewerInWindowSystem, a_flying_drag_keeps_moving_while_the_hand_rests)
     Open();
     window_->SetFlying(true);
     MovePointerTo({20, 20}); // beside the model: forward and back
-    const Vector direction = Camera().direction;
+    const Vector direction = Control().GetCameraOrientation().direction;
     const Vector start = Control().GetCameraPosition();
     Do({"mousedown", "2"});
     ASSERT_TRUE(Eventually([&] { return window_->View().cursor().shape() == Qt::BlankCursor; }));
