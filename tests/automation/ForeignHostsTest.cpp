@@ -25,14 +25,6 @@ std::string OutputOf(const std::string& command)
     return pclose(program) == 0 ? output : output + "(failed)";
 }
 
-template<typename... Values>
-std::string Line(const char* format, Values... values)
-{
-    std::array<char, 256> line{};
-    std::snprintf(line.data(), line.size(), format, values...);
-    return line.data() + std::string{"\n"};
-}
-
 std::shared_ptr<MeshBuilder> Pyramid()
 {
     const Vector corners[] = {{-1, 0, -1}, {1, 0, -1}, {1, 0, 1}, {-1, 0, 1}, {0, 2, 0}};
@@ -91,50 +83,37 @@ std::string OwnSession(const std::string& picture)
     Vector4 screen;
     viewport.ViewportTransform(0, 1, 0, screen.w, screen.x, screen.y, screen.z);
 
-    std::string lines = Line("field of view %.4f", viewport.FieldOfView());
-    lines += Line("movement %.4f %.4f %.4f", left.x, left.y, left.z);
-    lines += Line("camera %.4f %.4f %.4f", camera.x, camera.y, camera.z);
-    lines += Line("events %d, last at %.4f %.4f %.4f", moves, last.x, last.y, last.z);
-    lines += Line("screen %.4f %.4f %.4f %.4f", screen.w, screen.x, screen.y, screen.z);
-    lines += "faces 5\nsame scene yes\n";
-    lines += Line("pixel %06X", hosted->PixelAt(160, 120));
-    lines += "error 383\n";
+    std::array<char, 512> lines{};
+    std::snprintf(lines.data(), lines.size(),
+                  "field of view %.4f\nmovement %.4f %.4f %.4f\ncamera %.4f %.4f %.4f\n"
+                  "events %d, last at %.4f %.4f %.4f\nscreen %.4f %.4f %.4f %.4f\n"
+                  "faces 5\nsame scene yes\npixel %06X\nerror 383\n",
+                  viewport.FieldOfView(), left.x, left.y, left.z, camera.x, camera.y, camera.z, moves, last.x, last.y,
+                  last.z, screen.w, screen.x, screen.y, screen.z, hosted->PixelAt(160, 120));
     SavePicture(picture, hosted->Picture());
-    return lines;
+    return lines.data();
 }
 
-class ForeignHosts : public testing::Test
+void Compare(const std::string& program)
 {
-protected:
-    void Compare(const std::string& program) const
-    {
-        EXPECT_EQ(OutputOf(program + " " LUMORA_LIBRARY " " + (folder_ / "foreign.png")),
-                  OwnSession(folder_ / "own.png"));
-        EXPECT_FALSE(folder_.Read("own.png").empty());
-        EXPECT_TRUE(folder_.Read("own.png") == folder_.Read("foreign.png")) << "the pictures differ";
-    }
-
-    const tests::TemporaryFolder folder_;
-};
+    const tests::TemporaryFolder folder;
+    EXPECT_EQ(OutputOf(program + " " LUMORA_LIBRARY " " + (folder / "foreign.png")), OwnSession(folder / "own.png"));
+    EXPECT_FALSE(folder.Read("own.png").empty());
+    EXPECT_TRUE(folder.Read("own.png") == folder.Read("foreign.png")) << "the pictures differ";
+}
 
 } // namespace
 
-TEST_F(ForeignHosts, a_c_program_gets_what_cpp_gets)
+TEST(ForeignHosts, in_c_get_what_cpp_gets)
 {
     Compare(LUMORA_C_HOST);
 }
 
-TEST_F(ForeignHosts, a_python_program_gets_what_cpp_gets)
+TEST(ForeignHosts, in_python_get_what_cpp_gets_also_beside_a_thread_that_collects_garbage)
 {
     if (std::string{LUMORA_PYTHON}.empty())
         GTEST_SKIP() << "no Python 3";
     Compare(LUMORA_PYTHON " -B " LUMORA_PYTHON_HOST);
-}
-
-TEST(PythonBinding, keeps_its_promises_beside_a_thread_that_collects_garbage)
-{
-    if (std::string{LUMORA_PYTHON}.empty())
-        GTEST_SKIP() << "no Python 3";
     EXPECT_EQ(OutputOf(LUMORA_PYTHON " -B " LUMORA_BINDING_TEST " " LUMORA_LIBRARY " 2>&1"), "all released\n");
 }
 

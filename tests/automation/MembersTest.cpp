@@ -8,20 +8,14 @@
 namespace lumora::test
 {
 
-TEST(Members, every_property_has_the_number_of_its_place)
-{
-    Session session;
-    EXPECT_EQ(session.viewport->IdOf("Direct3DDevice"), 0x68030000 + 96);
-    EXPECT_EQ(session.viewport->IdOf("hwnd"), 0x68030000);
-}
+using namespace invoke;
 
-TEST(Members, names_are_found_whatever_their_case)
+TEST(Members, have_the_number_of_their_place_and_names_of_any_case)
 {
-    Session session;
-    for (const char* name : {"RENDERSCENE", "renderscene", "RenderScene"})
-        EXPECT_EQ(session.viewport->IdOf(name), session.viewport->IdOf("RenderScene")) << name;
-    EXPECT_EQ(NumberOf([&] { session.viewport->IdOf("RenderScenes"); }), error::MemberNotFound);
-    EXPECT_EQ(NumberOf([&] { session.viewport->IdOf(""); }), error::MemberNotFound);
+    const Session session;
+    EXPECT_EQ(session.viewport->IdOf("Direct3DDevice"), 0x68030000 + 96);
+    EXPECT_EQ(session.viewport->IdOf("HWND"), 0x68030000);
+    EXPECT_EQ(session.viewport->IdOf("renderscene"), session.viewport->IdOf("RenderScene"));
 }
 
 TEST(Members, names_and_numbers_are_unique_in_every_class)
@@ -45,64 +39,56 @@ TEST(Members, names_and_numbers_are_unique_in_every_class)
 TEST(Members, refusals_have_numbers_that_say_what_is_wrong)
 {
     const Session session;
-    Dispatchable& viewport = *session.viewport;
-    Dispatchable& scene = *session.scene;
-    const auto id = [&](const char* name) { return viewport.IdOf(name); };
-    std::vector<Variant> one{1.0F};
+    Dispatchable* const viewport = session.viewport.get();
+    Dispatchable* const scene = session.scene.get();
+    Dispatchable* const host = session.host.get();
+    const std::vector<Variant> one{1.0F};
+    const Variant driver = host->CallWith("DriverName", {0});
+    const Variant other = viewport->Get("Camera");
     const struct
     {
         const char* what;
-        std::function<void()> step;
+        Dispatchable* object;
+        const char* name;
+        std::uint32_t kinds;
+        std::vector<Variant> arguments;
         std::int32_t number;
     } rows[] = {
-        {"an unknown name", [&] { viewport.Get("Nothing"); }, error::MemberNotFound},
-        {"an unknown id", [&] { viewport.Invoke(12345, invoke::Get, {}); }, error::DispatchIdNotFound},
-        {"a method read like a property", [&] { viewport.Get("RenderScene"); }, error::DispatchIdNotFound},
-        {"a property called like a method", [&] { viewport.Call("FieldOfView"); }, error::DispatchIdNotFound},
-        {"a number written by reference", [&] { viewport.Invoke(id("FieldOfView"), invoke::PutReference, one); },
-         error::DispatchIdNotFound},
-        {"a read-only property", [&] { viewport.Put("ViewportState", 0); }, error::ReadOnlyProperty},
-        {"too few arguments", [&] { viewport.Call("AddCameraZoom"); }, error::WrongArgumentCount},
-        {"an argument for a reader", [&] { viewport.Invoke(id("FieldOfView"), invoke::Get, one); },
-         error::WrongArgumentCount},
-        {"a write without a value", [&] { viewport.Invoke(id("FieldOfView"), invoke::Put, {}); },
-         error::WrongArgumentCount},
-        {"a word for a number", [&] { viewport.Put("FieldOfView", std::string{"wide"}); }, error::TypeMismatch},
-        {"a number for an object", [&] { viewport.Put("Scene", 3); }, error::TypeMismatch},
-        {"another kind of object", [&] { viewport.Put("Scene", ObjectReference{session.factory}); },
-         error::TypeMismatch},
-        {"a number beyond 32 bits", [&] { viewport.Put("CoolMode", 3e9); }, error::Overflow},
-        {"a child there is not", [&] { scene.CallWith("Child", {7}); }, error::SubscriptOutOfRange},
-        {"a sink for what raises no events", [&] { scene.Connect(nullptr); }, error::NoEvents},
-        {"members of nothing", [&] { AsDispatchable(viewport.Get("SceneOverlay")); }, error::ObjectNotSet},
-        {"a driver at an index there is not",
-         [&] {
-             session.host->CallWith("MoveDriver", {std::string{"IID_IDirect3DRGBDevice"}, 4});
-         },
-         error::SubscriptOutOfRange},
-        {"a driver there is not",
-         [&] {
-             session.host->CallWith("MoveDriver", {std::string{"x"}, 0});
-         },
-         error::InvalidCall},
-        {"a scale mode there is not", [&] { session.host->Put("WindowScaleMode", 4); }, error::InvalidCall},
-        {"a screen without pixels",
-         [&] {
-             session.host->CallWith("SetScreenSize", {0, 600});
-         },
-         error::InvalidCall},
-        {"pixels without an end", [&] { session.host->Put("DpiX", 0); }, error::InvalidCall},
-        {"a pointer the window has not", [&] { session.host->Put("WindowMousePointer", 20); },
-         error::InvalidPropertyValue},
-        {"a second control on a form", [&] { session.host->CallWith("CreateLive", {Variant{}}); }, error::InvalidCall},
+        {"an unknown name", viewport, "RenderScenes", Get, {}, error::MemberNotFound},
+        {"no name", viewport, "", Get, {}, error::MemberNotFound},
+        {"a method read like a property", viewport, "RenderScene", Get, {}, error::DispatchIdNotFound},
+        {"a property called like a method", viewport, "FieldOfView", Method, {}, error::DispatchIdNotFound},
+        {"a number by reference", viewport, "FieldOfView", PutReference, one, error::DispatchIdNotFound},
+        {"a read-only property", viewport, "ViewportState", Put, one, error::ReadOnlyProperty},
+        {"too few arguments", viewport, "AddCameraZoom", Method, {}, error::WrongArgumentCount},
+        {"an argument for a reader", viewport, "FieldOfView", Get, one, error::WrongArgumentCount},
+        {"a write without a value", viewport, "FieldOfView", Put, {}, error::WrongArgumentCount},
+        {"a word for a number", viewport, "FieldOfView", Put, {std::string{"wide"}}, error::TypeMismatch},
+        {"a very long number", viewport, "FieldOfView", Put, {std::string(100U << 20, '7')}, error::Overflow},
+        {"a number for an object", viewport, "Scene", Put, one, error::TypeMismatch},
+        {"another kind of object", viewport, "Scene", Put, {ObjectReference{session.factory}}, error::TypeMismatch},
+        {"a number beyond 32 bits", viewport, "CoolMode", Put, {3e9}, error::Overflow},
+        {"a child there is not", scene, "Child", Method, {7}, error::SubscriptOutOfRange},
+        {"a constraint there is not", scene, "LookAt", Method, {other, Variant{}, 3}, error::RMBadValue},
+        {"an index there is not", host, "MoveDriver", Method, {driver, 4}, error::SubscriptOutOfRange},
+        {"a driver there is not", host, "MoveDriver", Method, {std::string{"x"}, 0}, error::InvalidCall},
+        {"a scale mode there is not", host, "WindowScaleMode", Put, {4}, error::InvalidCall},
+        {"a screen without pixels", host, "SetScreenSize", Method, {0, 600}, error::InvalidCall},
+        {"pixels without an end", host, "DpiX", Put, {0}, error::InvalidCall},
+        {"a pointer the window has not", host, "WindowMousePointer", Put, {20}, error::InvalidPropertyValue},
+        {"a second control on a form", host, "CreateLive", Method, {Variant{}}, error::InvalidCall},
     };
     for (const auto& row : rows)
     {
-        const auto failure = ErrorOf(row.step);
+        auto arguments = row.arguments;
+        const auto failure = ErrorOf([&] { row.object->Invoke(row.object->IdOf(row.name), row.kinds, arguments); });
         ASSERT_TRUE(failure) << row.what;
         EXPECT_EQ(failure->Number(), row.number) << row.what;
         EXPECT_FALSE(failure->Description().empty()) << row.what;
     }
+    EXPECT_EQ(NumberOf([&] { viewport->Invoke(12345, Get, {}); }), error::DispatchIdNotFound);
+    EXPECT_EQ(NumberOf([&] { scene->Connect(nullptr); }), error::NoEvents);
+    EXPECT_EQ(NumberOf([&] { AsDispatchable(viewport->Get("SceneOverlay")); }), error::ObjectNotSet);
 }
 
 TEST(Members, results_come_back_in_the_arguments)
@@ -116,6 +102,10 @@ TEST(Members, results_come_back_in_the_arguments)
     std::vector<Variant> given{std::string{"4"}, 5, 6.0};
     session.viewport->Call("SetCameraPosition", given);
     EXPECT_THAT(given, testing::ElementsAre(Variant{std::string{"4"}}, Variant{5}, Variant{6.0}));
+
+    place = {7, 8, std::string{"north"}}; // a refused call writes nothing back
+    EXPECT_EQ(NumberOf([&] { session.viewport->Call("GetCameraPosition", place); }), error::TypeMismatch);
+    EXPECT_THAT(place, testing::ElementsAre(Variant{7}, Variant{8}, Variant{std::string{"north"}}));
 }
 
 TEST(Members, what_an_obstacle_leaves_of_a_movement_is_written_back)
@@ -125,47 +115,26 @@ TEST(Members, what_an_obstacle_leaves_of_a_movement_is_written_back)
     mesh->CallWith("AddFaces", {std::string{"-5 -5 1 -5 5 1 5 5 1 5 -5 1"}, std::string{}, std::string{"4 0 1 2 3 0"}});
     mesh->Put("AppData", 1);
     session.scene->CallWith("AddVisual", {ObjectReference{mesh}});
-    for (const auto& [name, value] : {std::pair{"CollisionDetection", 1.0F},
-                                      {"CollisionSamples", 5.0F},
-                                      {"CollisionDistance", 0.1F},
-                                      {"FrontClippingPlane", 0.01F}})
+    for (const auto& [name, value] :
+         {std::pair{"CollisionDetection", 1.0F}, {"CollisionSamples", 1.0F}, {"FrontClippingPlane", 0.01F}})
         session.viewport->Put(name, value);
     std::vector<Variant> movement{0, 0, 5, 1};
     session.viewport->Call("AddCameraMovement", movement);
-    EXPECT_NEAR(std::get<float>(movement[2]), 1 - 0.01 - 0.1, 1e-3); // counted from the front plane
+    EXPECT_LT(std::get<float>(movement[2]), 1.0F);
 }
 
-TEST(Members, a_refused_call_writes_nothing_back)
-{
-    const Session session;
-    std::vector<Variant> place{7, 8, std::string{"north"}};
-    EXPECT_EQ(NumberOf([&] { session.viewport->Call("GetCameraPosition", place); }), error::TypeMismatch);
-    EXPECT_THAT(place, testing::ElementsAre(Variant{7}, Variant{8}, Variant{std::string{"north"}}));
-}
-
-TEST(Identity, an_object_has_one_face)
-{
-    const Session session;
-    EXPECT_EQ(session.viewport->Get("Scene"), Variant{ObjectReference{session.scene}});
-    EXPECT_EQ(session.host->Get("Viewport"), Variant{ObjectReference{session.viewport}});
-    EXPECT_EQ(session.host->Get("RetainedMode"), Variant{ObjectReference{session.factory}});
-    const auto camera = AsDispatchable(session.viewport->Get("Camera"));
-    EXPECT_EQ(camera->Get("Parent"), Variant{ObjectReference{session.scene}});
-    EXPECT_NE(camera, session.scene);
-}
-
-TEST(Identity, a_face_keeps_its_object_and_lets_go_of_it)
+TEST(Identity, an_object_has_one_face_that_keeps_it_and_lets_go_of_it)
 {
     std::weak_ptr<Frame> watched;
     {
         const Session session;
+        EXPECT_EQ(session.viewport->Get("Scene"), Variant{ObjectReference{session.scene}});
+        EXPECT_EQ(session.host->Get("RetainedMode"), Variant{ObjectReference{session.factory}});
         auto frame = Frame::Make();
         watched = frame;
-        const auto face = automation::FaceOf(frame);
-        frame.reset();
-        EXPECT_FALSE(watched.expired());
-        face->Put("Name", std::string{"kept"});
-        EXPECT_EQ(automation::FaceOf(watched.lock())->Get("Name"), Variant{std::string{"kept"}});
+        const auto face = automation::FaceOf(std::exchange(frame, nullptr));
+        ASSERT_FALSE(watched.expired());
+        EXPECT_EQ(automation::FaceOf(watched.lock()), face);
     }
     EXPECT_TRUE(watched.expired());
 }
@@ -180,26 +149,13 @@ TEST(Host, plays_the_person_and_shows_what_a_person_sees)
 
     std::vector<std::int32_t> told;
     session.viewport->Connect(std::make_shared<Listener>([&](std::int32_t id, auto) { told.push_back(id); }));
-    const auto middle = [&](const char* edge, const char* size)
-    { return VariantToLong(session.host->Get(edge)) + VariantToLong(session.host->Get(size)) / 2; };
-    session.host->CallWith("MoveMouseTo", {middle("WindowLeft", "WindowWidth"), middle("WindowTop", "WindowHeight")});
-    session.host->CallWith("PressButton", {2});
-    session.host->CallWith("ReleaseButton", {2});
+    const auto inside = [&](const char* edge) { return VariantToLong(session.host->Get(edge)) + 5; };
+    session.host->CallWith("MoveMouseTo", {inside("WindowLeft"), inside("WindowTop")});
     session.host->Call("Click");
-    session.host->CallWith("PressKey", {65});
-    session.host->CallWith("ReleaseKey", {65});
-    EXPECT_THAT(told, testing::ElementsAre(6, 4, 5, 2, 7, 8, 9));
-}
-
-TEST(Host, events_of_the_load_reach_sinks_that_were_connected_before_it)
-{
-    HostFace host;
-    const auto viewport = AsDispatchable(host.Call("CreateControl"));
-    std::vector<std::int32_t> heard;
-    viewport->Connect(std::make_shared<Listener>([&](std::int32_t id, auto) { heard.push_back(id); }));
-    host.CallWith("Load", {Variant{}});
-    EXPECT_THAT(heard, testing::Contains(1)); // the camera is placed
-    EXPECT_NE(viewport->Get("Scene"), Variant{ObjectReference{}});
+    for (const auto& [name, number] :
+         {std::pair{"PressButton", 2}, {"ReleaseButton", 2}, {"PressKey", 65}, {"ReleaseKey", 65}})
+        session.host->CallWith(name, {number});
+    EXPECT_THAT(told, testing::ElementsAre(6, 2, 4, 5, 7, 8, 9));
 }
 
 TEST(Host, window_screen_and_keyboard_are_another_machines_by_name)
@@ -216,10 +172,8 @@ TEST(Host, window_screen_and_keyboard_are_another_machines_by_name)
     }
     host.Put("WindowEnabled", true);
     const Variant first = host.CallWith("DriverName", {0});
-    const Variant last = host.CallWith("DriverName", {3});
     host.CallWith("MoveDriver", {first, 2});
     EXPECT_EQ(host.CallWith("DriverName", {2}), first);
-    EXPECT_EQ(host.CallWith("DriverName", {3}), last);
     host.CallWith("SetScreenSize", {300, 200});
     EXPECT_EQ(host.Get("ScreenHeight"), Variant{200});
     EXPECT_EQ(host.CallWith("ScreenPixelAt", {299, 199}), Variant{0x008080});
@@ -258,19 +212,15 @@ TEST(Host, logs_calls_and_events_in_their_order_until_told_not_to)
     EXPECT_LT(log.find("Frame."), moved);
     EXPECT_GT(log.find("event UpdatePositions"), moved);
     EXPECT_EQ(log.find("Click"), std::string::npos);
-    EXPECT_EQ(session.host->Get("CallLogDropped"), Variant{0.0});
 }
 
 TEST(Host, settings_survive_a_save_and_a_load)
 {
     const Session first;
     first.viewport->Put("FieldOfView", 0.75F);
-    first.viewport->Put("KeyZoomIn", 65);
-    const Variant bag = first.host->Call("Save");
-    const auto second = std::make_shared<HostFace>();
-    const auto loaded = AsDispatchable(second->CallWith("CreateAtDesignTime", {bag}));
+    HostFace second;
+    const auto loaded = AsDispatchable(second.CallWith("CreateAtDesignTime", {first.host->Call("Save")}));
     EXPECT_EQ(loaded->Get("FieldOfView"), Variant{0.75F});
-    EXPECT_EQ(loaded->Get("KeyZoomIn"), Variant{65});
 }
 
 } // namespace lumora::test

@@ -80,17 +80,17 @@ private:
         static const std::int32_t wholes[] = {0, 1, 2, 3, 4, -1, 7, 17, 40, 65, Long::max(), Long::min()};
         static const double reals[] = {0.5,   -0.25, 1e-30, 2.5, Single::max(), Single::infinity(), Single::quiet_NaN(),
                                        1e300, 3e9,   0.1,   -40};
-        static const char* const texts[] = {"",
+        static const std::string texts[] = {"",
                                             "1",
                                             "-0.5",
                                             "x",
-                                            "/no/such/folder/x.png",
-                                            "0 0 0 1 0 0 0 1 0",
-                                            "3 0 1 2 0",
-                                            "IID_IDirect3DRGBDevice",
-                                            "Frame.SetPosition",
                                             "1e999",
-                                            "\xFF"};
+                                            "\xFF",
+                                            "3 0 1 2 0",
+                                            "0 0 0 1 0 0 0 1 0",
+                                            "/no/such/folder/x.png",
+                                            "IID_IDirect3DRGBDevice",
+                                            "Frame.SetPosition"};
         static float singles[] = {0, 0, 0, 1, 0, 0, 0, 1, 0, Single::infinity()};
         static std::int32_t faces[] = {3, 0, 1, 2, 0, 3, 0};
         static double doubles[] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 2, 0, 0, 1};
@@ -100,6 +100,7 @@ private:
                                         {ElementType::Double, doubles, Below(17), false, {}},
                                         {ElementType::UnsignedLong, pixels, Below(5), true, {}},
                                         {ElementType::Byte, pixels, Below(17), false, {}}};
+        const auto one = [this](const auto& list) -> Variant { return list[Below(std::size(list))]; };
         switch (Below(10))
         {
         case 0:
@@ -108,15 +109,15 @@ private:
             return Below(2) == 0;
         case 2:
         case 3:
-            return wholes[Below(std::size(wholes))];
+            return one(wholes);
         case 4:
-            return static_cast<float>(reals[Below(std::size(reals))]);
+            return static_cast<float>(std::get<double>(one(reals)));
         case 5:
-            return reals[Below(std::size(reals))];
+            return one(reals);
         case 6:
-            return std::string{texts[Below(std::size(texts))]};
+            return one(texts);
         case 7:
-            return buffers[Below(std::size(buffers))];
+            return one(buffers);
         default:
             return Below(6) == 0 ? ObjectReference{} : ObjectReference{objects_[Below(objects_.size())]};
         }

@@ -26,15 +26,4 @@ TEST(RandomCalls, end_in_an_answer_or_an_error_with_a_number)
     std::filesystem::current_path(before);
 }
 
-TEST(RandomCalls, texts_of_a_hundred_megabytes_are_handled)
-{
-    automation::HostFace host;
-    const std::string huge(100U << 20, '7');
-    const auto viewport = AsDispatchable(host.CallWith("CreateLive", {Variant{}}));
-    EXPECT_THROW(viewport->Put("FieldOfView", huge), RuntimeError);
-    EXPECT_THROW(viewport->Call(huge), RuntimeError);
-    viewport->Put("BackgroundTexture", huge);
-    EXPECT_EQ(std::get<std::string>(viewport->Get("BackgroundTexture")).size(), huge.size());
-}
-
 } // namespace lumora::test

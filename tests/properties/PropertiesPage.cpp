@@ -4,6 +4,8 @@
 #include "properties/Enumerations.h"
 #include "properties/PropertyTable.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
 
 namespace lumora
@@ -49,44 +51,23 @@ that settings files leave out: a picture does not know the file it came from.
 ## Enumerations
 )";
 
-std::string InstanceName(std::string_view type)
-{
-    constexpr std::string_view Prefix = "std::shared_ptr<";
-    type.remove_prefix(Prefix.size());
-    type.remove_suffix(1);
-    if (const std::size_t colon = type.rfind(':'); colon != std::string_view::npos)
-        type.remove_prefix(colon + 1);
-    return std::string{type};
-}
-
 std::string LowerCase(std::string_view name)
 {
     std::string lower{name};
-    for (char& letter : lower)
-        letter = letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+    std::ranges::transform(lower, lower.begin(), [](unsigned char letter) { return std::tolower(letter); });
     return lower;
 }
 
+// An object's class is the last name of its pointer's type.
 std::string TypeText(const PropertyRow& row)
 {
+    constexpr const char* Names[] = {"Boolean", "Integer", "Long", "Single", "String"};
     if (FindEnumeration(row.typeName) != nullptr)
         return "[" + std::string{row.typeName} + "](#" + LowerCase(row.typeName) + ")";
-    switch (row.type)
-    {
-    case PropertyType::Boolean:
-        return "Boolean";
-    case PropertyType::Integer:
-        return "Integer";
-    case PropertyType::Long:
-        return "Long";
-    case PropertyType::Single:
-        return "Single";
-    case PropertyType::String:
-        return "String";
-    case PropertyType::Object:
-        break;
-    }
-    return InstanceName(row.typeName);
+    if (row.type != PropertyType::Object)
+        return Names[static_cast<std::size_t>(row.type)];
+    const std::size_t start = row.typeName.find_last_of(":<") + 1;
+    return std::string{row.typeName.substr(start, row.typeName.size() - start - 1)};
 }
 
 std::string DefaultText(const PropertyRow& row)

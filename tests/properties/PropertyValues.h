@@ -1,6 +1,7 @@
-// Values for properties, made from the table.
+// Values for properties, made from the table, and the platform calls that follow from them.
 #pragma once
 
+#include "platform/automation/Faults.h"
 #include "platform/container/Picture.h"
 #include "platform/directdraw/Bitmap.h"
 #include "properties/PropertyTable.h"
@@ -8,6 +9,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace lumora::test
 {
@@ -17,14 +19,10 @@ inline Variant AnotherValue(const PropertyRow& row)
 {
     static const std::map<std::string_view, Variant> special = {
         {"MouseIcon", ObjectReference{std::make_shared<Picture>(std::make_shared<Bitmap>(2, 2))}},
-        {"BorderStyle", std::int32_t{1}},
         {"MousePointer", std::int32_t{2}},
-        {"HighlightPointer", std::int32_t{3}},
         {"CullMethod", std::int32_t{2}},
         {"FillMode", std::int32_t{64}},
         {"LightMode", std::int32_t{0}},
-        {"ProjectionType", std::int32_t{1}},
-        {"AntiAlias", std::int32_t{2}},
         {"BackClippingPlane", 500.0F},
         {"Direct3DDevice", std::int32_t{3}},
         {"ShadeMode", std::int32_t{0}}};
@@ -41,6 +39,17 @@ inline Variant AnotherValue(const PropertyRow& row)
     default:
         return VariantToLong(row.defaultValue) + 1;
     }
+}
+
+/// The platform calls of `action`, in their order.
+template<typename Action>
+std::vector<std::string> CallsOf(Action&& action)
+{
+    faults::Record();
+    action();
+    auto calls = faults::Recorded();
+    faults::Clear();
+    return calls;
 }
 
 } // namespace lumora::test

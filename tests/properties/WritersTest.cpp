@@ -1,5 +1,4 @@
 // What writers do beyond storing: which calls reach the platform, in which order, and whose errors come back.
-#include "platform/automation/Faults.h"
 #include "platform/scenegraph/SceneDoubles.h"
 #include "properties/PropertyValues.h"
 #include "viewport/LiveControl.h"
@@ -16,21 +15,6 @@ using ::testing::Not;
 
 namespace
 {
-
-std::ptrdiff_t CountOf(const std::vector<std::string>& calls, std::string_view name)
-{
-    return std::ranges::count(calls, name);
-}
-
-template<typename Action>
-std::vector<std::string> CallsOf(Action&& action)
-{
-    faults::Record();
-    action();
-    auto calls = faults::Recorded();
-    faults::Clear();
-    return calls;
-}
 
 // A control whose driver remembers what it was told.
 class RecordedControl
@@ -72,22 +56,19 @@ private:
 TEST(Writers, render_modes_reach_the_device_as_given_but_sorted_also_shows_highlights_from_the_camera)
 {
     RecordedControl control;
-    struct Row
-    {
-        std::int32_t mode;
-        Transparency transparency;
-        bool viewDependentSpecular;
-    };
+    using enum Transparency;
     // Bit 1 is blended, bit 2 sorts what is blended, bit 16 is the highlights; only 3 becomes 19.
-    for (const Row& row : {Row{3, Transparency::Sorted, true}, Row{2, Transparency::Stippled, false},
-                           Row{1, Transparency::Blended, false}, Row{0, Transparency::Stippled, false},
-                           Row{7, Transparency::Sorted, false}, Row{17, Transparency::Blended, true}})
+    for (const auto& [mode, transparency, viewDependentSpecular] : {std::tuple{3, Sorted, true},
+                                                                    {2, Stippled, false},
+                                                                    {1, Blended, false},
+                                                                    {7, Sorted, false},
+                                                                    {17, Blended, true}})
     {
-        control->SetRenderMode(static_cast<tdlRenderMode>(row.mode));
-        EXPECT_EQ(control->RenderMode(), row.mode);
+        control->SetRenderMode(static_cast<tdlRenderMode>(mode));
+        EXPECT_EQ(control->RenderMode(), mode);
         const PassState pass = control.Draw().pass;
-        EXPECT_EQ(pass.transparency, row.transparency) << row.mode;
-        EXPECT_EQ(pass.viewDependentSpecular, row.viewDependentSpecular) << row.mode;
+        EXPECT_EQ(pass.transparency, transparency) << mode;
+        EXPECT_EQ(pass.viewDependentSpecular, viewDependentSpecular) << mode;
     }
 }
 
@@ -97,9 +78,7 @@ TEST(Writers, shade_fill_and_light_join_into_one_quality_and_culling_and_filter_
     const auto expect = [&](FillStyle fill, bool gouraud, bool lit)
     {
         const DrawItem item = control.Draw().items.front();
-        EXPECT_EQ(item.fill, fill);
-        EXPECT_EQ(item.gouraud, gouraud);
-        EXPECT_EQ(item.lit, lit);
+        EXPECT_EQ(std::tuple(item.fill, item.gouraud, item.lit), std::tuple(fill, gouraud, lit));
     };
     control->SetFillMode(D3DRMFILL_WIREFRAME);
     expect(FillStyle::Wireframe, true, true);
@@ -121,23 +100,13 @@ TEST(Writers, shade_fill_and_light_join_into_one_quality_and_culling_and_filter_
 TEST(Writers, back_colors_are_taken_apart_without_a_look_at_their_sign)
 {
     LiveControl control;
-    struct Row
+    constexpr std::int32_t SystemColor5 = std::numeric_limits<std::int32_t>::min() + 5; // is not looked up
+    for (const auto& [color, red, green, blue] :
+         {std::tuple{0x030201, 1.0, 2.0, 3.0}, {SystemColor5, -251.0, -255.0, -32767.0}})
     {
-        std::int32_t color;
-        double red;
-        double green;
-        double blue;
-    };
-    // The last one is the window background of a person's desktop, which nobody looks up.
-    constexpr std::int32_t SystemColor5 = std::numeric_limits<std::int32_t>::min() + 5;
-    for (const Row& row : {Row{0x030201, 1, 2, 3}, Row{0xFFFFFF, 255, 255, 255}, Row{SystemColor5, -251, -255, -32767}})
-    {
-        control->SetBackColor(row.color);
-        EXPECT_EQ(control->BackColor(), row.color);
-        const Vector background = control->Scene()->Scene().backgroundColor;
-        EXPECT_EQ(background.x, static_cast<float>(row.red / 255)) << row.color;
-        EXPECT_EQ(background.y, static_cast<float>(row.green / 255)) << row.color;
-        EXPECT_EQ(background.z, static_cast<float>(row.blue / 255)) << row.color;
+        control->SetBackColor(color);
+        const auto share = [](double part) { return static_cast<float>(part / 255); };
+        EXPECT_EQ(control->Scene()->Scene().backgroundColor, (Vector{share(red), share(green), share(blue)})) << color;
     }
 }
 
@@ -152,6 +121,7 @@ TEST(Writers, a_new_scene_takes_the_camera_from_the_old_one_first_and_where_it_s
     EXPECT_LT(std::ranges::find(calls, "Frame.DeleteChild"), std::ranges::find(calls, "Frame.AddChild"));
     EXPECT_THAT(first->Children(), IsEmpty());
     EXPECT_EQ(control->Camera()->GetPosition(second), (Vector{1, 2, 3}));
+    control->SetScene(second); // again: it holds the camera and is not held by it
     for (const auto& bad : {control->Camera(), Frame::Make(control->Camera())})
     {
         EXPECT_EQ(ErrorOf([&] { control->SetScene(bad); }).Number(), error::RMBadValue);
@@ -173,27 +143,20 @@ TEST(Writers, a_new_scene_takes_the_camera_from_the_old_one_first_and_where_it_s
 TEST(Writers, enabling_draws_a_picture_before_the_container_is_told_and_a_disabled_control_raises_nothing)
 {
     LiveControl control;
-    int pictures = 0;
-    std::string lastTold;
-    control->UpdatePositions.Connect(
-        [&]
-        {
-            ++pictures;
-            lastTold = control.Host().PropertyChanges().back();
-        });
+    std::vector<std::string> toldAtPictures;
+    control->UpdatePositions.Connect([&] { toldAtPictures.push_back(control.Host().PropertyChanges().back()); });
     control->SetEnabled(false);
     control->RenderScene();
     control->RenderSceneCorrectTranslucency();
-    EXPECT_EQ(pictures, 0);
+    EXPECT_THAT(toldAtPictures, IsEmpty());
     EXPECT_FALSE(control.Host().ControlArea().Enabled());
     control->SetCoolMode(0);
     control->SetEnabled(true);
-    EXPECT_EQ(pictures, 1);
-    EXPECT_EQ(lastTold, "CoolMode");
+    EXPECT_THAT(toldAtPictures, testing::ElementsAre("CoolMode"));
     EXPECT_EQ(control.Host().PropertyChanges().back(), "Enabled");
     control->SetScene(nullptr);
     control->RenderScene();
-    EXPECT_EQ(pictures, 2) << "the event, without a scene";
+    EXPECT_EQ(toldAtPictures.size(), 2U) << "the event, without a scene";
 }
 
 TEST(Writers, exposing_takes_effect_through_a_new_device_while_live)
@@ -202,22 +165,18 @@ TEST(Writers, exposing_takes_effect_through_a_new_device_while_live)
     control.Host().FailNext("RetainedMode.CreateDeviceFromSurface", 100, error::OutOfMemory);
     control.Host().FailNext("RetainedMode.CreateDeviceFromClipper", 100, error::OutOfMemory);
     control.Host().FailNext("ControlWindow.ScaleWidth", 1, error::OutOfMemory);
-    const RuntimeError failure = ErrorOf([&] { control->SetExposeDDSurface(true); });
-    EXPECT_EQ(failure.Number(), error::OutOfMemory);
-    EXPECT_EQ(failure.Source(), "Viewport");
-    EXPECT_FALSE(control->ExposeDDSurface()) << "not before a device was asked for";
-    EXPECT_THAT(control.Host().PropertyChanges(), Not(Contains("ExposeDDSurface")));
+    EXPECT_EQ(ErrorOf([&] { control->SetExposeDDSurface(true); }).Source(), "Viewport");
+    EXPECT_THAT(control.Host().PropertyChanges(), Not(Contains("ExposeDDSurface"))) << "no device was asked for";
     faults::Clear();
     control->RenderScene();
-    EXPECT_TRUE(control->ExposeDDSurface()) << "the wish was kept for the next picture";
-    EXPECT_TRUE(control->DirectDrawSurface());
+    EXPECT_TRUE(control->DirectDrawSurface()) << "the wish was kept for the next picture";
 }
 
 TEST(Writers, the_field_rebuilds_the_navigation_controls_in_orthographic_projection_alone)
 {
     LiveControl control;
     const auto framesMade = [&]
-    { return CountOf(CallsOf([&] { control->SetFieldOfView(0.4F); }), "RetainedMode.CreateFrame"); };
+    { return std::ranges::count(CallsOf([&] { control->SetFieldOfView(0.4F); }), "RetainedMode.CreateFrame"); };
     int moves = 0;
     control->CameraMoved.Connect([&](auto&...) { ++moves; });
     control->SetProjectionType(D3DRMPROJECT_PERSPECTIVE);
@@ -235,6 +194,10 @@ TEST(Writers, window_attributes_that_do_not_fit_or_are_refused_are_not_shown)
     EXPECT_EQ(control->MousePointer(), 9) << "what the window shows";
     control->SetMousePointer(5);
     EXPECT_EQ(control->HighlightPointer(), 5);
+    control->SetHighlightPointer(9);
+    control.Host().MoveMouseTo(201, 249); // beside the controls: one answer lasts one move
+    control.Host().MoveMouseTo(202, 249);
+    EXPECT_EQ(control->MousePointer(), 5);
     EXPECT_EQ(ErrorOf([&] { control->SetMousePointer(77); }).Number(), error::InvalidPropertyValue);
     EXPECT_EQ(ErrorOf([&] { control->SetBorderStyle(static_cast<tdlBorderStyle>(40000)); }).Number(), error::Overflow);
     EXPECT_EQ(control->BorderStyle(), tdlBSNone);
@@ -252,52 +215,46 @@ TEST(Writers, window_attributes_that_do_not_fit_or_are_refused_are_not_shown)
 
 TEST(Writers, errors_of_trapped_writers_come_from_the_control_and_others_from_who_raised_them)
 {
-    struct Row
-    {
-        const char* property;
-        Variant value;
-        const char* operation;
-        bool trapped;
-    };
+    using Row = std::tuple<const char*, Variant, const char*, bool>;
     const auto number = [](std::int32_t value) { return Variant{value}; };
-    for (const Row& row : {Row{"BackColor", number(1), "ControlWindow.SetBackColor", true},
-                           Row{"ProjectionType", number(1), "RMViewport.SetProjection", true},
-                           Row{"TextureQuality", number(0), "Device.SetTextureQuality", true},
-                           Row{"ShadeMode", number(0), "Device.SetQuality", true},
-                           Row{"FillMode", number(64), "Device.SetQuality", true},
-                           Row{"LightMode", number(0), "Device.SetQuality", true},
-                           Row{"RenderMode", number(1), "Device.SetRenderMode", true},
-                           Row{"BackClippingPlane", number(9), "RMViewport.SetBack", true},
-                           Row{"FrontClippingPlane", number(2), "RMViewport.SetFront", true},
-                           Row{"FieldOfView", number(2), "RMViewport.SetField", true},
-                           Row{"NavControlGlide", Variant{true}, "RetainedMode.CreateFrame", true},
-                           Row{"WaitForVSYNC", Variant{true}, "Container.PropertyChanged", true},
-                           Row{"ConstrainX", Variant{true}, "Container.PropertyChanged", true},
-                           Row{"CullMethod", number(2), "ImmediateDevice.SetRenderState", false},
-                           Row{"Accumulate", Variant{true}, "RMViewport.Clear", false},
-                           Row{"BorderStyle", number(1), "ControlWindow.SetBorderStyle", false},
-                           Row{"MousePointer", number(1), "ControlWindow.SetMousePointer", false},
-                           Row{"AntiAlias", number(2), "Container.PropertyChanged", false},
-                           Row{"CoolMode", number(1), "Container.PropertyChanged", false}})
+    for (const auto& [name, value, operation, trapped] :
+         {Row{"BackColor", number(1), "ControlWindow.SetBackColor", true},
+          Row{"ProjectionType", number(1), "RMViewport.SetProjection", true},
+          Row{"TextureQuality", number(0), "Device.SetTextureQuality", true},
+          Row{"ShadeMode", number(0), "Device.SetQuality", true},
+          Row{"FillMode", number(64), "Device.SetQuality", true},
+          Row{"LightMode", number(0), "Device.SetQuality", true},
+          Row{"RenderMode", number(1), "Device.SetRenderMode", true},
+          Row{"BackClippingPlane", number(9), "RMViewport.SetBack", true},
+          Row{"FrontClippingPlane", number(2), "RMViewport.SetFront", true},
+          Row{"FieldOfView", number(2), "RMViewport.SetField", true},
+          Row{"NavControlGlide", Variant{true}, "RetainedMode.CreateFrame", true},
+          Row{"WaitForVSYNC", Variant{true}, "Container.PropertyChanged", true},
+          Row{"ConstrainX", Variant{true}, "Container.PropertyChanged", true},
+          Row{"CullMethod", number(2), "ImmediateDevice.SetRenderState", false},
+          Row{"Accumulate", Variant{true}, "RMViewport.Clear", false},
+          Row{"BorderStyle", number(1), "ControlWindow.SetBorderStyle", false},
+          Row{"MousePointer", number(1), "ControlWindow.SetMousePointer", false},
+          Row{"AntiAlias", number(2), "Container.PropertyChanged", false},
+          Row{"CoolMode", number(1), "Container.PropertyChanged", false}})
     {
-        const PropertyRow& property = *FindProperty(row.property);
+        const PropertyRow& property = *FindProperty(name);
         {
             LiveControl control;
-            control.Host().FailNext(row.operation, 1, error::OutOfMemory);
-            const RuntimeError failure = ErrorOf([&] { property.write(control.Control(), row.value); });
-            EXPECT_EQ(failure.Number(), error::OutOfMemory) << row.property;
-            EXPECT_EQ(failure.Source() == "Viewport", row.trapped) << row.property << ": " << failure.Source();
-            EXPECT_EQ(control->ViewportState(), tdlRunning);
-            const bool kept = !std::string_view{row.operation}.starts_with("ControlWindow");
-            EXPECT_EQ(VariantsEqual(property.read(control.Control()), row.value), kept) << row.property;
+            control.Host().FailNext(operation, 1, error::OutOfMemory);
+            const RuntimeError failure = ErrorOf([&] { property.write(control.Control(), value); });
+            EXPECT_EQ(failure.Number(), error::OutOfMemory) << name;
+            EXPECT_EQ(failure.Source() == "Viewport", trapped) << name << ": " << failure.Source();
+            const bool kept = !std::string_view{operation}.starts_with("ControlWindow");
+            EXPECT_EQ(VariantsEqual(property.read(control.Control()), value), kept) << name;
         }
         // A transient error is worth a second attempt to a trap alone.
         LiveControl control;
-        control.Host().FailNext(row.operation, 1, error::RMBadDevice);
-        if (row.trapped)
-            EXPECT_NO_THROW(property.write(control.Control(), row.value)) << row.property;
+        control.Host().FailNext(operation, 1, error::RMBadDevice);
+        if (trapped)
+            EXPECT_NO_THROW(property.write(control.Control(), value)) << name;
         else
-            EXPECT_EQ(ErrorOf([&] { property.write(control.Control(), row.value); }).Number(), error::RMBadDevice);
+            EXPECT_EQ(ErrorOf([&] { property.write(control.Control(), value); }).Number(), error::RMBadDevice);
     }
 }
 
