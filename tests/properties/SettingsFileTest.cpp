@@ -157,15 +157,13 @@ TEST(SettingsFile, a_value_its_property_cannot_hold_counts_as_missing_and_is_exp
 
 TEST(SettingsFile, leaves_out_what_json_cannot_say_and_tells_so)
 {
-    MemoryPropertyBag empty;
-    const auto hosted = Designed(empty);
-    hosted->Control().SetSceneOriginX(std::nanf(""));
-    hosted->Control().SetSceneOriginY(INFINITY);
-    hosted->Control().SetBackgroundTexture("\xFF");
-    hosted->Control().SetMouseIcon(std::make_shared<Picture>(std::make_shared<Bitmap>(2, 2)));
     auto bag = BagOf(R"({"SceneOriginX": 1})");
-    hosted->Control().Save(bag);
-    EXPECT_EQ(hosted->Control().ViewportState(), tdlRunning);
+    const Variant picture = AnotherValue(*FindProperty("MouseIcon"));
+    for (const auto& [name, value] : {std::pair{"BackgroundTexture", Variant{std::string{"\xFF"}}},
+                                      {"MouseIcon", picture},
+                                      {"SceneOriginX", std::nanf("")},
+                                      {"SceneOriginY", INFINITY}})
+        bag.WriteProperty(name, value, FindProperty(name)->defaultValue);
     EXPECT_EQ(bag.Text(), "{\n}\n");
     EXPECT_THAT(bag.Remarks(), ElementsAre(HasSubstr("BackgroundTexture"), HasSubstr("MouseIcon"),
                                            HasSubstr("SceneOriginX"), HasSubstr("SceneOriginY")));
@@ -240,10 +238,8 @@ TEST(SettingsFile, must_exist_to_be_read_and_is_created_to_be_written)
     EXPECT_EQ(folder.Read("settings.json"), "{\n    \"CoolMode\": 1\n}\n");
     EXPECT_THAT(folder.Names(), ElementsAre("settings.json"));
 
-    EXPECT_EQ(ErrorOf([&] { JsonPropertyBag::OpenOrCreate(folder / "missing/settings.json"); }).Number(),
-              error::PathFileAccess);
-    EXPECT_EQ(ErrorOf([&] { JsonPropertyBag::Open(folder / "."); }).Number(), error::PathFileAccess);
-    EXPECT_EQ(ErrorOf([&] { JsonPropertyBag::OpenOrCreate("/dev/null"); }).Number(), error::PathFileAccess);
+    for (const std::string& path : {folder / "missing/settings.json", folder / ".", std::string{"/dev/null"}})
+        EXPECT_EQ(ErrorOf([&] { JsonPropertyBag::OpenOrCreate(path); }).Number(), error::PathFileAccess) << path;
     EXPECT_EQ(ErrorOf([&] { BagOf("{}").Store(); }).Number(), error::PathFileAccess);
 }
 
