@@ -1,5 +1,4 @@
-// What a person sees after RenderScene: passes, fog, overlay, exposed surfaces.
-#include "platform/directdraw/DeviceContext.h"
+// What a person sees after RenderScene: passes, fog, overlay.
 #include "viewport/LiveControl.h"
 
 using namespace lumora;
@@ -7,8 +6,6 @@ using namespace lumora::test;
 
 namespace
 {
-
-using Lines = std::vector<std::string>;
 
 constexpr Color Red = 0xFFFF0000;
 constexpr Color Green = 0xFF00FF00;
@@ -74,6 +71,9 @@ TEST(FrameStep, each_cool_mode_draws_its_passes_in_their_order)
         EXPECT_EQ(control.PixelAt(50, overlayY), row.overlayOnEdge);
         EXPECT_EQ(control.PixelAt(51, overlayY), row.overlayBeside);
         EXPECT_EQ(control.PixelAt(5, 5), 0U);
+        control->SetRenderOverlay(false);
+        control->RenderScene();
+        EXPECT_EQ(control.PixelAt(51, overlayY), row.face) << "without the overlay";
     }
 }
 
@@ -98,20 +98,7 @@ TEST(FrameStep, fog_is_off_in_an_orthographic_picture_and_on_again_after_it)
     EXPECT_EQ(scene->GetSceneFogEnable(), 1) << "whatever happens between";
 }
 
-TEST(FrameStep, what_update_positions_moves_is_in_the_same_picture)
-{
-    LiveControl control;
-    const auto scene = AmbientScene(1);
-    const auto thing = Frame::Make(scene);
-    thing->AddVisual(Square(0, 0, 10, 0.3F, Red));
-    control->SetScene(scene);
-    control->UpdatePositions.Connect([&] { thing->SetPosition(scene, 3, 0, 0); });
-    control->RenderScene();
-    EXPECT_EQ(control.PixelAt(50, 50), 0U);
-    EXPECT_EQ(control.PixelAt(80, 50), FullRed);
-}
-
-TEST(FrameStep, handlers_may_replace_the_scene_or_draw_again)
+TEST(FrameStep, a_scene_that_update_positions_shows_is_in_the_same_picture_even_when_it_drew_another_first)
 {
     LiveControl control;
     control->SetScene(HalfLitScene());
@@ -121,58 +108,11 @@ TEST(FrameStep, handlers_may_replace_the_scene_or_draw_again)
         {
             if (std::exchange(again, false))
                 control->RenderScene();
-            control->SetScene(AmbientScene(1));
+            control->SetScene(GreenOverlay(10));
         });
     control->RenderScene();
     EXPECT_EQ(control.PixelAt(35, 60), 0U);
-}
-
-TEST(FrameStep, what_a_host_draws_on_the_exposed_surface_is_shown_and_averaged)
-{
-    for (const auto antiAlias : {tdlNone, tdl2X, tdl4X})
-    {
-        LiveControl control{ExposedSettings(antiAlias)};
-        Lines events;
-        control->DDSurfaceAvailable.Connect(
-            [&]
-            {
-                events.emplace_back("surface");
-                const auto surface = control->DirectDrawSurface();
-                const auto context = surface->GetDC();
-                context->FillRectangle({0, 0, 10 * antiAlias, 10 * antiAlias}, 0x0000FF); // red
-                surface->ReleaseDC(context);
-            });
-        control->AntiAliasSurfaceAvailable.Connect([&] { events.emplace_back("averaged"); });
-        const auto scene = AmbientScene(1);
-        scene->AddVisual(Square(0, 0, 10, 100, Green));
-        control->SetScene(scene);
-        control->RenderScene();
-        EXPECT_EQ(control.PixelAt(5, 5), FullRed);
-        for (const auto& [x, y] : {std::pair{10, 0}, {0, 10}, {Side - 1, 0}, {0, Side - 1}, {Side - 1, Side - 1}})
-            EXPECT_EQ(control.PixelAt(x, y), FullGreen) << "every sample of the outermost pixels is drawn";
-        EXPECT_EQ(events, antiAlias == tdlNone ? Lines{"surface"} : (Lines{"surface", "averaged"}));
-    }
-}
-
-TEST(FrameStep, accumulation_draws_over_the_picture_before)
-{
-    LiveControl control{ExposedSettings()};
-    const auto scene = AmbientScene(1);
-    const auto thing = Frame::Make(scene);
-    thing->AddVisual(Square(0, 0, 10, 0.5F, Red));
-    control->SetScene(scene);
-    control->SetAccumulate(true);
-    for (const float x : {-3.0F, 0.0F, 3.0F})
-    {
-        thing->SetPosition(scene, x, 0, 0);
-        control->RenderScene();
-    }
-    for (const int x : {20, 50, 80})
-        EXPECT_EQ(control.PixelAt(x, 50), FullRed);
-    control->SetAccumulate(false);
-    control->RenderScene();
-    EXPECT_EQ(control.PixelAt(20, 50), 0U);
-    EXPECT_EQ(control.PixelAt(80, 50), FullRed);
+    EXPECT_EQ(control.PixelAt(50, 45), FullGreen);
 }
 
 TEST(FrameStep, waiting_for_the_blank_waits_once_a_picture)

@@ -1,9 +1,9 @@
 // What a host finds under a point of the control.
-#include "LiveControl.h"
+#include "camera/Space.h"
 #include "platform/automation/Faults.h"
+#include "viewport/LiveControl.h"
 #include "viewport/PickResult.h"
 
-#include <cmath>
 #include <limits>
 
 namespace lumora::test
@@ -19,13 +19,6 @@ Vector UnderPixel(int x, int y, int width, int height, float z, bool perspective
     const double unitsPerPixel = 2.0 * 0.5 / std::max(width, height) * (perspective ? z : 1.0);
     return {static_cast<float>((x - width / 2.0) * unitsPerPixel),
             static_cast<float>((height / 2.0 - y) * unitsPerPixel), z};
-}
-
-void ExpectNear(Vector actual, Vector expected, float tolerance)
-{
-    EXPECT_NEAR(actual.x, expected.x, tolerance);
-    EXPECT_NEAR(actual.y, expected.y, tolerance);
-    EXPECT_NEAR(actual.z, expected.z, tolerance);
 }
 
 struct PickScene : ::testing::Test
@@ -77,14 +70,14 @@ TEST(Pick, finds_the_place_under_the_pixel_in_every_window_projection_and_unit)
                 const PickResult ray = control->Pick(tdlScene, x * scale, y * scale);
                 EXPECT_EQ(ray.PickedFrame, holder);
                 EXPECT_EQ(ray.PickedMeshbuilder, wall);
-                ExpectNear(ray.PickedWorld, expected, 1e-4F);
+                ExpectNear(ray.PickedWorld, expected, "place", 1e-4F);
 
                 const auto overlay = Frame::Make();
                 overlay->AddVisual(wall);
                 control->SetSceneOverlay(overlay);
                 const PickResult byViewport = control->Pick(tdlSceneOverlay, x * scale, y * scale);
                 EXPECT_EQ(byViewport.PickedFrame, overlay);
-                ExpectNear(byViewport.PickedWorld, expected, 2e-3F); // depth is stored near 1 there
+                ExpectNear(byViewport.PickedWorld, expected, "place", 2e-3F); // depth is stored near 1 there
             }
 }
 
@@ -216,8 +209,8 @@ TEST_F(PickScene, a_scene_below_frames_that_move_it_is_searched_like_a_root)
         EXPECT_LT(left.z, 3) << "stopped by the square";
         if (!ofRoot)
             ofRoot = {picked.PickedWorld, left};
-        ExpectNear(picked.PickedWorld, ofRoot->first, 1e-4F);
-        ExpectNear(left, ofRoot->second, 1e-4F);
+        ExpectNear(picked.PickedWorld, ofRoot->first, "place", 1e-4F);
+        ExpectNear(left, ofRoot->second, "place", 1e-4F);
     }
 }
 

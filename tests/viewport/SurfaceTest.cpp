@@ -181,6 +181,8 @@ TEST(ExposedSurface, changes_the_visible_part_of_its_window_and_nothing_else)
     for (const auto antiAlias : {tdlNone, tdl2X})
     {
         LiveControl control{ExposedSettings(antiAlias), host};
+        int averages = 0;
+        control->AntiAliasSurfaceAvailable.Connect([&] { ++averages; });
         control->DDSurfaceAvailable.Connect(
             [&]
             {
@@ -210,6 +212,7 @@ TEST(ExposedSurface, changes_the_visible_part_of_its_window_and_nothing_else)
                 }
             EXPECT_EQ(wrong, 0) << "at " << left << ", " << top;
         }
+        EXPECT_EQ(averages, antiAlias == tdlNone ? 0 : 6);
         host->MoveWindow(20, 20);
     }
 }
@@ -239,6 +242,7 @@ std::vector<Change> Changes(const std::string& background)
          }},
         {"accumulate", [](LiveControl& c) { c->SetAccumulate(true); }},
         {"picture", [](LiveControl& c) { c->DisplayPreRenderedImage(NumberedPicture(9, 9)); }},
+        {"cull", [](LiveControl& c) { c->SetCullMethod(D3DCULL_CW); }},
         {"draw again", [](LiveControl& c) { c->RenderScene(); }},
     };
 }
@@ -284,6 +288,7 @@ TEST(ExposedSurface, may_be_changed_from_within_any_event_of_the_picture)
                 auto bag = ExposedSettings(control->AntiAlias());
                 bag.Set("ExposeDDSurface", control->ExposeDDSurface());
                 bag.Set("BackgroundTexture", control->BackgroundTexture());
+                bag.Set("CullMethod", std::int32_t{control->CullMethod()});
                 bag.Set("BorderStyle", std::int32_t{control->BorderStyle()});
                 const PixelRect client = control.Host().ControlArea().ClientRect();
                 LiveControl fresh{bag, MakeHost(client.Width(), client.Height())};
