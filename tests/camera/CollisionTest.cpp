@@ -1,7 +1,6 @@
 // Obstacles as a walk meets them: where the camera stops, what is undone, what the events name.
-#include "camera/Space.h"
+#include "camera/Desk.h"
 #include "platform/automation/Faults.h"
-#include "viewport/LiveControl.h"
 
 #include <cstring>
 #include <set>
@@ -42,12 +41,7 @@ struct Walker
                                    { hits.emplace_back(frame, mesh); });
     }
 
-    void Take(const Pose& pose)
-    {
-        control->SetCameraPosition(pose.position.x, pose.position.y, pose.position.z);
-        control->SetCameraOrientation(pose.direction.x, pose.direction.y, pose.direction.z, pose.up.x, pose.up.y,
-                                      pose.up.z);
-    }
+    void Take(const Pose& pose) { StandIn(control.Control(), pose); }
 
     /// A square that stands across `direction`, `distance` from `from`.
     std::shared_ptr<Frame> AddWall(Vector from, Vector direction, float distance, float half = 5000)
@@ -184,16 +178,10 @@ TEST(Collision, a_glide_that_ends_too_near_to_what_the_camera_sees_is_undone)
 
 TEST(Collision, turns_that_end_in_front_of_an_obstacle_are_undone_and_others_are_kept)
 {
-    struct Row
-    {
-        const char* name;
-        float wall; // from the camera, to its right
-        bool kept;
-    };
     constexpr float QuarterTurn = 1.5707964F;
     for (const tdlNavigationMethod method : {tdlGlide, tdlAdvance})
         for (const auto& [name, wall, kept] :
-             {Row{"with room", Front + 1, true}, Row{"too near", Front + 0.05F, false}})
+             {std::tuple{"with room", Front + 1, true}, {"too near", Front + 0.05F, false}})
         {
             Walker walker;
             walker.Take({{5, 0, 0}});
@@ -221,15 +209,14 @@ TEST(Collision, turns_that_end_in_front_of_an_obstacle_are_undone_and_others_are
 
 TEST(Collision, as_many_rays_look_as_there_are_samples)
 {
-    struct Row
-    {
-        std::int32_t samples;
-        bool dot;  // a small obstacle straight ahead is seen
-        bool wall; // one that fills the view
-    };
     for (const auto& [samples, dot, wall] :
-         {Row{-3, false, false}, Row{0, false, false}, Row{1, true, true}, Row{2, false, true}, Row{5, true, true},
-          Row{6, false, true}, Row{2147483647, true, true}})
+         {std::tuple{-3, false, false},
+          {0, false, false},
+          {1, true, true},
+          {2, false, true},
+          {5, true, true},
+          {6, false, true},
+          {2147483647, true, true}}) // small obstacles straight ahead and ones that fill the view
         for (const float half : {0.05F, 5000.0F})
         {
             Walker walker;
@@ -253,21 +240,13 @@ TEST(Collision, a_camera_that_is_too_near_steps_back)
 // Walls in one mesh, at z -20, 5 and 20, and what a walk from between or before them meets.
 TEST(Collision, a_mesh_stands_in_the_way_with_its_box_its_faces_or_not_at_all)
 {
-    struct Row
-    {
-        const char* name;
-        Obstacle obstacle;
-        float from;
-        float to; // after a glide of 100
-        std::size_t hits;
-    };
     constexpr float Kept = Front + Distance;
-    for (const auto& [name, obstacle, from, to, hits] :
-         {Row{"within the box", Obstacle::Box, 0, 20 - Kept, 1},
-          Row{"before the box", Obstacle::Box, -30, -20 - Kept, 1},
-          Row{"between the faces", Obstacle::Faces, 0, 5 - Kept, 1},
-          Row{"before the first face", Obstacle::Faces, -30, -20 - Kept, 1},
-          Row{"no obstacle", Obstacle::None, -30, 70, 0}})
+    for (const auto& [name, obstacle, from, to, hits] : // after a glide of 100
+         {std::tuple{"within the box", Obstacle::Box, 0.0F, 20 - Kept, 1U},
+          {"before the box", Obstacle::Box, -30, -20 - Kept, 1U},
+          {"between the faces", Obstacle::Faces, 0, 5 - Kept, 1U},
+          {"before the first face", Obstacle::Faces, -30, -20 - Kept, 1U},
+          {"no obstacle", Obstacle::None, -30, 70, 0U}})
         for (const tdlNavigationMethod method : {tdlGlide, tdlAdvance})
         {
             Walker walker;

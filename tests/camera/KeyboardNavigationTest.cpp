@@ -99,24 +99,6 @@ TEST(KeyboardNavigation, each_key_sets_one_component_while_it_is_held)
     }
 }
 
-TEST(KeyboardNavigation, keys_combine_and_opposite_keys_share_their_component)
-{
-    Desk desk;
-    Assign(desk, "KeyMoveForward", tdlNavKeyW);
-    Assign(desk, "KeyMoveBack", tdlNavKeyS);
-    Assign(desk, "KeyMoveRight", tdlNavKeyD);
-    const auto velocity = [&] { return VelocitiesOf(desk.control.Control()).movement; };
-    desk.Host().PressKey('W');
-    desk.Host().PressKey('D');
-    EXPECT_EQ(velocity(), (Vector{3, 0, 3}));
-    desk.Host().ReleaseKey('D');
-    EXPECT_EQ(velocity(), (Vector{0, 0, 3}));
-    desk.Host().PressKey('S');
-    EXPECT_EQ(velocity(), (Vector{0, 0, -3}));
-    desk.Host().ReleaseKey('W');
-    EXPECT_EQ(velocity(), (Vector{}));
-}
-
 TEST(KeyboardNavigation, the_first_of_two_actions_with_one_key_acts)
 {
     Desk desk;

@@ -107,14 +107,9 @@ TEST(MouseNavigation, flying_sets_velocities_beyond_the_dead_zone_and_the_releas
     desk.control->SetCameraRotationalVelocity(1, 2, 3, 4, 5, 6, tdlAdvance);
     desk.control->SetCameraZoomVelocity(1);
     desk.Press(Middle);
-    struct Row
-    {
-        int y;          // pixels of this movement
-        float velocity; // afterwards
-    };
     // The offset from the start counts: 60, 105, 150, 4650, 90 and -105 twips. Within the dead zone the last stays.
     for (const auto& [y, velocity] :
-         {Row{-4, 0}, Row{-3, 1.05F}, Row{-3, 1.5F}, Row{-300, 46.5F}, Row{304, 46.5F}, Row{13, -1.05F}})
+         {std::pair{-4, 0.0F}, {-3, 1.05F}, {-3, 1.5F}, {-300, 46.5F}, {304, 46.5F}, {13, -1.05F}})
     {
         desk.Move(0, y);
         const Velocities v = VelocitiesOf(desk.control.Control());
@@ -189,26 +184,6 @@ TEST(MouseNavigation, other_buttons_join_a_drag_and_the_first_release_ends_it)
               (Lines{"BeginNavigating 0", "MouseDown 1", "EndNavigating", "MouseMove 4", "MouseUp 4"}));
     desk.ExpectCamera(rules, "not any more");
     EXPECT_EQ(desk.Host().Display().CursorDisplayCounter(), 0);
-}
-
-TEST(MouseNavigation, a_drag_obeys_limits_and_obstacles)
-{
-    Desk desk;
-    desk.Stand({{0, 0, 0}});
-    desk.plate->SetPosition(desk.scene, 0, 0, 10);
-    desk.plate->SetOrientation(desk.scene, {0, 0, 1}, {0, 1, 0});
-    desk.control->SetCollisionDetection(true);
-    desk.control->SetCollisionSamples(5);
-    desk.control->SetCollisionDistance(0.25F);
-    desk.Press(Middle);
-    for (int step = 0; step < 40; ++step)
-        desk.Move(0, -10); // 12 units in all
-    ExpectNear(desk.control->GetCameraPosition(), {0, 0, 10 - 1 - 0.25F}, "the front plane keeps its distance", 1e-3F);
-    desk.control->SetPositionConstraints(tdlDistance);
-    desk.control->SetCameraMaxDistance(5);
-    desk.Move(0, 1);
-    ExpectNear(desk.control->GetCameraPosition(), {0, 0, 5}, "pulled inside", 1e-3F);
-    desk.Release(Middle);
 }
 
 // Whatever a host does in the middle of a drag, the person has the cursor again once it is over.
