@@ -1,6 +1,7 @@
 // Dragging the on-screen controls, by a person's hand: which one a press grabs, and where the camera goes.
 #include "camera/Desk.h"
 
+#include <algorithm>
 #include <map>
 
 namespace lumora::test
@@ -67,12 +68,14 @@ std::string Named(std::int32_t id, D3DRMPROJECTIONTYPE projection)
     return "control " + std::to_string(id) + (projection == Flat ? ", orthographic" : "");
 }
 
-void SetModes(Viewport& control, tdlNavigationMode mode)
+// Only the group of this on-screen control flies.
+void LetFly(Viewport& control, std::int32_t id)
 {
-    control.SetNavControlPrimaryMode(mode);
-    control.SetNavControlGlideMode(mode);
-    control.SetNavControlAdvanceMode(mode);
-    control.SetMouseNavigationMode(mode);
+    const auto flies = [](bool yes) { return yes ? tdlFly : tdlWalk; };
+    control.SetNavControlPrimaryMode(flies(id != 7 && id != 8));
+    control.SetNavControlGlideMode(flies(id == 7));
+    control.SetNavControlAdvanceMode(flies(id == 8));
+    control.SetMouseNavigationMode(tdlWalk);
 }
 
 } // namespace
@@ -96,6 +99,18 @@ TEST(NavControls, every_part_that_can_be_dragged_is_grabbed_by_a_press_and_shows
     // Pointers: 2 cross, 5 size all, 7 size north and south, 10 arrow upwards.
     EXPECT_EQ(pointersOf(Deep), "1:2 2:2 3:2 4:5 6:7 7:5 8:5 9:2 ");
     EXPECT_EQ(pointersOf(Flat), "5:5 10:10 ");
+    NavDesk desk{Deep};
+    desk.control->RenderScene();
+    const auto picture = desk.control.Picture();
+    for (const int shift : {16, 8}) // of red and green: the arrows of x and y
+    {
+        const auto standsOut = [shift](std::uint32_t color)
+        {
+            const auto channel = [=](int by) { return color >> (shift + by) % 24 & 255; };
+            return 2 * channel(0) > 3 * channel(8) && 2 * channel(0) > 3 * channel(16);
+        };
+        EXPECT_TRUE(std::ranges::any_of(picture, standsOut)) << shift;
+    }
 }
 
 TEST(NavControls, a_step_moves_the_camera_as_its_control_says)
@@ -196,7 +211,7 @@ TEST(NavControls, flying_sets_velocities_by_the_whole_drag_until_the_release)
         NavDesk desk{row.projection};
         desk.wanted = row.id;
         const ScreenPoint grip = desk.Sweep(3);
-        SetModes(desk.control.Control(), tdlFly);
+        LetFly(desk.control.Control(), row.id);
         desk.Host().PressButton(Left, grip.x, grip.y);
         desk.Move(12, -4);
         desk.Move(8, -6);

@@ -11,6 +11,7 @@ namespace
 {
 
 constexpr std::int32_t Cross = 2; // the pointer over knob and arrows
+constexpr std::int32_t UpArrow = 10;
 
 struct Pixel
 {
@@ -87,13 +88,14 @@ TEST(NavControls, the_knob_is_where_the_camera_model_says_in_every_window_and_po
                                                           static_cast<int>(std::lround(knob.y)));
                 EXPECT_EQ(color & 0xFF, color >> 16 & 0xFF) << std::hex << color; // a grey knob
                 EXPECT_GT(color & 0xFF, 0x60U) << std::hex << color;
+                window.control->MouseMove.Connect([&](auto&...) { window.control->SetHighlightPointer(UpArrow); });
+                EXPECT_EQ(window.PointerOver(knob.x, knob.y), UpArrow) << "the host's own";
             }
 }
 
 TEST(NavControls, in_the_other_projections_plates_and_strip_keep_their_corner_in_every_view)
 {
     constexpr std::int32_t SizeAll = 5;
-    constexpr std::int32_t UpArrow = 10;
     for (const auto& [width, height] : {std::pair{400, 600}, {800, 600}, {1500, 500}})
         for (const auto view : {tdlFrontView, tdlRearView, tdlTopView, tdlBottomView, tdlRightView, tdlLeftView})
         {
@@ -104,6 +106,10 @@ TEST(NavControls, in_the_other_projections_plates_and_strip_keep_their_corner_in
             window.control->SetFieldOfView(4);
             window.control->InitializeCameraPositionAndOrientation(view);
             window.control->SetNavControlPrimary(true); // built anew for this view
+            const auto backdrop = Frame::Make(window.scene);
+            const Orientation facing = window.control->GetCameraOrientation();
+            backdrop->SetOrientation(window.scene, facing.direction, facing.up);
+            backdrop->AddVisual(Square(0, 0, 0, 60, 0xFF00FF00));
 
             // An arm is a tenth of 300 * 2.5 field units of a window that shows two fields: 37.5 pixels. Views from the
             // negative sides see it run to the left.
