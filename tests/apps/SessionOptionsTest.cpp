@@ -59,6 +59,29 @@ TEST(SessionOptions, a_session_draws_moves_the_camera_and_tells_its_events)
     EXPECT_TRUE(lines.back().at("pick").is_array());
 }
 
+#ifdef LUMORA_HOUSE
+// One mesh to walk in by its faces, or as a box up to its outer wall alone, under a dome that stops no camera.
+TEST(SessionOptions, obstacles_of_the_house_stop_the_camera_where_the_session_says)
+{
+    const TemporaryFolder folder;
+    const Outcome outcome =
+        Render({"--play", LUMORA_HOUSE ".txt", "--size", "64x40", "--camera", "0,1.6,-12,0,0,1,0,1,0", "-o",
+                folder / "house.png", "--events", LUMORA_HOUSE ".obj"});
+    ASSERT_EQ(outcome.status, 0) << outcome.complaint;
+    std::vector<double> ends;
+    double z = 0;
+    for (const json& line : LinesOf(outcome.output))
+    {
+        z = line.value("event", "") == "CameraMoved" ? line.at("PositionZ").get<double>() : z;
+        if (line.value("event", "") == "KeyUp")
+            ends.push_back(z);
+    }
+    using testing::DoubleNear;
+    EXPECT_THAT(
+        ends, ElementsAre(DoubleNear(-0.3, 1e-4), DoubleNear(3.7, 1e-4), DoubleNear(3.7, 1e-4), DoubleNear(36, 1e-3)));
+}
+#endif
+
 TEST(SessionOptions, a_size_on_the_command_line_wins_and_a_session_ends_with_a_picture_or_names_its_shots)
 {
     const TemporaryFolder folder;

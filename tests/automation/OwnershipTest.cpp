@@ -1,6 +1,7 @@
 // Who may use the library, and on which thread what others release ends.
 #include "automation/abi/Ownership.h"
 
+#include "automation/abi/Buffers.h"
 #include "platform/automation/Dispatch.h"
 
 #include <gtest/gtest.h>
@@ -115,6 +116,22 @@ TEST(Ownership, goes_to_one_thread_at_a_time_and_is_free_when_nothing_is_held)
     OwnerCall::DestroyReleased();
     EXPECT_EQ(ended, 800);
     EXPECT_EQ(LiveCount(), 0U);
+}
+
+TEST(Ownership, what_a_buffer_keeps_ends_on_the_owners_thread_whoever_clears_it)
+{
+    int ended = 0;
+    {
+        const OwnerCall call;
+        std::vector<float> numbers{1, 2, 3};
+        const std::shared_ptr<const void> keeper{&numbers, [&](const void*) { ++ended; }};
+        LumoraBuffer* const made = MakeBuffer({ElementType::Single, numbers.data(), numbers.size(), false, keeper});
+        std::thread{[=] { FreeBuffer(made); }}.join();
+        FreeBuffer(made); // no buffer any more
+    }
+    EXPECT_EQ(ended, 0);
+    OwnerCall::DestroyReleased();
+    EXPECT_EQ(ended, 1);
 }
 
 } // namespace lumora::automation

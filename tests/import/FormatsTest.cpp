@@ -43,6 +43,7 @@ const Format formats[] = {
     {"model.obj", Axes::RightHanded, AsObj},
     {"binary.stl", Axes::RightHanded, AsBinaryStl},
     {"model.gltf", Axes::RightHanded, AsGltf},
+    {"model.glb", Axes::RightHanded, AsGlb},
     {"model.x", Axes::LeftHanded, AsX},
     {"yup.dae", Axes::RightHanded, [](std::span<const Triangle> t) { return AsCollada(t, "Y_UP"); }},
     {"zup.dae", Axes::RightHandedZUp, [](std::span<const Triangle> t) { return AsCollada(t, "Z_UP"); }},

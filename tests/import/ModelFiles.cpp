@@ -137,6 +137,17 @@ std::string AsGltf(std::span<const Triangle> triangles)
     return MakeGltf({{"POSITION", 3, numbers}}, R"("scenes":[{"nodes":[0]}],"nodes":[{"mesh":0}],"materials":[{}],)");
 }
 
+std::string AsGlb(std::span<const Triangle> triangles)
+{
+    const std::string bytes = FloatsOf(triangles);
+    std::string json = AsGltf(triangles);
+    json.replace(json.find(",\"uri\""), std::string::npos, "}]}"); // the bytes follow instead
+    json.resize((json.size() + 3) / 4 * 4, ' ');
+    const auto size = [](std::size_t count) { return Bytes(static_cast<std::uint32_t>(count)); };
+    return "glTF" + size(2) + size(12 + 8 + json.size() + 8 + bytes.size()) + size(json.size()) + "JSON" + json +
+           size(bytes.size()) + std::string("BIN\0", 4) + bytes;
+}
+
 std::string AsX(std::span<const Triangle> triangles)
 {
     std::ostringstream out;

@@ -52,6 +52,7 @@ std::vector<Triangle> Tetrahedron();
 std::string AsObj(std::span<const Triangle> triangles);
 std::string AsBinaryStl(std::span<const Triangle> triangles);
 std::string AsGltf(std::span<const Triangle> triangles);
+std::string AsGlb(std::span<const Triangle> triangles);
 std::string AsX(std::span<const Triangle> triangles);
 std::string AsCollada(std::span<const Triangle> triangles, const std::string& upAxis);
 std::string As3ds(std::span<const Triangle> triangles);

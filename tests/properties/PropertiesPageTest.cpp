@@ -1,5 +1,5 @@
 // Pages that lie in the repository and follow the code.
-#include "properties/PropertiesPage.h"
+#include "properties-page/PropertiesPage.h"
 
 #include <algorithm>
 #include <fstream>

@@ -1,5 +1,5 @@
 // Prints docs/properties.md.
-#include "properties/PropertiesPage.h"
+#include "properties-page/PropertiesPage.h"
 
 #include <iostream>
 

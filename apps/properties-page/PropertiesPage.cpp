@@ -1,5 +1,5 @@
 // One row for each property and for each enumeration, as Markdown.
-#include "properties/PropertiesPage.h"
+#include "properties-page/PropertiesPage.h"
 
 #include "properties/Enumerations.h"
 #include "properties/PropertyTable.h"
