@@ -76,14 +76,14 @@ TEST(Session, a_timed_movement_is_many_small_ones)
 TEST(Session, ends_at_the_line_that_fails_and_at_a_control_that_has_halted)
 {
     Stage stage;
-    const RuntimeError refused = ErrorOf([&] { stage.Play("frame\nset FieldOfView=-1\n"); });
+    const RuntimeError refused = FailureOf([&] { stage.Play("frame\nset FieldOfView=-1\n"); });
     EXPECT_EQ(refused.Number(), error::RMBadValue);
     EXPECT_EQ(refused.Description().rfind("walk.txt:2: ", 0), 0U) << refused.Description();
     stage.hosted->Control().BeginNavigating.Connect(
         [](auto&) {
             throw RuntimeError{error::InvalidCall, "host", "no"};
         });
-    const RuntimeError halted = ErrorOf([&] { stage.Play("\npress middle 100 100\nframe\n"); });
+    const RuntimeError halted = FailureOf([&] { stage.Play("\npress middle 100 100\nframe\n"); });
     EXPECT_EQ(halted.Number(), error::Halted);
     EXPECT_EQ(halted.Description().rfind("walk.txt:2: ", 0), 0U) << halted.Description();
 }

@@ -52,7 +52,7 @@ TEST(AboutBox, names_the_control_and_its_version_in_a_fresh_dialog_each_time)
     hosted->Control().ShowAboutBox();
     EXPECT_EQ(shown.size(), 3U) << "a transient failure is worth another attempt";
     host->FailNext("Dialogs.ShowAbout", 1, error::OutOfMemory);
-    EXPECT_EQ(test::ErrorOf([&] { hosted->Control().ShowAboutBox(); }).Source(), "Viewport");
+    EXPECT_EQ(FailureOf([&] { hosted->Control().ShowAboutBox(); }).Source(), "Viewport");
 }
 
 TEST(AboutBox, starts_the_tool_that_the_registry_names_or_says_that_there_is_none)

@@ -212,7 +212,7 @@ TEST(SettingsFile, that_is_damaged_is_refused_whole_with_place_and_reason_and_ne
         folder.Write("settings.json", row.text);
         for (const auto& open : {JsonPropertyBag::Open, JsonPropertyBag::OpenOrCreate})
         {
-            const RuntimeError failure = ErrorOf([&] { open(path); });
+            const RuntimeError failure = FailureOf([&] { open(path); });
             EXPECT_EQ(failure.Number(), error::InvalidCall);
             EXPECT_THAT(failure.Description(), testing::AllOf(StartsWith(path + row.place), HasSubstr(row.reason)));
         }
@@ -230,7 +230,7 @@ TEST(SettingsFile, may_be_as_deep_and_as_long_as_the_limits_say)
 TEST(SettingsFile, must_exist_to_be_read_and_is_created_to_be_written)
 {
     const tests::TemporaryFolder folder;
-    EXPECT_EQ(ErrorOf([&] { JsonPropertyBag::Open(folder / "settings.json"); }).Number(), error::FileNotFound);
+    EXPECT_EQ(FailureOf([&] { JsonPropertyBag::Open(folder / "settings.json"); }).Number(), error::FileNotFound);
     auto bag = JsonPropertyBag::OpenOrCreate(folder / "settings.json");
     EXPECT_THAT(folder.Names(), IsEmpty());
     bag.WriteProperty("CoolMode", std::int32_t{1}, std::int32_t{0});
@@ -239,8 +239,8 @@ TEST(SettingsFile, must_exist_to_be_read_and_is_created_to_be_written)
     EXPECT_THAT(folder.Names(), ElementsAre("settings.json"));
 
     for (const std::string& path : {folder / "missing/settings.json", folder / ".", std::string{"/dev/null"}})
-        EXPECT_EQ(ErrorOf([&] { JsonPropertyBag::OpenOrCreate(path); }).Number(), error::PathFileAccess) << path;
-    EXPECT_EQ(ErrorOf([&] { BagOf("{}").Store(); }).Number(), error::PathFileAccess);
+        EXPECT_EQ(FailureOf([&] { JsonPropertyBag::OpenOrCreate(path); }).Number(), error::PathFileAccess) << path;
+    EXPECT_EQ(FailureOf([&] { BagOf("{}").Store(); }).Number(), error::PathFileAccess);
 }
 
 TEST(SettingsFile, keeps_permissions_and_links_and_stays_as_it_was_when_the_new_one_cannot_be_written)
@@ -254,7 +254,7 @@ TEST(SettingsFile, keeps_permissions_and_links_and_stays_as_it_was_when_the_new_
     // The name of the new file is taken, whoever tries and whatever they may do.
     const std::string taken = folder / ("real.json.new-" + std::to_string(::getpid()));
     fs::create_directory(taken);
-    EXPECT_EQ(ErrorOf([&] { bag.Store(); }).Number(), error::PathFileAccess);
+    EXPECT_EQ(FailureOf([&] { bag.Store(); }).Number(), error::PathFileAccess);
     fs::remove(taken);
     EXPECT_EQ(folder.Read("real.json"), "{}");
     EXPECT_THAT(folder.Names(), testing::UnorderedElementsAre("link.json", "real.json"));

@@ -124,12 +124,12 @@ TEST(Writers, a_new_scene_takes_the_camera_from_the_old_one_first_and_where_it_s
     control->SetScene(second); // again: it holds the camera and is not held by it
     for (const auto& bad : {control->Camera(), Frame::Make(control->Camera())})
     {
-        EXPECT_EQ(ErrorOf([&] { control->SetScene(bad); }).Number(), error::RMBadValue);
+        EXPECT_EQ(FailureOf([&] { control->SetScene(bad); }).Number(), error::RMBadValue);
         EXPECT_EQ(control->Scene(), second);
         EXPECT_EQ(control->Camera()->Parent(), second);
     }
     control.Host().FailNext("Frame.AddChild", 1, error::OutOfMemory);
-    ErrorOf([&] { control->SetScene(first); });
+    FailureOf([&] { control->SetScene(first); });
     EXPECT_EQ(control->Scene(), second) << "one that does not take the camera is not taken";
     EXPECT_EQ(control->Camera()->Parent(), second);
 
@@ -165,7 +165,7 @@ TEST(Writers, exposing_takes_effect_through_a_new_device_while_live)
     control.Host().FailNext("RetainedMode.CreateDeviceFromSurface", 100, error::OutOfMemory);
     control.Host().FailNext("RetainedMode.CreateDeviceFromClipper", 100, error::OutOfMemory);
     control.Host().FailNext("ControlWindow.ScaleWidth", 1, error::OutOfMemory);
-    EXPECT_EQ(ErrorOf([&] { control->SetExposeDDSurface(true); }).Source(), "Viewport");
+    EXPECT_EQ(FailureOf([&] { control->SetExposeDDSurface(true); }).Source(), "Viewport");
     EXPECT_THAT(control.Host().PropertyChanges(), Not(Contains("ExposeDDSurface"))) << "no device was asked for";
     faults::Clear();
     control->RenderScene();
@@ -198,19 +198,20 @@ TEST(Writers, window_attributes_that_do_not_fit_or_are_refused_are_not_shown)
     control.Host().MoveMouseTo(201, 249); // beside the controls: one answer lasts one move
     control.Host().MoveMouseTo(202, 249);
     EXPECT_EQ(control->MousePointer(), 5);
-    EXPECT_EQ(ErrorOf([&] { control->SetMousePointer(77); }).Number(), error::InvalidPropertyValue);
-    EXPECT_EQ(ErrorOf([&] { control->SetBorderStyle(static_cast<tdlBorderStyle>(40000)); }).Number(), error::Overflow);
+    EXPECT_EQ(FailureOf([&] { control->SetMousePointer(77); }).Number(), error::InvalidPropertyValue);
+    EXPECT_EQ(FailureOf([&] { control->SetBorderStyle(static_cast<tdlBorderStyle>(40000)); }).Number(),
+              error::Overflow);
     EXPECT_EQ(control->BorderStyle(), tdlBSNone);
     for (const std::int32_t value : {40000, -40000})
     {
-        EXPECT_EQ(ErrorOf([&] { control->SetMousePointer(value); }).Number(), error::Overflow);
-        EXPECT_EQ(ErrorOf([&] { control->SetHighlightPointer(value); }).Number(), error::Overflow);
+        EXPECT_EQ(FailureOf([&] { control->SetMousePointer(value); }).Number(), error::Overflow);
+        EXPECT_EQ(FailureOf([&] { control->SetHighlightPointer(value); }).Number(), error::Overflow);
         EXPECT_EQ(control->MousePointer(), 5);
     }
     control.Host().ControlArea().SetHandle(-32768);
     EXPECT_EQ(control->hwnd(), -32768);
     control.Host().ControlArea().SetHandle(-32769);
-    EXPECT_EQ(ErrorOf([&] { control->hwnd(); }).Number(), error::Overflow);
+    EXPECT_EQ(FailureOf([&] { control->hwnd(); }).Number(), error::Overflow);
 }
 
 TEST(Writers, errors_of_trapped_writers_come_from_the_control_and_others_from_who_raised_them)
@@ -242,7 +243,7 @@ TEST(Writers, errors_of_trapped_writers_come_from_the_control_and_others_from_wh
         {
             LiveControl control;
             control.Host().FailNext(operation, 1, error::OutOfMemory);
-            const RuntimeError failure = ErrorOf([&] { property.write(control.Control(), value); });
+            const RuntimeError failure = FailureOf([&] { property.write(control.Control(), value); });
             EXPECT_EQ(failure.Number(), error::OutOfMemory) << name;
             EXPECT_EQ(failure.Source() == "Viewport", trapped) << name << ": " << failure.Source();
             const bool kept = !std::string_view{operation}.starts_with("ControlWindow");
@@ -254,7 +255,7 @@ TEST(Writers, errors_of_trapped_writers_come_from_the_control_and_others_from_wh
         if (trapped)
             EXPECT_NO_THROW(property.write(control.Control(), value)) << name;
         else
-            EXPECT_EQ(ErrorOf([&] { property.write(control.Control(), value); }).Number(), error::RMBadDevice);
+            EXPECT_EQ(FailureOf([&] { property.write(control.Control(), value); }).Number(), error::RMBadDevice);
     }
 }
 

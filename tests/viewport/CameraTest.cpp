@@ -114,7 +114,7 @@ TEST(Camera, look_at_faces_the_target_and_refuses_nothing)
     target->SetPosition(control->Scene(), 3, 0, 4);
     control->LookAt(target, D3DRMCONSTRAIN_Z);
     ExpectNear(control->GetCameraOrientation().direction, {0.6F, 0, 0.8F}, "direction");
-    const RuntimeError failure = ErrorOf([&] { control->LookAt(nullptr, D3DRMCONSTRAIN_Z); });
+    const RuntimeError failure = FailureOf([&] { control->LookAt(nullptr, D3DRMCONSTRAIN_Z); });
     EXPECT_EQ(failure.Number(), error::RMBadObject);
     EXPECT_EQ(failure.Source(), "Viewport");
     ExpectNear(control->GetCameraOrientation().direction, {0.6F, 0, 0.8F}, "unchanged");
@@ -165,14 +165,14 @@ TEST(Camera, numbers_that_are_not_finite_are_refused_and_nothing_moves)
     control->CameraMoved.Connect([&](auto&...) { ++moved; });
     for (const float bad : {NAN, INFINITY, -INFINITY})
     {
-        EXPECT_EQ(ErrorOf([&] { control->SetCameraPosition(bad, 0, 0); }).Number(), error::RMBadValue);
-        EXPECT_EQ(ErrorOf([&] { control->SetCameraOrientation(0, bad, 1, 0, 1, 0); }).Number(), error::RMBadValue);
-        EXPECT_EQ(ErrorOf([&] { control->AddCameraMovement({1, bad, 0}, tdlAdvance); }).Number(), error::RMBadValue);
-        EXPECT_EQ(ErrorOf([&] { control->AddCameraRotation(1, 0, 0, bad, 0, 0, tdlAdvance); }).Number(),
+        EXPECT_EQ(FailureOf([&] { control->SetCameraPosition(bad, 0, 0); }).Number(), error::RMBadValue);
+        EXPECT_EQ(FailureOf([&] { control->SetCameraOrientation(0, bad, 1, 0, 1, 0); }).Number(), error::RMBadValue);
+        EXPECT_EQ(FailureOf([&] { control->AddCameraMovement({1, bad, 0}, tdlAdvance); }).Number(), error::RMBadValue);
+        EXPECT_EQ(FailureOf([&] { control->AddCameraRotation(1, 0, 0, bad, 0, 0, tdlAdvance); }).Number(),
                   error::RMBadValue);
-        EXPECT_EQ(ErrorOf([&] { control->AddCameraZoom(bad); }).Number(), error::Overflow);
+        EXPECT_EQ(FailureOf([&] { control->AddCameraZoom(bad); }).Number(), error::Overflow);
     }
-    EXPECT_EQ(ErrorOf([&] { control->SetCameraOrientation(0, 0, 0, 0, 1, 0); }).Number(), error::RMBadValue);
+    EXPECT_EQ(FailureOf([&] { control->SetCameraOrientation(0, 0, 0, 0, 1, 0); }).Number(), error::RMBadValue);
     EXPECT_EQ(control->GetCameraPosition(), (Vector{1, 2, 3}));
     EXPECT_EQ(control->Camera()->GetPosition(control->Scene()), (Vector{1, 2, 3}));
     EXPECT_EQ(control->GetCameraOrientation().direction, (Vector{0, 0, 1}));

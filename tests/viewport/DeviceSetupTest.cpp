@@ -113,13 +113,13 @@ TEST(DeviceSetup, without_a_usable_driver_load_halts_and_a_rebuild_tells_why_unt
             drivers = headless::FailingOnCreation(drivers, drivername::RGB, error::DDNo3D);
         control.Host().SetDrivers(drivers);
         control->SetDirect3DDevice(tdlDirect3DRefDevice);
-        const RuntimeError failure = ErrorOf([&] { control->RenderScene(); });
+        const RuntimeError failure = FailureOf([&] { control->RenderScene(); });
         EXPECT_EQ(failure.Number(), -2147221502);
         EXPECT_EQ(failure.Source(), "Viewport");
         EXPECT_EQ(failure.Description(), "Unable to create Direct3D Device");
         EXPECT_EQ(control->ViewportState(), tdlRunning);
         EXPECT_EQ(control->Direct3DDeviceName(), NameOf(exposed ? drivername::RGB : drivername::Reference));
-        const RuntimeError next = ErrorOf([&] { control->RenderScene(); });
+        const RuntimeError next = FailureOf([&] { control->RenderScene(); });
         EXPECT_EQ(next.Number(), error::ObjectNotSet) << "no rebuild without a reason";
         EXPECT_THAT(next.Description(), testing::HasSubstr("no rendering device: its last set-up failed (Unable to"));
 
@@ -128,7 +128,7 @@ TEST(DeviceSetup, without_a_usable_driver_load_halts_and_a_rebuild_tells_why_unt
         control->RenderScene();
         EXPECT_EQ(control->Direct3DDeviceName(), NameOf(drivername::RGB)) << "a later rebuild recovers";
         control->SetScene(nullptr);
-        EXPECT_EQ(ErrorOf([&] { control->Pick(tdlScene, 5, 5); }).Description(), "There is no scene: set Scene");
+        EXPECT_EQ(FailureOf([&] { control->Pick(tdlScene, 5, 5); }).Description(), "There is no scene: set Scene");
     }
 }
 

@@ -94,7 +94,7 @@ TEST(FrameStep, fog_is_off_in_an_orthographic_picture_and_on_again_after_it)
     EXPECT_EQ(control.PixelAt(50, 50), FullRed);
     EXPECT_EQ(scene->GetSceneFogEnable(), 1);
     control.Host().FailNext("RMViewport.Render", 1, error::ObjectNotSet);
-    ErrorOf([&] { control->RenderScene(); });
+    FailureOf([&] { control->RenderScene(); });
     EXPECT_EQ(scene->GetSceneFogEnable(), 1) << "whatever happens between";
 }
 

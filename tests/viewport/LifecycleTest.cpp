@@ -17,7 +17,7 @@ constexpr const char* HaltText =
 
 void ExpectHaltError(const std::function<void()>& call)
 {
-    const RuntimeError failure = ErrorOf(call);
+    const RuntimeError failure = FailureOf(call);
     EXPECT_EQ(failure.Number(), -2147221503);
     EXPECT_EQ(failure.Source(), "vptVantixViewport");
     EXPECT_EQ(failure.Description(), HaltText);
@@ -118,7 +118,7 @@ TEST(Lifecycle, a_handler_that_throws_in_a_window_event_halts_but_in_a_method_re
 {
     LiveControl control;
     control->UpdatePositions.Connect([] { throw RuntimeError{1234, "host", "the host's own trouble"}; });
-    const RuntimeError failure = ErrorOf([&] { control->RenderScene(); });
+    const RuntimeError failure = FailureOf([&] { control->RenderScene(); });
     EXPECT_EQ(failure.Number(), 1234);
     EXPECT_EQ(failure.Source(), "Viewport");
     EXPECT_EQ(failure.Description(), "the host's own trouble");
@@ -183,7 +183,7 @@ TEST(Lifecycle, an_exhausted_error_is_not_tried_again_further_up)
             throw RuntimeError{error::Overflow, "host", "Overflow"};
         });
     // The event is raised three procedures deep; each has a trap of its own.
-    EXPECT_EQ(ErrorOf([&] { control->AddCameraZoom(0.1F); }).Number(), error::Overflow);
+    EXPECT_EQ(FailureOf([&] { control->AddCameraZoom(0.1F); }).Number(), error::Overflow);
     EXPECT_EQ(attempts, 1 + MaximumRetries);
 }
 

@@ -5,8 +5,8 @@
 #include "platform/drivers/StandardDrivers.h"
 #include "platform/headless/DriverLists.h"
 #include "platform/headless/HostedViewport.h"
+#include "platform/hosts/Errors.h"
 
-#include <functional>
 #include <gtest/gtest.h>
 
 namespace lumora::test
@@ -89,20 +89,5 @@ public:
 private:
     std::unique_ptr<headless::HostedViewport> hosted_;
 };
-
-/// The error that `call` raises; a failed test when it raises none.
-inline RuntimeError ErrorOf(const std::function<void()>& call)
-{
-    try
-    {
-        call();
-    }
-    catch (const RuntimeError& failure)
-    {
-        return failure;
-    }
-    ADD_FAILURE() << "no error was raised";
-    return RuntimeError{0, "", ""};
-}
 
 } // namespace lumora::test

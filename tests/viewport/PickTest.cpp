@@ -121,7 +121,7 @@ TEST_F(PickScene, searches_scene_and_overlay_as_asked_and_leaves_both_as_they_we
 {
     const auto thing = Frame::Make(scene);
     Show(thing, 10);
-    EXPECT_EQ(ErrorOf([&] { control->Pick(tdlAll, 50, 50); }).Source(), "Viewport");
+    EXPECT_EQ(FailureOf([&] { control->Pick(tdlAll, 50, 50); }).Source(), "Viewport");
     const auto overlay = Frame::Make();
     Show(overlay, 5);
     control->SetSceneOverlay(overlay);
@@ -142,7 +142,7 @@ TEST_F(PickScene, searches_scene_and_overlay_as_asked_and_leaves_both_as_they_we
     {
         faults::FailNext(operation, 1, error::RMBadValue);
         const auto method = operation[0] == 'F' ? tdlAll : tdlSceneOverlay;
-        EXPECT_EQ(ErrorOf([&] { control->Pick(method, 50, 50); }).Number(), error::RMBadValue);
+        EXPECT_EQ(FailureOf([&] { control->Pick(method, 50, 50); }).Number(), error::RMBadValue);
         EXPECT_EQ(overlay->Parent(), nullptr);
         EXPECT_EQ(CameraParent(), scene);
     }
@@ -244,7 +244,7 @@ TEST_F(PickScene, answers_odd_questions_with_nothing_or_a_clear_error)
     for (const float outside : {-500.0F, 5000.0F})
         EXPECT_EQ(control->Pick(tdlScene, outside, 50).PickedFrame, nullptr);
     for (const float bad : {std::numeric_limits<float>::quiet_NaN(), 1e20F})
-        EXPECT_EQ(ErrorOf([&] { control->Pick(tdlScene, bad, 50); }).Number(), error::Overflow);
+        EXPECT_EQ(FailureOf([&] { control->Pick(tdlScene, bad, 50); }).Number(), error::Overflow);
     thing->AddScale(CombineType::Before, 0, 1, 1);
     EXPECT_EQ(control->Pick(tdlScene, 50, 50).PickedFrame, nullptr);
 
@@ -255,9 +255,9 @@ TEST_F(PickScene, answers_odd_questions_with_nothing_or_a_clear_error)
     EXPECT_NEAR(control->Pick(tdlScene, 50, 50).PickedWorld.z, 3, 1e-4);
 
     control->SetScene(nullptr);
-    EXPECT_EQ(ErrorOf([&] { control->Pick(tdlScene, 50, 50); }).Number(), error::ObjectNotSet);
+    EXPECT_EQ(FailureOf([&] { control->Pick(tdlScene, 50, 50); }).Number(), error::ObjectNotSet);
     control->Terminate();
-    EXPECT_EQ(ErrorOf([&] { control->Pick(tdlScene, 50, 50); }).Source(), "vptVantixViewport");
+    EXPECT_EQ(FailureOf([&] { control->Pick(tdlScene, 50, 50); }).Source(), "vptVantixViewport");
 }
 
 } // namespace lumora::test

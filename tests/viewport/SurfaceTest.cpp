@@ -331,11 +331,11 @@ TEST(ExposedSurface, whose_pixels_somebody_holds_is_not_taken_away)
         else
             context = surface->GetDC();
         control->SetScene(RedSquareScene());
-        EXPECT_EQ(ErrorOf([&] { control->RenderScene(); }).Number(), error::DDSurfaceBusy);
+        EXPECT_EQ(FailureOf([&] { control->RenderScene(); }).Number(), error::DDSurfaceBusy);
         EXPECT_EQ(CountWrongAverages(surface->Pixels(), antiAlias), 0) << "who holds the pixels has the picture";
-        EXPECT_EQ(ErrorOf([&] { control->SetExposeDDSurface(false); }).Number(), error::DDSurfaceBusy);
+        EXPECT_EQ(FailureOf([&] { control->SetExposeDDSurface(false); }).Number(), error::DDSurfaceBusy);
         control.Host().ResizeWindow(60, 60);
-        EXPECT_EQ(ErrorOf([&] { control->RenderScene(); }).Number(), error::DDSurfaceBusy);
+        EXPECT_EQ(FailureOf([&] { control->RenderScene(); }).Number(), error::DDSurfaceBusy);
         EXPECT_EQ(control->DirectDrawSurface(), surface);
         if (locked)
             surface->Unlock();
@@ -361,7 +361,7 @@ TEST(ExposedSurface, that_is_locked_outlives_its_control)
                 pixels = control->DirectDrawSurface()->Lock();
                 control->Terminate();
             });
-        EXPECT_EQ(ErrorOf([&] { control->RenderScene(); }).Number(), error::Halted);
+        EXPECT_EQ(FailureOf([&] { control->RenderScene(); }).Number(), error::Halted);
     }
     pixels.Row(pixels.height - 1)[pixels.width - 1] = FullRed;
     ASSERT_FALSE(surface.expired());

@@ -252,7 +252,7 @@ TEST(QtWidget, a_control_that_is_held_outlives_its_widget_which_goes_without_a_s
     widget.reset();
     EXPECT_EQ(held->ViewportState(), tdlHalted);
     EXPECT_EQ(told.count(), 0);
-    EXPECT_EQ(ErrorOf([&] { held->RenderScene(); }).Number(), error::Halted);
+    EXPECT_EQ(FailureOf([&] { held->RenderScene(); }).Number(), error::Halted);
     held->SetMousePointer(2);
     held->SetBackColor(255);
     EXPECT_EQ(held->BackColor(), 255);
