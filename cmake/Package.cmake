@@ -5,7 +5,7 @@ include(CMakePackageConfigHelpers)
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/LumoraViewport)
 
 install(DIRECTORY src/ DESTINATION ${LUMORA_INCLUDES} FILES_MATCHING PATTERN "*.h" PATTERN "*.def"
-    PATTERN "abi" EXCLUDE PATTERN "import" EXCLUDE PATTERN "platform/qt" EXCLUDE
+    PATTERN "abi" EXCLUDE PATTERN "import" EXCLUDE PATTERN "hosts/qt" EXCLUDE
     PATTERN "ramp" EXCLUDE PATTERN "reference" EXCLUDE PATTERN "rgb" EXCLUDE)
 install(FILES src/automation/abi/DispatchObject.h DESTINATION ${LUMORA_INCLUDES}/automation/abi)
 install(FILES include/LumoraViewport.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
@@ -40,8 +40,8 @@ endif()
 
 if(LUMORA_QT)
     list(APPEND pkgconfigs LumoraViewportQt)
-    install(FILES src/platform/qt/FormMistakes.h src/platform/qt/ViewportWidget.h
-        $<TARGET_PROPERTY:lumora-qt,GENERATED_HEADER> DESTINATION ${LUMORA_INCLUDES}/platform/qt)
+    install(FILES src/hosts/qt/FormMistakes.h src/hosts/qt/ViewportWidget.h
+        $<TARGET_PROPERTY:lumora-qt,GENERATED_HEADER> DESTINATION ${LUMORA_INCLUDES}/hosts/qt)
     install(TARGETS lumora-qt EXPORT LumoraViewportQtTargets)
     install(EXPORT LumoraViewportQtTargets NAMESPACE LumoraViewport:: DESTINATION ${package})
 endif()

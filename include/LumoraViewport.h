@@ -89,9 +89,9 @@ extern "C"
         LumoraSingle = 4,
         LumoraDouble = 5,
         LumoraString = 8,
-        LumoraObject = 9,   /* a null pointer is nothing */
-        LumoraBoolean = 11, /* -1 is True and 0 False, in `integer`; any other value counts as True */
-        LumoraVariant = 12, /* only as the type of an argument: any of the others */
+        LumoraObject = 9,      /* a null pointer is nothing */
+        LumoraBoolean = 11,    /* -1 is True and 0 False, in `integer`; any other value counts as True */
+        LumoraVariant = 12,    /* only as the type of an argument: any of the others */
         LumoraNumbers = 0x2000 /* many numbers, in `buffer` */
     };
 

@@ -1,9 +1,9 @@
 // The options, and the sentences for what is no option.
 #include "lumora-render/CommandLine.h"
 
+#include "base/RuntimeError.h"
+#include "hosts/headless/SessionScript.h"
 #include "lumora-render/Output.h"
-#include "platform/automation/RuntimeError.h"
-#include "platform/headless/SessionScript.h"
 #include "properties/Enumerations.h"
 #include "properties/Spelling.h"
 

@@ -1,7 +1,7 @@
 // What a person asks for on the command line.
 #pragma once
 
-#include "platform/scenegraph/Frame.h"
+#include "platform/scenegraph/frames/Frame.h"
 #include "properties/PropertyTable.h"
 
 #include <optional>

@@ -1,8 +1,8 @@
 // What a control tells, for programs that read lines of JSON.
 #pragma once
 
+#include "hosts/headless/HostedViewport.h"
 #include "lumora-render/CommandLine.h"
-#include "platform/headless/HostedViewport.h"
 
 #include <functional>
 #include <iosfwd>

@@ -1,8 +1,8 @@
 // Names of pictures, and their way to the disk.
 #include "lumora-render/Output.h"
 
-#include "platform/automation/RuntimeError.h"
-#include "platform/container/Picture.h"
+#include "base/RuntimeError.h"
+#include "platform/pictures/Picture.h"
 #include "properties/Spelling.h"
 
 #include <charconv>

@@ -1,7 +1,7 @@
 // Writing pictures so that nobody ever finds half of one.
 #pragma once
 
-#include "platform/drivers/PixelView.h"
+#include "platform/pictures/PixelView.h"
 
 #include <string>
 

@@ -1,12 +1,12 @@
 // What a person would do with the control on a form, done by a program.
 #include "lumora-render/Session.h"
 
+#include "hosts/headless/SessionPlayer.h"
 #include "lumora-render/Output.h"
 #include "lumora-render/Progress.h"
 #include "platform/container/MemoryPropertyBag.h"
-#include "platform/drivers/StandardDrivers.h"
-#include "platform/headless/SessionPlayer.h"
-#include "platform/scenegraph/MeshBuilder.h"
+#include "platform/drivers/standard/StandardDrivers.h"
+#include "platform/scenegraph/mesh/MeshBuilder.h"
 #include "stage/Placing.h"
 #include "viewport/Viewport.h"
 

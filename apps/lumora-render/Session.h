@@ -1,10 +1,10 @@
 // One run of the control on the host in memory: from its creation to the last picture.
 #pragma once
 
+#include "hosts/headless/HostedViewport.h"
+#include "hosts/headless/SessionScript.h"
 #include "lumora-render/CommandLine.h"
 #include "lumora-render/SettingsFiles.h"
-#include "platform/headless/HostedViewport.h"
-#include "platform/headless/SessionScript.h"
 #include "stage/Framing.h"
 #include "stage/Models.h"
 

@@ -1,7 +1,7 @@
 // Values in the order in which they win: the file, the options, --set.
 #include "lumora-render/SettingsFiles.h"
 
-#include "platform/headless/HostedViewport.h"
+#include "hosts/headless/HostedViewport.h"
 
 namespace lumora::render
 {

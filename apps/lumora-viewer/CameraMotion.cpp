@@ -1,8 +1,8 @@
 #include "lumora-viewer/CameraMotion.h"
 
+#include "base/RuntimeError.h"
 #include "camera/Velocities.h"
-#include "platform/automation/RuntimeError.h"
-#include "platform/qt/ViewportWidget.h"
+#include "hosts/qt/ViewportWidget.h"
 
 #include <QScreen>
 #include <algorithm>

@@ -1,7 +1,7 @@
 // Keys and fly mode: the control stores velocities, the viewer applies them.
 #pragma once
 
-#include "platform/math/Vector.h"
+#include "base/Vector.h"
 
 #include <QTimer>
 #include <functional>

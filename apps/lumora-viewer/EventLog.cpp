@@ -1,6 +1,6 @@
 #include "lumora-viewer/EventLog.h"
 
-#include "platform/qt/ViewportWidget.h"
+#include "hosts/qt/ViewportWidget.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>

@@ -1,9 +1,9 @@
 #include "lumora-viewer/Inspector.h"
 
+#include "base/RuntimeError.h"
+#include "hosts/qt/QtValues.h"
+#include "hosts/qt/ViewportWidget.h"
 #include "lumora-viewer/ViewerSettings.h"
-#include "platform/automation/RuntimeError.h"
-#include "platform/qt/QtValues.h"
-#include "platform/qt/ViewportWidget.h"
 #include "properties/PropertyGroups.h"
 
 #include <QCheckBox>

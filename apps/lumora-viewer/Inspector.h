@@ -1,7 +1,7 @@
 // Every property of the control, to look at and to change while it runs.
 #pragma once
 
-#include "platform/automation/Variant.h"
+#include "base/Variant.h"
 
 #include <QTimer>
 #include <QWidget>

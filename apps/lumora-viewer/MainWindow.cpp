@@ -1,11 +1,11 @@
 #include "lumora-viewer/MainWindow.h"
 
+#include "base/RuntimeError.h"
+#include "hosts/qt/QtDialogs.h"
 #include "lumora-viewer/EventLog.h"
 #include "lumora-viewer/Inspector.h"
 #include "lumora-viewer/Menus.h"
 #include "lumora-viewer/MessageBar.h"
-#include "platform/automation/RuntimeError.h"
-#include "platform/qt/QtDialogs.h"
 #include "stage/BuiltInScene.h"
 
 #include <QAction>

@@ -1,7 +1,7 @@
 #include "lumora-viewer/ModelLoad.h"
 
-#include "platform/automation/RuntimeError.h"
-#include "platform/scenegraph/MeshBuilder.h"
+#include "base/RuntimeError.h"
+#include "platform/scenegraph/mesh/MeshBuilder.h"
 
 #include <cmath>
 #include <new>

@@ -1,7 +1,7 @@
 // What a viewport shows, and from where.
 #pragma once
 
-#include "platform/qt/ViewportWidget.h"
+#include "hosts/qt/ViewportWidget.h"
 #include "stage/Models.h"
 #include "stage/Placing.h"
 

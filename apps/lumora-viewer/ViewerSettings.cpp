@@ -1,7 +1,7 @@
 #include "lumora-viewer/ViewerSettings.h"
 
+#include "base/RuntimeError.h"
 #include "lumora-viewer/Keys.h"
-#include "platform/automation/RuntimeError.h"
 
 #include <QDir>
 #include <QStandardPaths>

@@ -1,7 +1,7 @@
 // The tightest camera in closed form.
 #include "stage/Framing.h"
 
-#include "platform/automation/RuntimeError.h"
+#include "base/RuntimeError.h"
 
 #include <algorithm>
 #include <cmath>

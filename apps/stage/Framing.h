@@ -1,7 +1,7 @@
 // Where a camera must stand so that something fills its picture.
 #pragma once
 
-#include "platform/scenegraph/Frame.h"
+#include "platform/scenegraph/frames/Frame.h"
 
 #include <optional>
 #include <span>

@@ -1,7 +1,7 @@
 // Shadows are splashed into a map of light, one soft ellipse for each round thing, then mixed with the tiles.
 #include "stage/GroundTexture.h"
 
-#include "platform/scenegraph/Color.h"
+#include "platform/scenegraph/frames/Color.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 // The picture on the built-in scene's ground: tiles, and the shadows that lie on them.
 #pragma once
 
-#include "platform/math/Matrix.h"
-#include "platform/scenegraph/Texture.h"
+#include "base/Matrix.h"
+#include "platform/scenegraph/frames/Texture.h"
 
 #include <span>
 

@@ -1,8 +1,8 @@
 // Model files, alone or in a row.
 #include "stage/Models.h"
 
-#include "platform/automation/RuntimeError.h"
-#include "platform/scenegraph/MeshBuilder.h"
+#include "base/RuntimeError.h"
+#include "platform/scenegraph/mesh/MeshBuilder.h"
 
 #include <algorithm>
 #include <map>

@@ -1,7 +1,7 @@
 // Something to look at: a scene, and what of it a picture should hold.
 #pragma once
 
-#include "platform/scenegraph/Frame.h"
+#include "platform/scenegraph/frames/Frame.h"
 
 #include <chrono>
 #include <functional>

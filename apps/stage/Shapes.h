@@ -1,7 +1,7 @@
 // Surfaces of the built-in scene: positions with exact normals, from formulas.
 #pragma once
 
-#include "platform/scenegraph/MeshBuilder.h"
+#include "platform/scenegraph/mesh/MeshBuilder.h"
 
 #include <functional>
 #include <vector>

@@ -1,6 +1,6 @@
 #include "Loads.h"
 
-#include "platform/math/Matrix.h"
+#include "base/Matrix.h"
 
 #include <algorithm>
 #include <array>

@@ -3,8 +3,8 @@
 #pragma once
 
 #include "Loads.h"
-#include "platform/drivers/SimdLevel.h"
-#include "platform/math/Matrix.h"
+#include "base/Matrix.h"
+#include "parallel/SimdLevel.h"
 
 #include <cstdint>
 #include <memory>

@@ -4,7 +4,7 @@
 // Usage: pick-rates [--seconds s]
 #include "Peer.h"
 #include "Scenes.h"
-#include "platform/scenegraph/rays/MeshRays.h"
+#include "platform/scenegraph/bvh/MeshRays.h"
 
 #include <algorithm>
 #include <chrono>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Loads.h"
-#include "platform/scenegraph/PickedArray.h"
+#include "platform/scenegraph/picking/PickedArray.h"
 
 #include <memory>
 #include <string>

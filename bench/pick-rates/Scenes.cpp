@@ -1,6 +1,6 @@
 #include "Scenes.h"
 
-#include "platform/drivers/StandardDrivers.h"
+#include "platform/drivers/standard/StandardDrivers.h"
 
 #include <cmath>
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Loads.h"
-#include "platform/headless/HostedViewport.h"
+#include "hosts/headless/HostedViewport.h"
 
 #include <memory>
 #include <random>

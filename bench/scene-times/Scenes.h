@@ -1,8 +1,8 @@
 // Scenes of many frames with a small box each, side by side in a plane that fills the view.
 #pragma once
 
-#include "platform/scenegraph/Frame.h"
-#include "platform/scenegraph/MeshBuilder.h"
+#include "platform/scenegraph/frames/Frame.h"
+#include "platform/scenegraph/mesh/MeshBuilder.h"
 
 #include <memory>
 #include <string>

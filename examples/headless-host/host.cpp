@@ -1,8 +1,8 @@
 // A host program in memory: a control, a scene of one square, a picture.
 //
 // Without CMake: g++ $(pkg-config --cflags LumoraViewport) host.cpp $(pkg-config --libs LumoraViewport)
-#include "platform/drivers/StandardDrivers.h"
-#include "platform/headless/HostedViewport.h"
+#include "hosts/headless/HostedViewport.h"
+#include "platform/drivers/standard/StandardDrivers.h"
 
 using namespace lumora;
 

@@ -1,5 +1,5 @@
 // A host program with Qt: a window that is a control, with a square in it. The middle button moves the camera.
-#include "platform/qt/ViewportWidget.h"
+#include "hosts/qt/ViewportWidget.h"
 
 #include <QApplication>
 

@@ -1,8 +1,8 @@
 // A host program that draws on every picture before it is averaged and shown: a caption and a ring around what matters.
 //
 // Usage: example-surface-host [MODEL [BACKGROUND]]; writes captioned-1.png, captioned-2.png and captioned-4.png.
-#include "platform/drivers/StandardDrivers.h"
-#include "platform/headless/HostedViewport.h"
+#include "hosts/headless/HostedViewport.h"
+#include "platform/drivers/standard/StandardDrivers.h"
 #ifdef LUMORA_HAS_IMPORT
 #include "import/Import.h"
 #endif

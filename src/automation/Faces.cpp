@@ -1,7 +1,7 @@
 #include "automation/Faces.h"
 
 #include "automation/SceneTables.h"
-#include "platform/drivers/StandardDrivers.h"
+#include "platform/drivers/standard/StandardDrivers.h"
 
 #include <unordered_map>
 

@@ -2,10 +2,10 @@
 // object is always the same face.
 #pragma once
 
-#include "platform/automation/DispatchTable.h"
+#include "automation/DispatchTable.h"
 #include "platform/container/MemoryPropertyBag.h"
-#include "platform/container/Picture.h"
 #include "platform/directdraw/DirectDraw.h"
+#include "platform/pictures/Picture.h"
 #include "platform/scenegraph/RetainedMode.h"
 
 namespace lumora::automation

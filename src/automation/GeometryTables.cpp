@@ -16,7 +16,7 @@
 #include "geometry/modPrimitiveCreation.h"
 #include "geometry/modSweep.h"
 #include "geometry/modVector.h"
-#include "platform/drivers/StandardDrivers.h"
+#include "platform/drivers/standard/StandardDrivers.h"
 
 namespace lumora::automation
 {

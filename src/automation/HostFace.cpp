@@ -1,7 +1,7 @@
 #include "automation/HostFace.h"
 
 #include "automation/HostMembers.h"
-#include "platform/drivers/StandardDrivers.h"
+#include "platform/drivers/standard/StandardDrivers.h"
 
 namespace lumora::automation
 {

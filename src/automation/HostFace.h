@@ -2,7 +2,7 @@
 #pragma once
 
 #include "automation/ViewportFace.h"
-#include "platform/headless/HostedViewport.h"
+#include "hosts/headless/HostedViewport.h"
 
 namespace lumora::automation
 {

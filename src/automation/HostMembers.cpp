@@ -1,8 +1,8 @@
 #include "automation/HostMembers.h"
 
 #include "automation/PackedNumbers.h"
-#include "platform/automation/Faults.h"
-#include "platform/headless/DriverLists.h"
+#include "base/Faults.h"
+#include "hosts/headless/DriverLists.h"
 
 #include <algorithm>
 #include <iterator>

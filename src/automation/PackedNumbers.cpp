@@ -1,7 +1,7 @@
 #include "automation/PackedNumbers.h"
 
-#include "platform/automation/RuntimeError.h"
-#include "platform/directdraw/Bitmap.h"
+#include "base/RuntimeError.h"
+#include "platform/pictures/Bitmap.h"
 
 #include <algorithm>
 #include <iterator>

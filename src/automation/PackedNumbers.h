@@ -1,9 +1,9 @@
 // Lists of vectors, and pictures made of one color, as callers give them.
 #pragma once
 
-#include "platform/automation/DispatchTable.h"
-#include "platform/container/Picture.h"
-#include "platform/math/Matrix.h"
+#include "automation/DispatchTable.h"
+#include "base/Matrix.h"
+#include "platform/pictures/Picture.h"
 
 namespace lumora
 {

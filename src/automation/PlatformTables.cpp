@@ -1,6 +1,6 @@
 // Pictures and property bags: a row for each member.
 #include "automation/SceneTables.h"
-#include "platform/directdraw/Bitmap.h"
+#include "platform/pictures/Bitmap.h"
 
 namespace lumora::automation
 {

@@ -2,7 +2,7 @@
 #include "automation/PackedNumbers.h"
 #include "automation/SceneTables.h"
 #include "automation/TableTools.h"
-#include "platform/directdraw/Bitmap.h"
+#include "platform/pictures/Bitmap.h"
 
 namespace lumora
 {

@@ -3,7 +3,7 @@
 
 #include "automation/PackedNumbers.h"
 #include "automation/TableTools.h"
-#include "platform/directdraw/Bitmap.h"
+#include "platform/pictures/Bitmap.h"
 
 #include <limits>
 

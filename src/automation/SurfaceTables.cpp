@@ -1,8 +1,8 @@
 // Surfaces, what makes them, and what draws on them: a row for each member.
 #include "automation/PackedNumbers.h"
 #include "automation/SceneTables.h"
-#include "platform/directdraw/Bitmap.h"
-#include "platform/directdraw/Blit.h"
+#include "platform/pictures/Bitmap.h"
+#include "platform/pictures/Blit.h"
 
 #include <algorithm>
 

@@ -1,10 +1,10 @@
 // What rows of several tables do alike.
 #pragma once
 
-#include "platform/automation/DispatchTable.h"
-#include "platform/math/Vector.h"
-#include "platform/scenegraph/Checks.h"
-#include "platform/scenegraph/Frame.h"
+#include "automation/DispatchTable.h"
+#include "base/Vector.h"
+#include "platform/scenegraph/frames/Checks.h"
+#include "platform/scenegraph/frames/Frame.h"
 
 #include <algorithm>
 #include <iterator>

@@ -2,7 +2,7 @@
 
 #include "automation/Classes.h"
 #include "automation/HostFace.h"
-#include "platform/automation/Json.h"
+#include "base/Json.h"
 #include "properties/Enumerations.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "automation/ViewportFace.h"
 
-#include "platform/automation/Faults.h"
+#include "base/Faults.h"
 #include "properties/PropertyTable.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "camera/CameraMath.h"
 
-#include "platform/automation/Numbers.h"
+#include "base/Numbers.h"
 
 namespace lumora
 {

@@ -1,8 +1,8 @@
 // Arithmetic of the camera that needs no control.
 #pragma once
 
-#include "platform/math/Vector.h"
-#include "platform/scenegraph/Frame.h"
+#include "base/Vector.h"
+#include "platform/scenegraph/frames/Frame.h"
 #include "properties/Enumerations.h"
 
 namespace lumora

@@ -1,7 +1,7 @@
 // The stored camera record. The camera's frame is the truth about place and orientation; these are copies.
 #pragma once
 
-#include "platform/math/Vector.h"
+#include "base/Vector.h"
 #include "properties/Enumerations.h"
 
 namespace lumora

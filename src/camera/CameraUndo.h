@@ -1,7 +1,7 @@
 // Puts the camera back where a step that fails half way began.
 #pragma once
 
-#include "platform/scenegraph/Frame.h"
+#include "platform/scenegraph/frames/Frame.h"
 
 #include <exception>
 #include <memory>

@@ -1,5 +1,5 @@
 // What a press of the navigation button means: it depends on what lies under the cursor.
-#include "platform/automation/Numbers.h"
+#include "base/Numbers.h"
 #include "viewport/Names.h"
 #include "viewport/Viewport.h"
 

@@ -1,7 +1,7 @@
 // How far the nearest obstacle lies in a direction: a grid of rays through the viewport.
+#include "base/Numbers.h"
 #include "camera/CameraMath.h"
 #include "camera/CameraUndo.h"
-#include "platform/automation/Numbers.h"
 #include "viewport/Names.h"
 #include "viewport/Viewport.h"
 

@@ -1,6 +1,6 @@
 // What keeps the camera where it may be, and the on-screen controls where they are seen.
+#include "base/Numbers.h"
 #include "camera/CameraMath.h"
-#include "platform/automation/Numbers.h"
 #include "viewport/Names.h"
 #include "viewport/Viewport.h"
 

@@ -1,8 +1,8 @@
 // The state of a drag that moves the camera.
 #pragma once
 
+#include "base/Vector.h"
 #include "platform/container/Screen.h"
-#include "platform/math/Vector.h"
 
 #include <cstdint>
 

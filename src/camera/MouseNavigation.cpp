@@ -1,5 +1,5 @@
 // Drags that move the camera: the parked cursor, the anchor that movement is measured from, and what is raised.
-#include "platform/automation/Numbers.h"
+#include "base/Numbers.h"
 #include "viewport/Handlers.h"
 #include "viewport/Names.h"
 #include "viewport/Viewport.h"

@@ -4,7 +4,7 @@
 // corners run clockwise seen from its front (left-handed), so its normal is (b - a) x (c - a).
 #pragma once
 
-#include "platform/math/Vector.h"
+#include "base/Vector.h"
 
 #include <array>
 #include <cstdint>

@@ -1,8 +1,8 @@
 // How the kernel's modules run their steps: errors leave with the module's name, and with nothing else changed.
 #pragma once
 
+#include "base/Trap.h"
 #include "geometry/Records.h"
-#include "platform/automation/Trap.h"
 
 #include <concepts>
 #include <optional>

@@ -12,7 +12,7 @@
 #include "geometry/modNormal.h"
 #include "geometry/modSweep.h"
 #include "geometry/modVector.h"
-#include "platform/scenegraph/Rotation.h"
+#include "platform/scenegraph/frames/Rotation.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 #include "geometry/modBSpline.h"
 
+#include "base/Matrix.h"
+#include "base/Numbers.h"
 #include "geometry/Steps.h"
-#include "platform/automation/Numbers.h"
-#include "platform/math/Matrix.h"
 
 #include <algorithm>
 

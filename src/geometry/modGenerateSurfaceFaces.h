@@ -2,7 +2,7 @@
 #pragma once
 
 #include "geometry/Records.h"
-#include "platform/scenegraph/MeshBuilder.h"
+#include "platform/scenegraph/mesh/MeshBuilder.h"
 
 namespace lumora
 {

@@ -1,7 +1,7 @@
 #include "geometry/modNSpline.h"
 
+#include "base/Numbers.h"
 #include "geometry/Steps.h"
-#include "platform/automation/Numbers.h"
 
 #include <algorithm>
 #include <numeric>

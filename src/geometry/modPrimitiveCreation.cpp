@@ -1,9 +1,9 @@
 #include "geometry/modPrimitiveCreation.h"
 
+#include "base/Numbers.h"
 #include "geometry/Steps.h"
 #include "geometry/modOptimize.h"
 #include "geometry/modSweep.h"
-#include "platform/automation/Numbers.h"
 
 namespace lumora
 {

@@ -1,5 +1,6 @@
 #include "geometry/modSweep.h"
 
+#include "base/Numbers.h"
 #include "geometry/ArcCos.h"
 #include "geometry/BezierCurve.h"
 #include "geometry/Steps.h"
@@ -8,7 +9,6 @@
 #include "geometry/modGenerateSurfaceFaces.h"
 #include "geometry/modNormal.h"
 #include "geometry/modVector.h"
-#include "platform/automation/Numbers.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 #include "geometry/modVector.h"
 
+#include "base/Numbers.h"
 #include "geometry/Steps.h"
-#include "platform/automation/Numbers.h"
 
 #include <cmath>
 

@@ -1,10 +1,10 @@
 // The way of a model file: checks on the path, the worker, checks on its result, frames; and a sentence for each end.
 #include "import/Import.h"
 
+#include "base/RuntimeError.h"
 #include "import/ModelReader.h"
 #include "import/ModelScene.h"
 #include "import/WorkerProcess.h"
-#include "platform/automation/RuntimeError.h"
 
 #include <algorithm>
 #include <dlfcn.h>

@@ -1,7 +1,7 @@
 // Model files into frames and mesh builders. Foreign bytes are read by a child process; this side stays whole.
 #pragma once
 
-#include "platform/scenegraph/Frame.h"
+#include "platform/scenegraph/frames/Frame.h"
 
 #include <chrono>
 #include <cstddef>

@@ -1,8 +1,8 @@
 // A worker's result, checked: after construction every index, count and number in it can be relied on.
 #pragma once
 
+#include "base/Vector.h"
 #include "import/ModelStream.h"
-#include "platform/math/Vector.h"
 
 #include <span>
 #include <stdexcept>

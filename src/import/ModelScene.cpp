@@ -1,7 +1,7 @@
 // Frames and mesh builders from a checked result: arrays go into the mesh builders straight from the mapped file.
 #include "import/ModelScene.h"
 
-#include "platform/scenegraph/MeshBuilder.h"
+#include "platform/scenegraph/mesh/MeshBuilder.h"
 
 namespace lumora
 {

@@ -1,6 +1,6 @@
 #include "properties/AboutBox.h"
 
-#include "platform/automation/Registry.h"
+#include "base/Registry.h"
 #include "viewport/Names.h"
 #include "viewport/Viewport.h"
 

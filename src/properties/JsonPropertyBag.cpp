@@ -1,8 +1,8 @@
 // Property values to JSON and back, with the property table to say what a name stands for.
 #include "properties/JsonPropertyBag.h"
 
-#include "platform/automation/Faults.h"
-#include "platform/automation/RuntimeError.h"
+#include "base/Faults.h"
+#include "base/RuntimeError.h"
 #include "properties/Enumerations.h"
 #include "properties/PropertyTable.h"
 #include "properties/SettingsFile.h"

@@ -1,7 +1,7 @@
 // The stored property values, one member per row of the property table.
 #pragma once
 
-#include "platform/container/Picture.h"
+#include "platform/pictures/Picture.h"
 #include "properties/Enumerations.h"
 
 #include <cstdint>

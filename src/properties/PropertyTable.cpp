@@ -1,6 +1,6 @@
 #include "properties/PropertyTable.h"
 
-#include "platform/automation/Numbers.h"
+#include "base/Numbers.h"
 #include "properties/Spelling.h"
 #include "viewport/Viewport.h"
 

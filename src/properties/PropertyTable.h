@@ -1,7 +1,7 @@
 // The property table at run time: for everything that reaches properties by name.
 #pragma once
 
-#include "platform/automation/Variant.h"
+#include "base/Variant.h"
 
 #include <cstdint>
 #include <span>

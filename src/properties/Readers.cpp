@@ -1,5 +1,5 @@
 // The property readers. They work in every state.
-#include "platform/automation/Numbers.h"
+#include "base/Numbers.h"
 #include "viewport/Viewport.h"
 
 namespace lumora

@@ -1,7 +1,7 @@
 // A file is written beside its place, forced to the disk and moved over: half of one never lies there.
 #include "properties/SettingsFile.h"
 
-#include "platform/automation/RuntimeError.h"
+#include "base/RuntimeError.h"
 #include "properties/SettingsText.h"
 
 #include <cerrno>

@@ -1,7 +1,7 @@
 // Reading goes through the parser's events: a document tree would silently drop all but one entry of the same name.
 #include "properties/SettingsText.h"
 
-#include "platform/automation/RuntimeError.h"
+#include "base/RuntimeError.h"
 
 #include <algorithm>
 #include <iterator>

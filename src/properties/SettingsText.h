@@ -1,7 +1,7 @@
 // The text of a settings file: a JSON object, taken apart so that what is not understood can be written back as it was.
 #pragma once
 
-#include "platform/automation/Variant.h"
+#include "base/Variant.h"
 
 #include <cstddef>
 #include <optional>

@@ -1,5 +1,5 @@
 // The property writers: store, push to what is live, tell the container.
-#include "platform/automation/Numbers.h"
+#include "base/Numbers.h"
 #include "properties/DeviceNames.h"
 #include "properties/Quality.h"
 #include "viewport/Names.h"

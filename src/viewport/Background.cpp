@@ -1,6 +1,6 @@
 // The picture behind an exposed scene, and the one in its place.
-#include "platform/automation/Numbers.h"
-#include "platform/directdraw/Bitmap.h"
+#include "base/Numbers.h"
+#include "platform/pictures/Bitmap.h"
 #include "viewport/HeldContext.h"
 #include "viewport/Viewport.h"
 

@@ -1,5 +1,5 @@
 // Everything the control draws with: made, made again, and released.
-#include "platform/automation/Numbers.h"
+#include "base/Numbers.h"
 #include "properties/DeviceNames.h"
 #include "viewport/Names.h"
 #include "viewport/Viewport.h"

@@ -1,8 +1,8 @@
 // Everything the control draws with, and the flags that put its rebuilding off to the next picture.
 #pragma once
 
-#include "platform/container/Picture.h"
 #include "platform/directdraw/DirectDraw.h"
+#include "platform/pictures/Picture.h"
 #include "platform/scenegraph/RetainedMode.h"
 
 #include <memory>

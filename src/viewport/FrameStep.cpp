@@ -1,5 +1,5 @@
 // One picture, from the host's call to the device's update.
-#include "platform/automation/Numbers.h"
+#include "base/Numbers.h"
 #include "properties/DeviceNames.h"
 #include "properties/Quality.h"
 #include "viewport/Names.h"

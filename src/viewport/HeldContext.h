@@ -1,7 +1,7 @@
 // A surface's device context for the length of a block.
 #pragma once
 
-#include "platform/automation/Trap.h"
+#include "base/Trap.h"
 #include "platform/directdraw/DeviceContext.h"
 #include "platform/directdraw/Surface.h"
 

@@ -1,7 +1,7 @@
 // Names and texts with which the control raises errors.
 #pragma once
 
-#include "platform/automation/RuntimeError.h"
+#include "base/RuntimeError.h"
 
 #include <string>
 

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "platform/container/Screen.h"
-#include "platform/scenegraph/Frame.h"
-#include "platform/scenegraph/MeshBuilder.h"
-#include "platform/scenegraph/PickedArray.h"
+#include "platform/scenegraph/frames/Frame.h"
+#include "platform/scenegraph/mesh/MeshBuilder.h"
+#include "platform/scenegraph/picking/PickedArray.h"
 
 #include <memory>
 

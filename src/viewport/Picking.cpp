@@ -1,5 +1,5 @@
 // What lies under a point of the control: by a ray through the pixel, or by asking the viewport.
-#include "platform/automation/Numbers.h"
+#include "base/Numbers.h"
 #include "viewport/Names.h"
 #include "viewport/Viewport.h"
 

@@ -1,5 +1,5 @@
 // An exposed surface on its way to the screen.
-#include "platform/automation/Numbers.h"
+#include "base/Numbers.h"
 #include "viewport/HeldContext.h"
 #include "viewport/Names.h"
 #include "viewport/Viewport.h"

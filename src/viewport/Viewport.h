@@ -1,10 +1,10 @@
 // The control: a window on a three-dimensional scene, with a camera that a person can move through it.
 #pragma once
 
+#include "base/Event.h"
+#include "base/Trap.h"
 #include "camera/CameraState.h"
 #include "camera/MouseDrag.h"
-#include "platform/automation/Event.h"
-#include "platform/automation/Trap.h"
 #include "platform/container/Container.h"
 #include "platform/container/PropertyBag.h"
 #include "properties/Properties.h"

@@ -1,7 +1,7 @@
 // The scene of the on-screen navigation controls: arrows, knob, plates and strips, in units of the corner they stand
 // in.
+#include "base/Numbers.h"
 #include "geometry/modPrimitiveCreation.h"
-#include "platform/automation/Numbers.h"
 #include "viewport/Names.h"
 #include "viewport/Viewport.h"
 

@@ -1,8 +1,8 @@
 // The on-screen navigation controls: a small scene of their own, seen from the camera.
 #pragma once
 
-#include "platform/scenegraph/Frame.h"
-#include "platform/scenegraph/MeshBuilder.h"
+#include "platform/scenegraph/frames/Frame.h"
+#include "platform/scenegraph/mesh/MeshBuilder.h"
 
 #include <memory>
 

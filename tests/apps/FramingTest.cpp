@@ -1,8 +1,8 @@
 // Framing, judged by projecting what was framed as the picture's conventions say.
 #include "stage/Framing.h"
 
-#include "platform/automation/RuntimeError.h"
-#include "platform/math/Matrix.h"
+#include "base/Matrix.h"
+#include "base/RuntimeError.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 #include "apps/RenderProgram.h"
 
-#include "platform/container/Picture.h"
-#include "platform/directdraw/Bitmap.h"
+#include "platform/pictures/Bitmap.h"
+#include "platform/pictures/Picture.h"
 
 #include <algorithm>
 #include <cstdlib>

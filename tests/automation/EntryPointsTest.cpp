@@ -2,7 +2,7 @@
 #include "LumoraViewport.h"
 #include "automation/ViewportFace.h"
 #include "automation/abi/DispatchObject.h"
-#include "platform/headless/HostedViewport.h"
+#include "hosts/headless/HostedViewport.h"
 #include "support/TemporaryFolder.h"
 
 #include <array>

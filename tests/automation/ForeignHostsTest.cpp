@@ -1,7 +1,7 @@
 // One session in three languages: the C and the Python host print what C++ computes by itself, and draw the same bytes.
+#include "hosts/headless/HostedViewport.h"
 #include "platform/directdraw/DeviceContext.h"
-#include "platform/drivers/StandardDrivers.h"
-#include "platform/headless/HostedViewport.h"
+#include "platform/drivers/standard/StandardDrivers.h"
 #include "platform/scenegraph/RetainedMode.h"
 #include "support/TemporaryFolder.h"
 

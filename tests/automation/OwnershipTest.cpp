@@ -1,8 +1,8 @@
 // Who may use the library, and on which thread what others release ends.
 #include "automation/abi/Ownership.h"
 
+#include "automation/Dispatch.h"
 #include "automation/abi/Buffers.h"
-#include "platform/automation/Dispatch.h"
 
 #include <gtest/gtest.h>
 #include <thread>

@@ -1,8 +1,8 @@
 // The registry file and JSON: what is written reads back, and a damaged file stays as it is.
-#include "platform/automation/Registry.h"
+#include "base/Registry.h"
 
-#include "platform/automation/Json.h"
-#include "platform/automation/RuntimeError.h"
+#include "base/Json.h"
+#include "base/RuntimeError.h"
 #include "support/TemporaryFolder.h"
 
 #include <fstream>

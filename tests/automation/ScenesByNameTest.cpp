@@ -3,7 +3,7 @@
 #include "geometry/modPrimitiveCreation.h"
 #include "geometry/modSweep.h"
 #include "platform/directdraw/Surface.h"
-#include "platform/drivers/StandardDrivers.h"
+#include "platform/drivers/standard/StandardDrivers.h"
 
 #include <array>
 #include <cstring>

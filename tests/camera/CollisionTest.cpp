@@ -1,6 +1,6 @@
 // Obstacles as a walk meets them: where the camera stops, what is undone, what the events name.
+#include "base/Faults.h"
 #include "camera/Desk.h"
-#include "platform/automation/Faults.h"
 
 #include <cstring>
 #include <set>

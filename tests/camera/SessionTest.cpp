@@ -1,6 +1,6 @@
 // Written sessions played at a control: the host draws, and moves the camera by what keys and drags stored.
 #include "camera/Desk.h"
-#include "platform/headless/SessionPlayer.h"
+#include "hosts/headless/SessionPlayer.h"
 
 #include <functional>
 #include <random>

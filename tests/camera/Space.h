@@ -1,7 +1,7 @@
 // Plain vector arithmetic for tests that work out for themselves where a camera must be.
 #pragma once
 
-#include "platform/math/Vector.h"
+#include "base/Vector.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

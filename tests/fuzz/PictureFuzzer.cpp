@@ -1,11 +1,11 @@
 // Random bytes as a picture file, or as damage to a sound one: refused with a reason, or a picture that can be shown.
+#include "base/RuntimeError.h"
 #include "fuzz/Fuzzing.h"
-#include "platform/automation/RuntimeError.h"
-#include "platform/container/Picture.h"
-#include "platform/container/PictureCodec.h"
-#include "platform/directdraw/Bitmap.h"
+#include "hosts/headless/PictureSamples.h"
 #include "platform/directdraw/DeviceContext.h"
-#include "platform/hosts/PictureSamples.h"
+#include "platform/pictures/Bitmap.h"
+#include "platform/pictures/Picture.h"
+#include "platform/pictures/PictureCodec.h"
 
 namespace
 {

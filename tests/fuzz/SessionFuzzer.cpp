@@ -1,7 +1,7 @@
 // Random bytes as a session: understood or refused with one sentence, never more.
+#include "base/RuntimeError.h"
 #include "fuzz/Fuzzing.h"
-#include "platform/automation/RuntimeError.h"
-#include "platform/headless/SessionScript.h"
+#include "hosts/headless/SessionScript.h"
 
 using lumora::fuzz::Require;
 

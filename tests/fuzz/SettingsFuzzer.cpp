@@ -1,6 +1,6 @@
 // Random bytes as a settings file: read or refused, and what was read is read again as the same.
+#include "base/RuntimeError.h"
 #include "fuzz/Fuzzing.h"
-#include "platform/automation/RuntimeError.h"
 #include "properties/JsonPropertyBag.h"
 #include "properties/PropertyTable.h"
 

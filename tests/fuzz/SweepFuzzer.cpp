@@ -1,9 +1,9 @@
 // Sweeps of small whole numbers, where points coincide and lines cross all the time: a finite mesh or a RuntimeError.
+#include "base/RuntimeError.h"
 #include "fuzz/Fuzzing.h"
 #include "geometry/Kernel.h"
 #include "geometry/modOptimize.h"
 #include "geometry/modSweep.h"
-#include "platform/automation/RuntimeError.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 // A root object for the kernel, and what a mesh amounts to: edges, area and volume, summed up from its polygons.
 #pragma once
 
-#include "platform/automation/RuntimeError.h"
+#include "base/RuntimeError.h"
 #include "platform/scenegraph/RetainedMode.h"
 
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
 // Lathes and tubes: sizes, directions, ends.
+#include "base/Faults.h"
 #include "geometry/Kernel.h"
 #include "geometry/modNormal.h"
 #include "geometry/modOptimize.h"
 #include "geometry/modSweep.h"
-#include "platform/automation/Faults.h"
 
 #include <cmath>
 #include <numbers>

@@ -1,6 +1,6 @@
 // Damaged, hostile and empty files: one sentence, and the program goes on.
+#include "base/RuntimeError.h"
 #include "import/ModelFiles.h"
-#include "platform/automation/RuntimeError.h"
 
 #include <cmath>
 #include <sys/resource.h>

@@ -1,7 +1,7 @@
 // Colours, highlights, pictures and normals on the way from a file to a mesh builder.
 #include "import/ModelFiles.h"
-#include "platform/container/Picture.h"
-#include "platform/directdraw/Bitmap.h"
+#include "platform/pictures/Bitmap.h"
+#include "platform/pictures/Picture.h"
 #include "support/TemporaryFolder.h"
 
 #include <algorithm>

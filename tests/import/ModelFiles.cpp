@@ -1,8 +1,8 @@
 // Writers as plain as the formats allow: every triangle has vertices of its own.
 #include "import/ModelFiles.h"
 
+#include "base/RuntimeError.h"
 #include "geometry/Kernel.h"
-#include "platform/automation/RuntimeError.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "import/Import.h"
-#include "platform/scenegraph/MeshBuilder.h"
+#include "platform/scenegraph/mesh/MeshBuilder.h"
 #include "support/TemporaryFolder.h"
 
 #include <array>

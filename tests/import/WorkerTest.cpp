@@ -1,8 +1,8 @@
 // Workers that hang, die, lie or cannot be started: the caller is told, and nothing of them is left.
+#include "base/RuntimeError.h"
 #include "import/ModelFiles.h"
 #include "import/ModelReader.h"
 #include "import/ModelStream.h"
-#include "platform/automation/RuntimeError.h"
 
 #include <cstdlib>
 #include <cstring>

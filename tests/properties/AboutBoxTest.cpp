@@ -1,8 +1,8 @@
 // The about box: what it shows, and what its second button starts.
 #include "properties/AboutBox.h"
 
-#include "platform/automation/Faults.h"
-#include "platform/automation/Registry.h"
+#include "base/Faults.h"
+#include "base/Registry.h"
 #include "support/TemporaryFolder.h"
 #include "viewport/LiveControl.h"
 

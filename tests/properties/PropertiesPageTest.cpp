@@ -31,8 +31,7 @@ TEST(Conventions, list_every_error_number_that_has_a_name)
 {
     const std::string conventions = TextOf("docs/conventions.md");
     const std::regex named{"constexpr std::int32_t (\\w+) = (-?\\d+);"};
-    for (const char* header :
-         {"platform/automation/RuntimeError.h", "platform/automation/Dispatch.h", "import/Import.h"})
+    for (const char* header : {"base/RuntimeError.h", "automation/Dispatch.h", "import/Import.h"})
     {
         const std::string text = TextOf(std::string{"src/"} + header);
         ASSERT_TRUE(std::regex_search(text, named)) << header;

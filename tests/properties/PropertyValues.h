@@ -1,9 +1,9 @@
 // Values for properties, made from the table, and the platform calls that follow from them.
 #pragma once
 
-#include "platform/automation/Faults.h"
-#include "platform/container/Picture.h"
-#include "platform/directdraw/Bitmap.h"
+#include "base/Faults.h"
+#include "platform/pictures/Bitmap.h"
+#include "platform/pictures/Picture.h"
 #include "properties/PropertyTable.h"
 
 #include <map>

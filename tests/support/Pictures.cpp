@@ -1,8 +1,8 @@
 // Comparing pictures, and keeping the ones that a person should look at.
 #include "support/Pictures.h"
 
-#include "platform/automation/RuntimeError.h"
-#include "platform/container/Picture.h"
+#include "base/RuntimeError.h"
+#include "platform/pictures/Picture.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 // Comparing pictures, and keeping the ones that a person should look at.
 #pragma once
 
-#include "platform/drivers/PixelView.h"
+#include "platform/pictures/PixelView.h"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -1,5 +1,5 @@
 // Which driver a control ends up with, and what it says about it.
-#include "platform/automation/Faults.h"
+#include "base/Faults.h"
 #include "properties/DeviceNames.h"
 #include "viewport/LiveControl.h"
 

@@ -1,5 +1,5 @@
 // Birth, life and halt of a control, as its container sees them.
-#include "platform/automation/Faults.h"
+#include "base/Faults.h"
 #include "viewport/LiveControl.h"
 
 #include <gmock/gmock.h>

@@ -1,11 +1,11 @@
 // A live control with a small scene, for tests that drive it as a host program would.
 #pragma once
 
-#include "platform/directdraw/Bitmap.h"
-#include "platform/drivers/StandardDrivers.h"
-#include "platform/headless/DriverLists.h"
-#include "platform/headless/HostedViewport.h"
-#include "platform/hosts/Errors.h"
+#include "hosts/headless/DriverLists.h"
+#include "hosts/headless/Errors.h"
+#include "hosts/headless/HostedViewport.h"
+#include "platform/drivers/standard/StandardDrivers.h"
+#include "platform/pictures/Bitmap.h"
 
 #include <gtest/gtest.h>
 

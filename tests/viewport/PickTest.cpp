@@ -1,6 +1,6 @@
 // What a host finds under a point of the control.
+#include "base/Faults.h"
 #include "camera/Space.h"
-#include "platform/automation/Faults.h"
 #include "viewport/LiveControl.h"
 #include "viewport/PickResult.h"
 

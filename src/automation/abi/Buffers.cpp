@@ -1,7 +1,7 @@
 #include "automation/abi/Buffers.h"
 
 #include "automation/abi/Ownership.h"
-#include "platform/automation/RuntimeError.h"
+#include "base/RuntimeError.h"
 
 #include <mutex>
 #include <unordered_map>

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "LumoraViewport.h"
-#include "platform/automation/NumberBuffer.h"
+#include "base/NumberBuffer.h"
 
 namespace lumora::automation
 {

@@ -1,7 +1,7 @@
 // Objects as callers of the binary interface hold them: a table of functions and a count of references.
 #pragma once
 
-#include "platform/automation/Dispatch.h"
+#include "automation/Dispatch.h"
 
 struct LumoraDispatch; // of LumoraViewport.h
 

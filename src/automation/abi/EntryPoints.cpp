@@ -5,7 +5,7 @@
 #include "automation/abi/ClassObject.h"
 #include "automation/abi/Ownership.h"
 #include "automation/abi/Values.h"
-#include "platform/automation/Registry.h"
+#include "base/Registry.h"
 
 #include <algorithm>
 #include <dlfcn.h>

@@ -1,6 +1,6 @@
 #include "automation/abi/Ownership.h"
 
-#include "platform/automation/Dispatch.h"
+#include "automation/Dispatch.h"
 
 #include <atomic>
 #include <mutex>

@@ -2,7 +2,7 @@
 
 #include "automation/abi/Buffers.h"
 #include "automation/abi/DispatchObject.h"
-#include "platform/automation/Json.h"
+#include "base/Json.h"
 
 #include <cstdlib>
 #include <cstring>

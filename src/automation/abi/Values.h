@@ -2,7 +2,7 @@
 #pragma once
 
 #include "LumoraViewport.h"
-#include "platform/automation/Dispatch.h"
+#include "automation/Dispatch.h"
 
 #include <string>
 #include <string_view>

@@ -10,7 +10,7 @@
 #include <optional>
 #include <span>
 #ifdef LUMORA_PICTURES
-#include "platform/container/JpegDecoder.h"
+#include "platform/pictures/JpegDecoder.h"
 
 #include <array>
 #include <bit>

@@ -1,8 +1,8 @@
 // The window of the control on the host's form, and the attributes the framework keeps with it.
 #pragma once
 
-#include "platform/container/Picture.h"
-#include "platform/drivers/PixelView.h"
+#include "platform/pictures/Picture.h"
+#include "platform/pictures/PixelView.h"
 
 #include <cstdint>
 #include <memory>

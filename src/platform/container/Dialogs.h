@@ -1,7 +1,7 @@
 // Modal dialogs and other programs, as a host shows and starts them.
 #pragma once
 
-#include "platform/automation/Variant.h"
+#include "base/Variant.h"
 
 #include <filesystem>
 #include <functional>

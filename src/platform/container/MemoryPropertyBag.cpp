@@ -1,7 +1,7 @@
 // Entries by name; what equals its default is not kept.
 #include "platform/container/MemoryPropertyBag.h"
 
-#include "platform/automation/Faults.h"
+#include "base/Faults.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // Named values that a container keeps for a control.
 #pragma once
 
-#include "platform/automation/Variant.h"
+#include "base/Variant.h"
 
 #include <string_view>
 

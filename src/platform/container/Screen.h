@@ -1,8 +1,8 @@
 // The screen, its cursor and its clock.
 #pragma once
 
-#include "platform/automation/Variant.h"
-#include "platform/drivers/PixelView.h"
+#include "base/Variant.h"
+#include "platform/pictures/PixelView.h"
 
 #include <cstdint>
 #include <string>

@@ -1,8 +1,8 @@
 // Binding a clipper to its window.
 #include "platform/directdraw/Clipper.h"
 
-#include "platform/automation/Faults.h"
-#include "platform/automation/RuntimeError.h"
+#include "base/Faults.h"
+#include "base/RuntimeError.h"
 
 namespace lumora
 {

@@ -1,9 +1,9 @@
 // Drawing with device-context colours: single pixels, lines, rectangles and blocks, all clipped to the picture.
 #include "platform/directdraw/DeviceContext.h"
 
-#include "platform/automation/RuntimeError.h"
-#include "platform/directdraw/Blit.h"
+#include "base/RuntimeError.h"
 #include "platform/directdraw/TextGlyphs.h"
+#include "platform/pictures/Blit.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 // Drawing on a surface or bitmap with colours whose low byte is red.
 #pragma once
 
-#include "platform/directdraw/Bitmap.h"
-#include "platform/drivers/PixelView.h"
+#include "platform/pictures/Bitmap.h"
+#include "platform/pictures/PixelView.h"
 
 #include <string_view>
 

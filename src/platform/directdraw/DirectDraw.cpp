@@ -1,8 +1,8 @@
 // Making surfaces and clippers, with every argument checked before memory is asked for.
 #include "platform/directdraw/DirectDraw.h"
 
-#include "platform/automation/Faults.h"
-#include "platform/automation/RuntimeError.h"
+#include "base/Faults.h"
+#include "base/RuntimeError.h"
 
 namespace lumora
 {

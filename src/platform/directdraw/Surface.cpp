@@ -1,11 +1,11 @@
 // Blits, device contexts and locks. A surface has one user at a time: whoever holds its context or its lock.
 #include "platform/directdraw/Surface.h"
 
-#include "platform/automation/Faults.h"
-#include "platform/automation/RuntimeError.h"
+#include "base/Faults.h"
+#include "base/RuntimeError.h"
 #include "platform/container/Screen.h"
-#include "platform/directdraw/Blit.h"
 #include "platform/directdraw/DeviceContext.h"
+#include "platform/pictures/Blit.h"
 
 namespace lumora
 {

@@ -1,9 +1,9 @@
 // 32-bit surfaces: what devices draw into, what hosts draw on, and the screen.
 #pragma once
 
+#include "base/ZeroedPixels.h"
 #include "platform/directdraw/Clipper.h"
-#include "platform/directdraw/ZeroedPixels.h"
-#include "platform/drivers/PixelView.h"
+#include "platform/pictures/PixelView.h"
 
 #include <memory>
 #include <optional>

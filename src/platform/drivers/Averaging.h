@@ -1,10 +1,10 @@
 // Software anti-aliasing: the exact average of blocks of pixels.
 #pragma once
 
+#include "parallel/Crew.h"
+#include "parallel/SimdLevel.h"
 #include "platform/drivers/AveragingKernels.h"
-#include "platform/drivers/Crew.h"
-#include "platform/drivers/PixelView.h"
-#include "platform/drivers/SimdLevel.h"
+#include "platform/pictures/PixelView.h"
 
 namespace lumora
 {

@@ -2,8 +2,8 @@
 //
 // Blue and red lie in the two halves of a 32-bit lane, green in the half of another: a half has room for the sum of all
 // samples (16 * 255), so that columns are added lane by lane and neighbours by taking even and odd lanes apart.
+#include "parallel/HighwayLevels.h"
 #include "platform/drivers/AveragingKernels.h"
-#include "platform/drivers/HighwayLevels.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "platform/drivers/AveragingHighway.cpp"

@@ -1,7 +1,7 @@
 // The inner loops of averaging, one set for each instruction set.
 #pragma once
 
-#include "platform/drivers/SimdLevel.h"
+#include "parallel/SimdLevel.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // What a driver draws: a mesh compiled to arrays, and the images on it. Immutable once built, shared by all.
 #pragma once
 
-#include "platform/math/Vector.h"
+#include "base/Vector.h"
 
 #include <cstdint>
 #include <memory>

@@ -54,9 +54,9 @@
 //   clip-space rows (x, y, w) is below 0. A face seen from its edge (0) is culled unless the cull mode is None.
 #pragma once
 
+#include "base/Matrix.h"
 #include "platform/drivers/DrawMesh.h"
-#include "platform/drivers/PixelView.h"
-#include "platform/math/Matrix.h"
+#include "platform/pictures/PixelView.h"
 
 #include <cstdint>
 #include <memory>

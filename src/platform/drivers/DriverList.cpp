@@ -1,7 +1,7 @@
 // The list of Direct3D drivers that a control chooses from.
 #include "platform/drivers/DriverList.h"
 
-#include "platform/automation/RuntimeError.h"
+#include "base/RuntimeError.h"
 
 #include <algorithm>
 

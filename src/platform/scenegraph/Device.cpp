@@ -1,9 +1,9 @@
 #include "platform/scenegraph/Device.h"
 
-#include "platform/automation/Faults.h"
-#include "platform/automation/Trap.h"
-#include "platform/scenegraph/Checks.h"
-#include "platform/scenegraph/MeshBuilder.h"
+#include "base/Faults.h"
+#include "base/Trap.h"
+#include "platform/scenegraph/frames/Checks.h"
+#include "platform/scenegraph/mesh/MeshBuilder.h"
 
 #include <new>
 #include <utility>

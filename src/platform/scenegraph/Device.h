@@ -5,7 +5,7 @@
 #include "platform/directdraw/Surface.h"
 #include "platform/drivers/Averaging.h"
 #include "platform/drivers/Driver.h"
-#include "platform/scenegraph/SceneObject.h"
+#include "platform/scenegraph/frames/SceneObject.h"
 
 #include <memory>
 #include <vector>

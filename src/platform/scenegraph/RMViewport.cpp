@@ -1,9 +1,9 @@
 // Viewports: the projection, and pixels to world and back.
 #include "platform/scenegraph/RMViewport.h"
 
-#include "platform/automation/Faults.h"
-#include "platform/scenegraph/Checks.h"
-#include "platform/scenegraph/FramePicking.h"
+#include "base/Faults.h"
+#include "platform/scenegraph/frames/Checks.h"
+#include "platform/scenegraph/picking/FramePicking.h"
 
 #include <algorithm>
 

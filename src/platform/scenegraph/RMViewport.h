@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/scenegraph/Device.h"
-#include "platform/scenegraph/Frame.h"
+#include "platform/scenegraph/frames/Frame.h"
 
 namespace lumora
 {

@@ -1,10 +1,10 @@
 // Viewports: clearing and drawing.
-#include "platform/automation/Faults.h"
-#include "platform/scenegraph/Checks.h"
-#include "platform/scenegraph/DrawList.h"
-#include "platform/scenegraph/MeshBuilder.h"
+#include "base/Faults.h"
 #include "platform/scenegraph/RMViewport.h"
-#include "platform/scenegraph/Rotation.h"
+#include "platform/scenegraph/drawing/DrawList.h"
+#include "platform/scenegraph/frames/Checks.h"
+#include "platform/scenegraph/frames/Rotation.h"
+#include "platform/scenegraph/mesh/MeshBuilder.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 #include "platform/scenegraph/RetainedMode.h"
 
-#include "platform/automation/Faults.h"
-#include "platform/scenegraph/Checks.h"
-#include "platform/scenegraph/Rotation.h"
+#include "base/Faults.h"
+#include "platform/scenegraph/frames/Checks.h"
+#include "platform/scenegraph/frames/Rotation.h"
 
 namespace lumora
 {

@@ -3,11 +3,11 @@
 
 #include "platform/directdraw/DirectDraw.h"
 #include "platform/drivers/DriverList.h"
-#include "platform/scenegraph/Animation.h"
 #include "platform/scenegraph/Device.h"
-#include "platform/scenegraph/Frame.h"
-#include "platform/scenegraph/MeshBuilder.h"
 #include "platform/scenegraph/RMViewport.h"
+#include "platform/scenegraph/frames/Animation.h"
+#include "platform/scenegraph/frames/Frame.h"
+#include "platform/scenegraph/mesh/MeshBuilder.h"
 
 namespace lumora
 {

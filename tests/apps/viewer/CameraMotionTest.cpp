@@ -1,7 +1,7 @@
 // How far a held key takes the camera from one picture to the next.
 #include "lumora-viewer/CameraMotion.h"
 
-#include "platform/qt/QtSession.h"
+#include "hosts/qt/QtSession.h"
 
 namespace lumora::viewer
 {

@@ -1,8 +1,8 @@
 // A viewer with settings of its own, in a folder with models.
 #pragma once
 
+#include "hosts/qt/QtSession.h"
 #include "lumora-viewer/MainWindow.h"
-#include "platform/qt/QtSession.h"
 #include "support/TemporaryFolder.h"
 
 #include <QLabel>

@@ -1,6 +1,6 @@
 // Which pixels a primitive covers: fill rule, clipping, culling, depth, scissor, lines and points.
+#include "base/RuntimeError.h"
 #include "fuzz/StrangeDrawing.h"
-#include "platform/automation/RuntimeError.h"
 #include "platform/drivers/DriversUnderTest.h"
 #include "platform/drivers/TestCanvas.h"
 #include "platform/drivers/TestMeshes.h"

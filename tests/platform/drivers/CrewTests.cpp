@@ -1,4 +1,4 @@
-#include "platform/drivers/Crew.h"
+#include "parallel/Crew.h"
 
 #include <atomic>
 #include <chrono>

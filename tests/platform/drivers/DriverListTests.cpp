@@ -1,8 +1,8 @@
 // How drivers are found by position and by identifier.
+#include "hosts/headless/Errors.h"
 #include "platform/drivers/DriverList.h"
-#include "platform/drivers/StandardDrivers.h"
 #include "platform/drivers/reference/ReferenceDriver.h"
-#include "platform/hosts/Errors.h"
+#include "platform/drivers/standard/StandardDrivers.h"
 
 #include <cstdio>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 // The RGB driver keeps to the memory that its formula allows, and says what it has.
-#include "platform/automation/RuntimeError.h"
-#include "platform/drivers/Crew.h"
+#include "base/RuntimeError.h"
+#include "parallel/Crew.h"
 #include "platform/drivers/TestCanvas.h"
 #include "platform/drivers/TestMeshes.h"
 #include "platform/drivers/rgb/RgbDriver.h"

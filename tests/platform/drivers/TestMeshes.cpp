@@ -1,7 +1,7 @@
 // Meshes and textures made by hand, for tests of drivers.
 #include "platform/drivers/TestMeshes.h"
 
-#include "platform/math/Matrix.h"
+#include "base/Matrix.h"
 
 #include <algorithm>
 #include <array>

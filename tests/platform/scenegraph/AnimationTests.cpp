@@ -1,6 +1,6 @@
 // Positions over time.
-#include "platform/scenegraph/Animation.h"
 #include "platform/scenegraph/SceneDoubles.h"
+#include "platform/scenegraph/frames/Animation.h"
 
 namespace lumora
 {

@@ -1,6 +1,6 @@
 // Frames: hierarchy, places relative to other frames, looking at things.
-#include "platform/scenegraph/Frame.h"
 #include "platform/scenegraph/SceneDoubles.h"
+#include "platform/scenegraph/frames/Frame.h"
 
 #include <cmath>
 #include <numbers>

@@ -1,6 +1,6 @@
 // Rays through one mesh: every way of searching against the plain loop, and that loop against geometry.
-#include "platform/scenegraph/Frame.h"
-#include "platform/scenegraph/rays/MeshRays.h"
+#include "platform/scenegraph/bvh/MeshRays.h"
+#include "platform/scenegraph/frames/Frame.h"
 
 #include <gtest/gtest.h>
 #include <random>

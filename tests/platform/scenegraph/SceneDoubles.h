@@ -1,10 +1,10 @@
 // A driver that only remembers what it was told, and meshes to show it.
 #pragma once
 
-#include "platform/automation/RuntimeError.h"
+#include "base/RuntimeError.h"
 #include "platform/drivers/Driver.h"
-#include "platform/scenegraph/MeshBuilder.h"
 #include "platform/scenegraph/RMViewport.h"
+#include "platform/scenegraph/mesh/MeshBuilder.h"
 
 #include <gtest/gtest.h>
 #include <optional>

@@ -1,5 +1,5 @@
 // Devices and viewports: the projection, what is handed to the driver, and picking through pixels.
-#include "platform/automation/Faults.h"
+#include "base/Faults.h"
 #include "platform/scenegraph/SceneDoubles.h"
 
 namespace lumora

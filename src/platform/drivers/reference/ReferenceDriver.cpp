@@ -1,7 +1,7 @@
 // Runs the stages for every primitive, one after the other, and keeps the translucent triangles that wait.
 #include "platform/drivers/reference/ReferenceDriver.h"
 
-#include "platform/automation/RuntimeError.h"
+#include "base/RuntimeError.h"
 #include "platform/drivers/reference/Clipping.h"
 #include "platform/drivers/reference/MeshStage.h"
 #include "platform/drivers/reference/Output.h"

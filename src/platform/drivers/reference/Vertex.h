@@ -1,7 +1,7 @@
 // What the stages of the reference driver hand on to each other.
 #pragma once
 
-#include "platform/math/Matrix.h"
+#include "base/Matrix.h"
 
 namespace lumora::reference
 {

@@ -1,5 +1,5 @@
 // The kernels once for each instruction set that Highway compiles for; the processor decides at run time.
-#include "platform/drivers/HighwayLevels.h"
+#include "parallel/HighwayLevels.h"
 #include "platform/drivers/rgb/KernelSets.h"
 #include "platform/drivers/rgb/LineSteps.h"
 #include "platform/drivers/rgb/MeshFacts.h"

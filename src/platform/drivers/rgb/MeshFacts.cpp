@@ -1,7 +1,7 @@
 #include "platform/drivers/rgb/MeshFacts.h"
 
+#include "base/Matrix.h"
 #include "platform/drivers/rgb/Textures.h"
-#include "platform/math/Matrix.h"
 
 #include <algorithm>
 #include <cmath>

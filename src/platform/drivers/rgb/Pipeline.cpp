@@ -1,6 +1,6 @@
 #include "platform/drivers/rgb/Pipeline.h"
 
-#include "platform/automation/RuntimeError.h"
+#include "base/RuntimeError.h"
 #include "platform/drivers/rgb/KernelSets.h"
 #include "platform/drivers/rgb/Setup.h"
 

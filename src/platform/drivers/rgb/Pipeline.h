@@ -1,7 +1,7 @@
 // What was recorded, and the stages that draw it.
 #pragma once
 
-#include "platform/drivers/Crew.h"
+#include "parallel/Crew.h"
 #include "platform/drivers/rgb/Frame.h"
 #include "platform/drivers/rgb/Memory.h"
 #include "platform/drivers/rgb/MeshFacts.h"

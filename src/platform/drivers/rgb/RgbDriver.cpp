@@ -1,7 +1,7 @@
 // Records what is drawn and, when a picture is asked for, sends it through the stages.
 #include "platform/drivers/rgb/RgbDriver.h"
 
-#include "platform/automation/RuntimeError.h"
+#include "base/RuntimeError.h"
 #include "platform/drivers/rgb/Pipeline.h"
 
 #include <algorithm>

@@ -3,8 +3,8 @@
 // Pictures are the same to the byte for any number of threads and any level of vector instructions.
 #pragma once
 
+#include "parallel/SimdLevel.h"
 #include "platform/drivers/Driver.h"
-#include "platform/drivers/SimdLevel.h"
 
 #include <memory>
 #include <vector>

@@ -1,8 +1,8 @@
 // Which way round triangles are seen, exact enough for lines and points: their edges must not come and go.
 #pragma once
 
+#include "base/Matrix.h"
 #include "platform/drivers/rgb/Frame.h"
-#include "platform/math/Matrix.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,0 +1,108 @@
+// The visuals at and below a root in a tree by where they stand in the world, kept up with what moves.
+#pragma once
+
+#include "platform/scenegraph/bvh/BoxTree.h"
+#include "platform/scenegraph/mesh/MeshBuilder.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace lumora
+{
+class Frame;
+class ScenePick;
+} // namespace lumora
+
+namespace lumora::rays
+{
+
+/// Made for a root when it is first picked in, and told by frames and meshes of every change. A change costs a note;
+/// the next pick takes the notes up: boxes of what moved are fitted into the tree where they are, and the tree is built
+/// anew when much changed or once as many changes as there are visuals have worn it. About 300 bytes for each visual.
+///
+/// Who changes a frame or a mesh says so before (BeforeChange), so that unfinished picks answer for the scene they
+/// were cast into.
+class SceneIndex
+{
+public:
+    static constexpr std::uint32_t None = 0xFFFFFFFF;
+
+    /// One mesh in one frame. Links lead to entries.
+    struct Entry
+    {
+        Frame* frame = nullptr; ///< nothing where the entry is free
+        MeshBuilder* mesh = nullptr;
+        Matrix4 toLocal;    ///< from the world to the mesh
+        DoubleBox worldBox; ///< empty where nothing can be hit
+        std::uint64_t order = 0;
+        std::uint32_t nextOfFrame = None;
+        std::uint32_t nextOfMesh = None;
+        std::uint32_t previousOfMesh = None;
+        std::uint32_t node = None; ///< place in the tree
+        std::uint32_t lane = 0;
+        bool isStale = false;
+    };
+
+    explicit SceneIndex(Frame& root);
+    ~SceneIndex();
+    SceneIndex(const SceneIndex&) = delete;
+    SceneIndex& operator=(const SceneIndex&) = delete;
+
+    // Told by frames and meshes.
+
+    /// Finishes the picks that are under way.
+    void BeforeChange();
+    void HasMoved(Frame& frame) { MarkStale(frame); }
+    void HasChanged(std::uint32_t firstEntry);
+    void HasGained(Frame& top);
+    void LosesFrames(Frame& top);
+    void HasGained(Frame& frame, const std::shared_ptr<Visual>& visual);
+    void Loses(Frame& frame, const std::shared_ptr<Visual>& visual);
+
+    // For picks.
+
+    /// Takes up all changes.
+    void Refresh();
+    const BoxTree& Tree() const { return tree_; }
+
+    /// Nodes to begin at.
+    const std::vector<Reference>& Roots() const { return roots_; }
+    const Entry& operator[](std::uint32_t entry) const { return entries_[entry]; }
+
+    /// Whether the first entry comes before the other one when the scene is walked.
+    bool ComesBefore(std::uint32_t entry, std::uint32_t other);
+
+    void Open(ScenePick& pick) { openPicks_.push_back(&pick); }
+    void Close(ScenePick& pick) { std::erase(openPicks_, &pick); }
+
+private:
+    void AddEntry(Frame& frame, MeshBuilder& mesh);
+    void RemoveEntry(std::uint32_t entry);
+    void LinkToMesh(std::uint32_t entry);
+    void UnlinkFromMesh(std::uint32_t entry);
+    void MarkStale(Frame& frame);
+    void MarkStale(std::uint32_t entry);
+    void Measure(Entry& entry);
+    bool MustRebuild(const std::vector<std::uint32_t>& changed) const;
+    void Rebuild();
+    void Place(std::uint32_t entry);
+    void FindLooseLane(std::uint32_t entry);
+    void StoreBox(const Entry& entry);
+    void FitAbove(std::uint32_t node);
+    void Number();
+    bool IsLast(const Frame& frame) const;
+
+    Frame& root_;
+    std::vector<Entry> entries_;
+    std::vector<std::uint32_t> free_;
+    std::vector<std::uint32_t> stale_;
+    std::vector<ScenePick*> openPicks_;
+    BoxTree tree_;
+    std::vector<Reference> roots_;
+    std::size_t builtNodes_ = 0; ///< the others hold what came since, side by side
+    std::size_t wear_ = 0;       ///< changes since the tree was built
+    std::uint64_t lastOrder_ = 0;
+    bool isOrderStale_ = false;
+};
+
+} // namespace lumora::rays
