@@ -177,7 +177,7 @@ void RMViewport::Render(const std::shared_ptr<Frame>& frame)
 
     PassState pass = MakePass(*worldToCamera);
     const auto root = frame->Root();
-    DrawList& scene = root->Drawn();
+    DrawList& scene = DrawList::Of(*root);
     std::vector<LightState> lights; // taken away while in use: what is called on the way might draw, too
     std::swap(lights, lights_);
     CollectLights(scene, pass.viewDirection, lights);

@@ -8,6 +8,7 @@
 #include "platform/scenegraph/frames/Animation.h"
 #include "platform/scenegraph/frames/Frame.h"
 #include "platform/scenegraph/mesh/MeshBuilder.h"
+#include "platform/scenegraph/picking/PickedArray.h"
 
 namespace lumora
 {

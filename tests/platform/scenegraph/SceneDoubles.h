@@ -5,6 +5,7 @@
 #include "platform/drivers/Driver.h"
 #include "platform/scenegraph/RMViewport.h"
 #include "platform/scenegraph/mesh/MeshBuilder.h"
+#include "platform/scenegraph/picking/PickedArray.h"
 
 #include <gtest/gtest.h>
 #include <optional>

@@ -16,6 +16,12 @@ namespace
 // Frames that are looked at to find out whether something comes last, before building anew is cheaper.
 constexpr int SearchBudget = 64;
 
+// The first of a frame's entries.
+std::uint32_t FirstOf(const Frame& frame)
+{
+    return frame.Slot(ListenerKind::Drawing).firstEntry;
+}
+
 // Whether all corners of the box lie beyond one and the same plane of the view.
 bool IsOutside(const Box& box, const Matrix4& toClip)
 {
@@ -94,14 +100,23 @@ private:
     bool isDone_ = false;
 };
 
+DrawList& DrawList::Of(Frame& frame)
+{
+    Frame& root = frame.RootFrame();
+    auto& own = root.OwnListener(ListenerKind::Drawing);
+    if (!own)
+        own = std::make_unique<DrawList>(root);
+    return static_cast<DrawList&>(*own);
+}
+
 DrawList::DrawList(Frame& root) : root_(root)
 {
-    HasGained(root);
+    OnFramesAdded(root);
 }
 
 DrawList::~DrawList()
 {
-    LosesFrames(root_);
+    OnFramesRemoved(root_);
     RequireRebuild();
 }
 
@@ -136,28 +151,27 @@ void DrawList::RequireRebuild() noexcept
     for (Mesh& mesh : meshes_)
     {
         if (mesh.builder != nullptr)
-            mesh.builder->LeaveDrawList(*this);
+            mesh.builder->RemoveListener(*this);
         mesh.builder = nullptr;
     }
 }
 
-void DrawList::HasMoved(const Frame& frame) noexcept
+void DrawList::OnMoved(Frame& frame) noexcept
 {
     if (mustRebuild_)
         return;
-    for (std::uint32_t place = frame.firstDrawn_; place != None; place = entries_[place].nextOfFrame)
+    for (std::uint32_t place = FirstOf(frame); place != None; place = entries_[place].nextOfFrame)
         MarkStale(place);
 }
 
-void DrawList::HasGained(Frame& top)
+void DrawList::OnFramesAdded(Frame& top)
 {
     bool hasVisuals = false;
     const auto take = [&](Frame& frame)
     {
-        frame.drawList_ = this;
-        frame.firstDrawn_ = None;
-        hasVisuals = hasVisuals || !frame.visuals_.empty();
-        areLightsStale_ = areLightsStale_ || !frame.lights_.empty();
+        frame.Slot(ListenerKind::Drawing) = {this, None};
+        hasVisuals = hasVisuals || !frame.Visuals().empty();
+        areLightsStale_ = areLightsStale_ || !frame.Lights().empty();
     };
     VisitFrames(top, take);
     if (mustRebuild_ || !hasVisuals)
@@ -167,7 +181,7 @@ void DrawList::HasGained(Frame& top)
         return;
     const auto add = [&](Frame& frame)
     {
-        for (const auto& visual : frame.visuals_)
+        for (const auto& visual : frame.Visuals())
             if (MeshBuilder* mesh = MeshOf(visual); mesh != nullptr)
                 AddLast(frame, *mesh);
     };
@@ -175,25 +189,24 @@ void DrawList::HasGained(Frame& top)
     adding.IsDone();
 }
 
-void DrawList::LosesFrames(Frame& top)
+void DrawList::OnFramesRemoved(Frame& top)
 {
     const auto leave = [&](Frame& frame)
     {
         if (!mustRebuild_)
-            for (std::uint32_t place = frame.firstDrawn_; place != None; place = entries_[place].nextOfFrame)
+            for (std::uint32_t place = FirstOf(frame); place != None; place = entries_[place].nextOfFrame)
             {
                 Vacate(place);
                 entries_[place].frame = nullptr;
             }
-        frame.drawList_ = nullptr;
-        frame.firstDrawn_ = None;
-        areLightsStale_ = areLightsStale_ || !frame.lights_.empty();
+        frame.Slot(ListenerKind::Drawing) = {};
+        areLightsStale_ = areLightsStale_ || !frame.Lights().empty();
     };
     VisitFrames(top, leave);
     RebuildWhereWorn();
 }
 
-void DrawList::HasGained(Frame& frame, const std::shared_ptr<Visual>& visual)
+void DrawList::OnVisualAdded(Frame& frame, const std::shared_ptr<Visual>& visual)
 {
     MeshBuilder* mesh = MeshOf(visual);
     if (mesh == nullptr || mustRebuild_)
@@ -202,7 +215,7 @@ void DrawList::HasGained(Frame& frame, const std::shared_ptr<Visual>& visual)
     if (TakeVacant(frame, *mesh))
         return adding.IsDone();
     int budget = SearchBudget;
-    for (const auto& child : frame.children_)
+    for (const auto& child : frame.Children())
         if (IsVacantOrTaken(*child, budget))
             return;
     if (!IsLast(frame))
@@ -211,11 +224,11 @@ void DrawList::HasGained(Frame& frame, const std::shared_ptr<Visual>& visual)
     adding.IsDone();
 }
 
-void DrawList::Loses(const Frame& frame, const std::shared_ptr<Visual>& visual)
+void DrawList::OnVisualRemoved(Frame& frame, const std::shared_ptr<Visual>& visual)
 {
     if (mustRebuild_)
         return;
-    for (std::uint32_t place = frame.firstDrawn_; place != None; place = entries_[place].nextOfFrame)
+    for (std::uint32_t place = FirstOf(frame); place != None; place = entries_[place].nextOfFrame)
         if (entries_[place].mesh != None && meshes_[entries_[place].mesh].builder == visual.get())
         {
             Vacate(place);
@@ -230,7 +243,7 @@ void DrawList::Vacate(std::uint32_t place)
         return;
     if (Mesh& mesh = meshes_[entry.mesh]; --mesh.uses == 0)
     {
-        mesh.builder->LeaveDrawList(*this);
+        mesh.builder->RemoveListener(*this);
         const bool isListed = mesh.isChanged;
         mesh = {};
         mesh.isChanged = isListed;
@@ -252,7 +265,7 @@ void DrawList::RebuildWhereWorn() noexcept
 bool DrawList::TakeVacant(const Frame& frame, MeshBuilder& mesh)
 {
     std::uint32_t found = None;
-    for (std::uint32_t place = frame.firstDrawn_; place != None; place = entries_[place].nextOfFrame)
+    for (std::uint32_t place = FirstOf(frame); place != None; place = entries_[place].nextOfFrame)
     {
         if (entries_[place].mesh != None)
             found = None;
@@ -279,7 +292,7 @@ void DrawList::AddLast(Frame& frame, MeshBuilder& mesh)
     stale_.reserve(entries_.capacity());
     if (place % BlockSize == 0)
         blocks_.emplace_back();
-    std::uint32_t* link = &frame.firstDrawn_;
+    std::uint32_t* link = &frame.Slot(ListenerKind::Drawing).firstEntry;
     while (*link != None)
         link = &entries_[*link].nextOfFrame;
     *link = place;
@@ -301,11 +314,11 @@ std::uint32_t DrawList::FreeSlot()
 
 std::uint32_t DrawList::PlaceOfMesh(MeshBuilder& mesh)
 {
-    std::uint32_t place = mesh.SlotIn(*this);
+    std::uint32_t place = mesh.EntryIn(*this);
     if (place == None)
     {
         place = FreeSlot();
-        mesh.drawn_.push_back({this, place});
+        mesh.RecordOf(*this).entry = place;
         freeMeshes_.pop_back();
         Mesh& entry = meshes_[place];
         entry.builder = &mesh;
@@ -326,10 +339,10 @@ bool DrawList::IsVacantOrTaken(const Frame& top, int& budget)
     {
         const Frame& frame = *waiting.back();
         waiting.pop_back();
-        budget -= 1 + static_cast<int>(std::min<std::size_t>(frame.children_.size(), SearchBudget));
-        if (frame.firstDrawn_ != None || budget < 0)
+        budget -= 1 + static_cast<int>(std::min<std::size_t>(frame.Children().size(), SearchBudget));
+        if (FirstOf(frame) != None || budget < 0)
             return true;
-        for (const auto& child : frame.children_)
+        for (const auto& child : frame.Children())
             waiting.push_back(child.get());
     }
     return false;
@@ -339,9 +352,9 @@ bool DrawList::IsVacantOrTaken(const Frame& top, int& budget)
 bool DrawList::IsLast(const Frame& frame) const
 {
     int budget = SearchBudget;
-    for (const Frame* below = &frame; below != &root_; below = below->parent_)
+    for (const Frame* below = &frame; below != &root_; below = below->Above())
     {
-        const auto& siblings = below->parent_->children_;
+        const auto& siblings = below->Above()->Children();
         for (auto after = siblings.rbegin(); after->get() != below; ++after)
             if (IsVacantOrTaken(**after, budget))
                 return false;
@@ -366,8 +379,8 @@ void DrawList::Rebuild()
     vacant_ = 0;
     const auto add = [&](Frame& frame)
     {
-        frame.firstDrawn_ = None;
-        for (const auto& visual : frame.visuals_)
+        frame.Slot(ListenerKind::Drawing).firstEntry = None;
+        for (const auto& visual : frame.Visuals())
             if (MeshBuilder* mesh = MeshOf(visual); mesh != nullptr)
                 AddLast(frame, *mesh);
     };
@@ -526,7 +539,7 @@ const std::vector<Frame*>& DrawList::FramesWithLights()
     framesWithLights_.clear();
     const auto collect = [&](Frame& frame)
     {
-        if (!frame.lights_.empty())
+        if (!frame.Lights().empty())
             framesWithLights_.push_back(&frame);
     };
     VisitFrames(root_, collect);
@@ -566,9 +579,9 @@ DrawList::Stretch DrawList::StretchOf(const Frame& top) const
         std::size_t rest; // children not yet looked at
     };
     std::vector<const Frame*> forth{&top};
-    while (!forth.empty() && forth.back()->firstDrawn_ == None)
+    while (!forth.empty() && FirstOf(*forth.back()) == None)
     {
-        const auto& children = forth.back()->children_;
+        const auto& children = forth.back()->Children();
         forth.pop_back();
         for (auto child = children.rbegin(); child != children.rend(); ++child)
             forth.push_back(child->get());
@@ -576,21 +589,21 @@ DrawList::Stretch DrawList::StretchOf(const Frame& top) const
     if (forth.empty())
         return {0, 0};
     // The frames of the same walk from its end: children before their parent, the last one first.
-    std::vector<Step> back{{&top, top.children_.size()}};
-    while (back.back().rest != 0 || back.back().frame->firstDrawn_ == None)
+    std::vector<Step> back{{&top, top.Children().size()}};
+    while (back.back().rest != 0 || FirstOf(*back.back().frame) == None)
     {
         if (back.back().rest == 0)
         {
             back.pop_back();
             continue;
         }
-        const Frame* child = back.back().frame->children_[--back.back().rest].get();
-        back.push_back({child, child->children_.size()});
+        const Frame* child = back.back().frame->Children()[--back.back().rest].get();
+        back.push_back({child, child->Children().size()});
     }
-    std::uint32_t last = back.back().frame->firstDrawn_;
+    std::uint32_t last = FirstOf(*back.back().frame);
     while (entries_[last].nextOfFrame != None)
         last = entries_[last].nextOfFrame;
-    return {forth.back()->firstDrawn_, last + 1};
+    return {FirstOf(*forth.back()), last + 1};
 }
 
 const std::vector<std::uint32_t>& DrawList::FindSeen(Frame& top, const Matrix4& worldToClip)

@@ -2,6 +2,7 @@
 // what changes.
 #pragma once
 
+#include "platform/scenegraph/frames/HierarchyListener.h"
 #include "platform/scenegraph/mesh/MeshBuilder.h"
 
 #include <cstdint>
@@ -11,37 +12,33 @@
 namespace lumora
 {
 
-class Frame;
-
-/// Made for a root when it is first drawn, and told by frames and by the meshes it holds of every change, which costs a
-/// note; the next picture takes the notes up. Materials, which threads may share, are only read: their revisions are
-/// compared at each picture. Meshes that it does not hold are any other thread's to build and edit.
-/// What did not change is not looked at again, and what stands side by side out of view is passed
-/// over 64 visuals at a time. A visual that comes in the middle has the list built anew; one that comes last does not.
-/// About 180 bytes for each visual and 130 for each mesh.
-class DrawList
+/// Made for a root when it is first drawn, and notified by frames and by the meshes it holds of every change, which
+/// costs a note; the next picture takes the notes up. Materials, which threads may share, are only read: their
+/// revisions are compared at each picture. Meshes that it does not hold are any other thread's to build and edit. What
+/// did not change is not looked at again, and what stands side by side out of view is passed over 64 visuals at a time.
+/// A visual that comes in the middle has the list built anew; one that comes last does not. About 180 bytes for each
+/// visual and 130 for each mesh.
+class DrawList final : public HierarchyListener, public MeshListener
 {
 public:
-    static constexpr std::uint32_t None = 0xFFFFFFFF;
+    static constexpr std::uint32_t None = ListenerSlot::NoEntry;
+
+    /// The list of the frame's root, made at need.
+    static DrawList& Of(Frame& frame);
 
     explicit DrawList(Frame& root);
-    ~DrawList();
+    ~DrawList() override;
     DrawList(const DrawList&) = delete;
     DrawList& operator=(const DrawList&) = delete;
 
-    // Told by frames.
+    void OnMoved(Frame& frame) noexcept override;
+    void OnFramesAdded(Frame& top) override;
+    void OnFramesRemoved(Frame& top) override;
+    void OnVisualAdded(Frame& frame, const std::shared_ptr<Visual>& visual) override;
+    void OnVisualRemoved(Frame& frame, const std::shared_ptr<Visual>& visual) override;
+    void OnLightsChanged() override { areLightsStale_ = true; }
 
-    void HasMoved(const Frame& frame) noexcept;
-    void HasGained(Frame& top);
-    void LosesFrames(Frame& top);
-    void HasGained(Frame& frame, const std::shared_ptr<Visual>& visual);
-    void Loses(const Frame& frame, const std::shared_ptr<Visual>& visual);
-    void LightsChange() { areLightsStale_ = true; }
-
-    // Told by meshes.
-
-    /// The mesh in a slot has another shape, appearance or quality.
-    void OnMeshChanged(std::uint32_t slot) noexcept;
+    void OnMeshChanged(std::uint32_t slot) noexcept override;
 
     // For drawing.
 

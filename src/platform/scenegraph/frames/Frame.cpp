@@ -2,9 +2,7 @@
 #include "platform/scenegraph/frames/Frame.h"
 
 #include "base/Faults.h"
-#include "platform/scenegraph/drawing/DrawList.h"
 #include "platform/scenegraph/frames/Checks.h"
-#include "platform/scenegraph/picking/SceneIndex.h"
 
 #include <algorithm>
 
@@ -36,6 +34,15 @@ void Remove(std::vector<std::shared_ptr<T>>& list, const std::shared_ptr<T>& obj
     list.erase(place);
 }
 
+// Calls `notify` with each listener that has slots in the frame.
+template<typename Notify>
+void ForEachListener(Frame& frame, Notify&& notify)
+{
+    for (const ListenerKind kind : ListenerKinds)
+        if (HierarchyListener* listener = frame.Slot(kind).listener; listener != nullptr)
+            notify(*listener);
+}
+
 } // namespace
 
 Frame::Frame() = default;
@@ -52,8 +59,7 @@ std::shared_ptr<Frame> Frame::Make(const std::shared_ptr<Frame>& parent)
 // still holds become roots.
 Frame::~Frame()
 {
-    ownIndex_.reset();
-    ownDrawList_.reset();
+    DropOwnListeners();
     std::vector<std::shared_ptr<Frame>> leaving = std::move(children_);
     for (const auto& child : leaving)
         child->parent_ = nullptr;
@@ -103,12 +109,8 @@ void Frame::Attach(const std::shared_ptr<Frame>& child)
     const std::shared_ptr<Frame> kept = child; // the caller's reference may be the old parent's own
     BeforeChange();
     kept->BeforeChange();
-    kept->ownIndex_.reset(); // a root's; it is none any more
-    kept->ownDrawList_.reset();
-    if (kept->index_ != nullptr)
-        kept->index_->LosesFrames(*kept);
-    if (kept->drawList_ != nullptr)
-        kept->drawList_->LosesFrames(*kept);
+    kept->DropOwnListeners(); // a root's; it is none any more
+    ForEachListener(*kept, [&](HierarchyListener& listener) { listener.OnFramesRemoved(*kept); });
     children_.push_back(kept);
     if (Frame* old = kept->parent_; old != nullptr)
     {
@@ -119,10 +121,7 @@ void Frame::Attach(const std::shared_ptr<Frame>& child)
     }
     kept->parent_ = this;
     kept->InvalidateWorld();
-    if (index_ != nullptr)
-        index_->HasGained(*kept);
-    if (drawList_ != nullptr)
-        drawList_->HasGained(*kept);
+    ForEachListener(*this, [&](HierarchyListener& listener) { listener.OnFramesAdded(*kept); });
 }
 
 void Frame::DeleteChild(const std::shared_ptr<Frame>& child)
@@ -131,10 +130,7 @@ void Frame::DeleteChild(const std::shared_ptr<Frame>& child)
     const std::shared_ptr<Frame> kept = child;
     BeforeChange();
     Remove(children_, kept, "The child");
-    if (index_ != nullptr)
-        index_->LosesFrames(*kept);
-    if (drawList_ != nullptr)
-        drawList_->LosesFrames(*kept);
+    ForEachListener(*this, [&](HierarchyListener& listener) { listener.OnFramesRemoved(*kept); });
     kept->parent_ = nullptr;
     kept->InvalidateWorld();
 }
@@ -143,12 +139,8 @@ void Frame::AddVisual(const std::shared_ptr<Visual>& visual)
 {
     faults::Point("Frame.AddVisual");
     BeforeChange();
-    if (!AddOnce(visuals_, visual, "The visual"))
-        return;
-    if (index_ != nullptr)
-        index_->HasGained(*this, visual);
-    if (drawList_ != nullptr)
-        drawList_->HasGained(*this, visual);
+    if (AddOnce(visuals_, visual, "The visual"))
+        ForEachListener(*this, [&](HierarchyListener& listener) { listener.OnVisualAdded(*this, visual); });
 }
 
 void Frame::DeleteVisual(const std::shared_ptr<Visual>& visual)
@@ -157,50 +149,47 @@ void Frame::DeleteVisual(const std::shared_ptr<Visual>& visual)
     const std::shared_ptr<Visual> kept = visual;
     BeforeChange();
     Remove(visuals_, kept, "The visual");
-    if (index_ != nullptr)
-        index_->Loses(*this, kept);
-    if (drawList_ != nullptr)
-        drawList_->Loses(*this, kept);
+    ForEachListener(*this, [&](HierarchyListener& listener) { listener.OnVisualRemoved(*this, kept); });
 }
 
 void Frame::AddLight(const std::shared_ptr<Light>& light)
 {
     faults::Point("Frame.AddLight");
     AddOnce(lights_, light, "The light");
-    if (drawList_ != nullptr)
-        drawList_->LightsChange();
+    ForEachListener(*this, [](HierarchyListener& listener) { listener.OnLightsChanged(); });
 }
 
 void Frame::DeleteLight(const std::shared_ptr<Light>& light)
 {
     faults::Point("Frame.DeleteLight");
     Remove(lights_, light, "The light");
-    if (drawList_ != nullptr)
-        drawList_->LightsChange();
+    ForEachListener(*this, [](HierarchyListener& listener) { listener.OnLightsChanged(); });
 }
 
 // Before the scene changes in any way that picks would notice.
 void Frame::BeforeChange()
 {
-    if (index_ != nullptr)
-        index_->BeforeChange();
+    ForEachListener(*this, [](HierarchyListener& listener) { listener.BeforeChange(); });
 }
 
-// Frames whose world transform is known to be out of date are so in the index and in the list, too.
-void Frame::HasMoved()
+void Frame::DropOwnListeners()
+{
+    for (auto& listener : ownListeners_)
+        listener.reset();
+}
+
+// Frames whose world transform is known to be out of date are so for their listeners, too.
+void Frame::OnMoved()
 {
     worldIsCurrent_ = false;
-    if (index_ != nullptr)
-        index_->HasMoved(*this);
-    if (drawList_ != nullptr)
-        drawList_->HasMoved(*this);
+    ForEachListener(*this, [&](HierarchyListener& listener) { listener.OnMoved(*this); });
 }
 
 void Frame::InvalidateWorld()
 {
     if (!worldIsCurrent_)
         return;
-    HasMoved();
+    OnMoved();
     if (children_.empty())
         return;
     std::vector<Frame*> waiting{this};
@@ -212,18 +201,10 @@ void Frame::InvalidateWorld()
         {
             if (!child->worldIsCurrent_)
                 continue;
-            child->HasMoved();
+            child->OnMoved();
             waiting.push_back(child.get());
         }
     }
-}
-
-DrawList& Frame::Drawn()
-{
-    Frame& root = RootFrame();
-    if (!root.ownDrawList_)
-        root.ownDrawList_ = std::make_unique<DrawList>(root);
-    return *root.ownDrawList_;
 }
 
 const Matrix4& Frame::WorldTransform()

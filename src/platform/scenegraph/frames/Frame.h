@@ -3,22 +3,20 @@
 
 #include "base/Matrix.h"
 #include "platform/scenegraph/frames/Color.h"
+#include "platform/scenegraph/frames/HierarchyListener.h"
 #include "platform/scenegraph/frames/Light.h"
 #include "platform/scenegraph/frames/SceneObject.h"
-#include "platform/scenegraph/picking/PickedArray.h"
 
+#include <array>
 #include <memory>
 #include <vector>
 
 namespace lumora
 {
 
-class DrawList;
-
-namespace rays
-{
-class SceneIndex;
-} // namespace rays
+class PickedArray;
+struct Ray;
+enum class RayPickFlags : std::uint32_t;
 
 /// Where a frame looks, as unit vectors in a reference frame's coordinates.
 struct Orientation
@@ -161,25 +159,32 @@ public:
     /// The box around all visuals at and below this frame, in `reference`'s coordinates.
     Box Bounds(const std::shared_ptr<Frame>& reference);
 
-    /// What picks search, of this frame's root; made at need. For use within this library.
-    rays::SceneIndex& Index();
+    // For use within this library: who follows this hierarchy.
 
-    /// What pictures show, of this frame's root; made at need. For use within this library.
-    DrawList& Drawn();
+    /// The frame at the top.
+    Frame& RootFrame();
+
+    /// This frame's place with its root's listener.
+    ListenerSlot& Slot(ListenerKind kind) { return slots_[static_cast<std::size_t>(kind)]; }
+    const ListenerSlot& Slot(ListenerKind kind) const { return slots_[static_cast<std::size_t>(kind)]; }
+
+    /// The listener that this root owns, or nothing. It takes its slots when it is made.
+    std::unique_ptr<HierarchyListener>& OwnListener(ListenerKind kind)
+    {
+        return ownListeners_[static_cast<std::size_t>(kind)];
+    }
 
 private:
-    friend class rays::SceneIndex;
-    friend class DrawList;
     Frame();
-    Frame& RootFrame();
     SceneSettings& RootSettings();
     void Attach(const std::shared_ptr<Frame>& child);
     void BeforeChange();
+    void DropOwnListeners();
     void SetLocal(const Matrix4& local);
     void SetAxes(Frame* space, Double3 direction, Double3 up);
     void Combine(CombineType combine, const Matrix4& matrix);
     void InvalidateWorld();
-    void HasMoved();
+    void OnMoved();
 
     // A space is a frame, or no frame for the world in which the roots stand.
     Frame* SpaceOf(const std::shared_ptr<Frame>& reference);
@@ -194,15 +199,8 @@ private:
     bool worldIsCurrent_ = true;              // false for everything below a frame for which it is false
     std::unique_ptr<SceneSettings> settings_; // only roots have used ones
 
-    // Picking.
-    std::unique_ptr<rays::SceneIndex> ownIndex_; // of a root that was picked in
-    rays::SceneIndex* index_ = nullptr;          // the one this frame is in
-    std::uint32_t firstEntry_ = 0xFFFFFFFF;      // of this frame in the index
-
-    // Drawing.
-    std::unique_ptr<DrawList> ownDrawList_; // of a root that was drawn
-    DrawList* drawList_ = nullptr;          // the one this frame is in
-    std::uint32_t firstDrawn_ = 0xFFFFFFFF; // of this frame in the list
+    std::array<std::unique_ptr<HierarchyListener>, std::size(ListenerKinds)> ownListeners_; // of a root
+    std::array<ListenerSlot, std::size(ListenerKinds)> slots_;
 };
 
 } // namespace lumora

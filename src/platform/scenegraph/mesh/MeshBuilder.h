@@ -54,10 +54,22 @@ enum class Obstacle : std::int32_t
 class DrawList;
 class MeshBuilder;
 
-namespace rays
+/// Who follows a mesh: the visible list that draws it, the tree that is searched by picks. `entry` is the listener's
+/// own.
+class MeshListener
 {
-class SceneIndex;
-} // namespace rays
+public:
+    virtual ~MeshListener() = default;
+
+    /// Before anything changes that unfinished picks read.
+    virtual void BeforeChange() {}
+
+    /// Before the shape changes: said once until the listener looks at the mesh again.
+    virtual void OnReshaped(std::uint32_t /*entry*/) {}
+
+    /// The shape, the appearance or the quality changed.
+    virtual void OnMeshChanged(std::uint32_t /*entry*/) noexcept {}
+};
 
 /// One polygon: before MeshBuilder::AddFace on its own, afterwards a view of the mesh's face. A view raises RMBadObject
 /// once the mesh is gone or was emptied.
@@ -206,40 +218,37 @@ public:
     /// What finds hits on Compiled(). For use within this library.
     rays::MeshRays& Rays() { return rays_; }
 
+    // For use within this library: who follows this mesh.
+
+    struct Listening
+    {
+        MeshListener* listener;
+        std::uint32_t entry = NoEntry; ///< the listener's own
+        bool isNotified = false;       ///< of another shape, since it looked at the mesh last
+    };
+
+    static constexpr std::uint32_t NoEntry = 0xFFFFFFFF;
+
+    /// The listener's record, made at need.
+    Listening& RecordOf(MeshListener& listener);
+
+    /// Of the listener's record, or NoEntry where there is none.
+    std::uint32_t EntryIn(const MeshListener& listener) const;
+    void RemoveListener(const MeshListener& listener) noexcept;
+
 private:
     friend class Face;
-    friend class rays::SceneIndex;
-    friend class DrawList;
     struct GroupMaterial
     {
         std::shared_ptr<Material> material;
         std::uint64_t revision = 0;
     };
 
-    // A scene's index that this mesh is in.
-    struct Watcher
-    {
-        rays::SceneIndex* index;
-        std::uint32_t firstEntry = 0xFFFFFFFF;
-        bool isInformed = false;
-    };
-
-    // A list that draws this mesh, and under which number.
-    struct Drawn
-    {
-        DrawList* list;
-        std::uint32_t slot;
-    };
-
     MeshBuilder() = default;
     void FinishPicks();
     void BeforeReshaping();
-    void NotifyDrawLists();
-    std::uint32_t SlotIn(const DrawList& list) const;
-    void LeaveDrawList(const DrawList& list) noexcept;
+    void NotifyChanged() noexcept;
     void Changed();
-    Watcher& WatcherOf(rays::SceneIndex& index);
-    void EndWatch(const rays::SceneIndex& index);
     std::shared_ptr<Face> ViewOf(std::size_t face);
     std::size_t RequireFace(std::int32_t index) const;
     void AppendCorner(std::size_t face, Vector position);
@@ -258,8 +267,7 @@ private:
     std::shared_ptr<const DrawMesh> compiled_;
     std::vector<GroupMaterial> groupMaterials_; // of compiled_
     rays::MeshRays rays_;
-    std::vector<Watcher> watchers_;
-    std::vector<Drawn> drawn_;
+    std::vector<Listening> listeners_;
 };
 
 } // namespace lumora

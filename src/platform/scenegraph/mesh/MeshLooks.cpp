@@ -1,10 +1,8 @@
 // Mesh builders: colours, materials, textures, normals and quality; keeping the compiled form.
 #include "base/Faults.h"
-#include "platform/scenegraph/drawing/DrawList.h"
 #include "platform/scenegraph/frames/Checks.h"
 #include "platform/scenegraph/mesh/MeshBuilder.h"
 #include "platform/scenegraph/mesh/MeshNormals.h"
-#include "platform/scenegraph/picking/SceneIndex.h"
 
 #include <algorithm>
 
@@ -247,7 +245,7 @@ void MeshBuilder::SetQuality(std::uint32_t quality)
     if ((quality & quality::FillMask) > quality::FillSolid)
         RaiseBadValue(Source, "There is no such fill mode");
     quality_ = quality;
-    NotifyDrawLists();
+    NotifyChanged();
 }
 
 // Picking.
@@ -269,60 +267,53 @@ void MeshBuilder::SetObstacle(Obstacle obstacle)
 
 void MeshBuilder::FinishPicks()
 {
-    for (std::size_t i = 0; i < watchers_.size(); ++i)
-        watchers_[i].index->BeforeChange();
+    for (std::size_t i = 0; i < listeners_.size(); ++i)
+        listeners_[i].listener->BeforeChange();
 }
 
 // Before vertices or faces change: picks under way are finished, and scenes look at the box again.
 void MeshBuilder::BeforeReshaping()
 {
-    for (std::size_t i = 0; i < watchers_.size(); ++i)
+    for (std::size_t i = 0; i < listeners_.size(); ++i)
     {
-        watchers_[i].index->BeforeChange();
-        if (!watchers_[i].isInformed)
-            watchers_[i].index->HasChanged(watchers_[i].firstEntry);
-        watchers_[i].isInformed = true;
+        listeners_[i].listener->BeforeChange();
+        if (!listeners_[i].isNotified)
+            listeners_[i].listener->OnReshaped(listeners_[i].entry);
+        listeners_[i].isNotified = true;
     }
 }
 
-MeshBuilder::Watcher& MeshBuilder::WatcherOf(rays::SceneIndex& index)
+MeshBuilder::Listening& MeshBuilder::RecordOf(MeshListener& listener)
 {
-    for (Watcher& watcher : watchers_)
-        if (watcher.index == &index)
-            return watcher;
-    watchers_.push_back({&index});
-    return watchers_.back();
+    for (Listening& record : listeners_)
+        if (record.listener == &listener)
+            return record;
+    listeners_.push_back({&listener});
+    return listeners_.back();
 }
 
-void MeshBuilder::EndWatch(const rays::SceneIndex& index)
+std::uint32_t MeshBuilder::EntryIn(const MeshListener& listener) const
 {
-    std::erase_if(watchers_, [&](const Watcher& watcher) { return watcher.index == &index; });
+    const auto found = std::ranges::find(listeners_, &listener, &Listening::listener);
+    return found != listeners_.end() ? found->entry : NoEntry;
 }
 
-// Drawing.
-
-void MeshBuilder::NotifyDrawLists()
+void MeshBuilder::RemoveListener(const MeshListener& listener) noexcept
 {
-    for (const Drawn& drawn : drawn_)
-        drawn.list->OnMeshChanged(drawn.slot);
+    std::erase_if(listeners_, [&](const Listening& record) { return record.listener == &listener; });
 }
 
-std::uint32_t MeshBuilder::SlotIn(const DrawList& list) const
+void MeshBuilder::NotifyChanged() noexcept
 {
-    const auto found = std::ranges::find(drawn_, &list, &Drawn::list);
-    return found != drawn_.end() ? found->slot : DrawList::None;
-}
-
-void MeshBuilder::LeaveDrawList(const DrawList& list) noexcept
-{
-    std::erase_if(drawn_, [&](const Drawn& drawn) { return drawn.list == &list; });
+    for (const Listening& record : listeners_)
+        record.listener->OnMeshChanged(record.entry);
 }
 
 // Compiled form.
 
 void MeshBuilder::Changed()
 {
-    NotifyDrawLists();
+    NotifyChanged();
     compiled_.reset();
     rays_ = rays::MeshRays{};
 }

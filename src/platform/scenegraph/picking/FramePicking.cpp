@@ -70,7 +70,7 @@ private:
 // The search.
 
 ScenePick::ScenePick(std::shared_ptr<Frame> top, const PickQuery& query)
-    : top_(std::move(top)), root_(top_->Root()), index_(&root_->Index()), query_(query)
+    : top_(std::move(top)), root_(top_->Root()), index_(&rays::SceneIndex::Of(*root_)), query_(query)
 {
     index_->Refresh();
     waiting_.reserve(32);
@@ -260,14 +260,6 @@ void ScenePick::Settle()
 }
 
 // Frames.
-
-rays::SceneIndex& Frame::Index()
-{
-    Frame& root = RootFrame();
-    if (!root.ownIndex_)
-        root.ownIndex_ = std::make_unique<rays::SceneIndex>(root);
-    return *root.ownIndex_;
-}
 
 std::shared_ptr<PickedArray> Frame::RayPick(const std::shared_ptr<Frame>& reference, const Ray& ray, RayPickFlags flags)
 {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/scenegraph/frames/Frame.h"
+#include "platform/scenegraph/picking/PickedArray.h"
 #include "platform/scenegraph/picking/SceneIndex.h"
 
 #include <vector>

@@ -62,16 +62,31 @@ ScaledBox Scaled(const DoubleBox& box, double scale)
         {RoundedUp(box.maximum.x * scale), RoundedUp(box.maximum.y * scale), RoundedUp(box.maximum.z * scale)}};
 }
 
+// The first of a frame's entries.
+std::uint32_t& FirstOf(Frame& frame)
+{
+    return frame.Slot(ListenerKind::Picking).firstEntry;
+}
+
 } // namespace
+
+SceneIndex& SceneIndex::Of(Frame& frame)
+{
+    Frame& root = frame.RootFrame();
+    auto& own = root.OwnListener(ListenerKind::Picking);
+    if (!own)
+        own = std::make_unique<SceneIndex>(root);
+    return static_cast<SceneIndex&>(*own);
+}
 
 SceneIndex::SceneIndex(Frame& root) : root_(root)
 {
-    HasGained(root);
+    OnFramesAdded(root);
 }
 
 SceneIndex::~SceneIndex()
 {
-    LosesFrames(root_);
+    OnFramesRemoved(root_);
 }
 
 // Changes.
@@ -82,12 +97,11 @@ void SceneIndex::BeforeChange()
         openPicks_.back()->Settle();
 }
 
-void SceneIndex::HasGained(Frame& top)
+void SceneIndex::OnFramesAdded(Frame& top)
 {
     const auto add = [&](Frame& frame)
     {
-        frame.index_ = this;
-        frame.firstEntry_ = None;
+        frame.Slot(ListenerKind::Picking) = {this, None};
         for (const auto& visual : frame.Visuals())
             if (auto* mesh = dynamic_cast<MeshBuilder*>(visual.get()); mesh != nullptr)
                 AddEntry(frame, *mesh);
@@ -97,33 +111,34 @@ void SceneIndex::HasGained(Frame& top)
     isOrderStale_ = isOrderStale_ || (lastOrder_ != before && !IsLast(top));
 }
 
-void SceneIndex::LosesFrames(Frame& top)
+void SceneIndex::OnFramesRemoved(Frame& top)
 {
     const auto remove = [&](Frame& frame)
     {
-        while (frame.firstEntry_ != None)
+        std::uint32_t& first = FirstOf(frame);
+        while (first != None)
         {
-            const std::uint32_t entry = frame.firstEntry_;
-            frame.firstEntry_ = entries_[entry].nextOfFrame;
+            const std::uint32_t entry = first;
+            first = entries_[entry].nextOfFrame;
             RemoveEntry(entry);
         }
-        frame.index_ = nullptr;
+        frame.Slot(ListenerKind::Picking) = {};
     };
     VisitFrames(top, remove);
 }
 
-void SceneIndex::HasGained(Frame& frame, const std::shared_ptr<Visual>& visual)
+void SceneIndex::OnVisualAdded(Frame& frame, const std::shared_ptr<Visual>& visual)
 {
     auto* mesh = dynamic_cast<MeshBuilder*>(visual.get());
     if (mesh == nullptr)
         return;
     AddEntry(frame, *mesh);
-    isOrderStale_ = isOrderStale_ || !frame.children_.empty() || !IsLast(frame);
+    isOrderStale_ = isOrderStale_ || !frame.Children().empty() || !IsLast(frame);
 }
 
-void SceneIndex::Loses(Frame& frame, const std::shared_ptr<Visual>& visual)
+void SceneIndex::OnVisualRemoved(Frame& frame, const std::shared_ptr<Visual>& visual)
 {
-    for (std::uint32_t* link = &frame.firstEntry_; *link != None; link = &entries_[*link].nextOfFrame)
+    for (std::uint32_t* link = &FirstOf(frame); *link != None; link = &entries_[*link].nextOfFrame)
     {
         if (entries_[*link].mesh != visual.get())
             continue;
@@ -149,7 +164,7 @@ void SceneIndex::AddEntry(Frame& frame, MeshBuilder& mesh)
     entry.mesh = &mesh;
     entry.order = ++lastOrder_;
     // Last in its frame's list, so that the list is in the order of the frame's visuals.
-    std::uint32_t* link = &frame.firstEntry_;
+    std::uint32_t* link = &FirstOf(frame);
     while (*link != None)
         link = &entries_[*link].nextOfFrame;
     *link = id;
@@ -180,7 +195,7 @@ void SceneIndex::RemoveEntry(std::uint32_t id)
 void SceneIndex::LinkToMesh(std::uint32_t id)
 {
     Entry& entry = entries_[id];
-    std::uint32_t& first = entry.mesh->WatcherOf(*this).firstEntry;
+    std::uint32_t& first = entry.mesh->RecordOf(*this).entry;
     entry.nextOfMesh = first;
     if (first != None)
         entries_[first].previousOfMesh = id;
@@ -195,20 +210,20 @@ void SceneIndex::UnlinkFromMesh(std::uint32_t id)
     if (entry.previousOfMesh != None)
         entries_[entry.previousOfMesh].nextOfMesh = entry.nextOfMesh;
     else if (entry.nextOfMesh != None)
-        entry.mesh->WatcherOf(*this).firstEntry = entry.nextOfMesh;
+        entry.mesh->RecordOf(*this).entry = entry.nextOfMesh;
     else
-        entry.mesh->EndWatch(*this);
+        entry.mesh->RemoveListener(*this);
 }
 
-void SceneIndex::HasChanged(std::uint32_t firstEntry)
+void SceneIndex::OnReshaped(std::uint32_t firstEntry)
 {
     for (std::uint32_t entry = firstEntry; entry != None; entry = entries_[entry].nextOfMesh)
         MarkStale(entry);
 }
 
-void SceneIndex::MarkStale(Frame& frame)
+void SceneIndex::OnMoved(Frame& frame)
 {
-    for (std::uint32_t entry = frame.firstEntry_; entry != None; entry = entries_[entry].nextOfFrame)
+    for (std::uint32_t entry = FirstOf(frame); entry != None; entry = entries_[entry].nextOfFrame)
         MarkStale(entry);
 }
 
@@ -225,8 +240,8 @@ void SceneIndex::MarkStale(std::uint32_t entry)
 // Whether nothing comes after the frame and what is below it when the scene is walked.
 bool SceneIndex::IsLast(const Frame& frame) const
 {
-    for (const Frame* below = &frame; below != &root_; below = below->parent_)
-        if (below->parent_->children_.back().get() != below)
+    for (const Frame* below = &frame; below != &root_; below = below->Above())
+        if (below->Above()->Children().back().get() != below)
             return false;
     return true;
 }
@@ -236,7 +251,7 @@ void SceneIndex::Number()
     lastOrder_ = 0;
     const auto number = [&](Frame& frame)
     {
-        for (std::uint32_t entry = frame.firstEntry_; entry != None; entry = entries_[entry].nextOfFrame)
+        for (std::uint32_t entry = FirstOf(frame); entry != None; entry = entries_[entry].nextOfFrame)
             entries_[entry].order = ++lastOrder_;
     };
     VisitFrames(root_, number);
@@ -255,7 +270,7 @@ bool SceneIndex::ComesBefore(std::uint32_t entry, std::uint32_t other)
 void SceneIndex::Measure(Entry& entry)
 {
     entry.worldBox = {};
-    entry.mesh->WatcherOf(*this).isInformed = false;
+    entry.mesh->RecordOf(*this).isNotified = false;
     const Box& box = entry.mesh->Bounds();
     const Matrix4& world = entry.frame->WorldTransform();
     const auto inverse = IsFinite(world) ? Inverse(world) : std::nullopt;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/scenegraph/bvh/BoxTree.h"
+#include "platform/scenegraph/frames/HierarchyListener.h"
 #include "platform/scenegraph/mesh/MeshBuilder.h"
 
 #include <cstdint>
@@ -9,23 +10,26 @@
 
 namespace lumora
 {
-class Frame;
 class ScenePick;
 } // namespace lumora
 
 namespace lumora::rays
 {
 
-/// Made for a root when it is first picked in, and told by frames and meshes of every change. A change costs a note;
-/// the next pick takes the notes up: boxes of what moved are fitted into the tree where they are, and the tree is built
-/// anew when much changed or once as many changes as there are visuals have worn it. About 300 bytes for each visual.
+/// Made for a root when it is first picked in, and notified by frames and meshes of every change. A change costs a
+/// note; the next pick takes the notes up: boxes of what moved are fitted into the tree where they are, and the tree is
+/// built anew when much changed or once as many changes as there are visuals have worn it. About 300 bytes for each
+/// visual.
 ///
 /// Who changes a frame or a mesh says so before (BeforeChange), so that unfinished picks answer for the scene they
 /// were cast into.
-class SceneIndex
+class SceneIndex final : public HierarchyListener, public MeshListener
 {
 public:
-    static constexpr std::uint32_t None = 0xFFFFFFFF;
+    static constexpr std::uint32_t None = ListenerSlot::NoEntry;
+
+    /// The index of the frame's root, made at need.
+    static SceneIndex& Of(Frame& frame);
 
     /// One mesh in one frame. Links lead to entries.
     struct Entry
@@ -44,20 +48,18 @@ public:
     };
 
     explicit SceneIndex(Frame& root);
-    ~SceneIndex();
+    ~SceneIndex() override;
     SceneIndex(const SceneIndex&) = delete;
     SceneIndex& operator=(const SceneIndex&) = delete;
 
-    // Told by frames and meshes.
-
     /// Finishes the picks that are under way.
-    void BeforeChange();
-    void HasMoved(Frame& frame) { MarkStale(frame); }
-    void HasChanged(std::uint32_t firstEntry);
-    void HasGained(Frame& top);
-    void LosesFrames(Frame& top);
-    void HasGained(Frame& frame, const std::shared_ptr<Visual>& visual);
-    void Loses(Frame& frame, const std::shared_ptr<Visual>& visual);
+    void BeforeChange() override;
+    void OnMoved(Frame& frame) override;
+    void OnFramesAdded(Frame& top) override;
+    void OnFramesRemoved(Frame& top) override;
+    void OnVisualAdded(Frame& frame, const std::shared_ptr<Visual>& visual) override;
+    void OnVisualRemoved(Frame& frame, const std::shared_ptr<Visual>& visual) override;
+    void OnReshaped(std::uint32_t firstEntry) override;
 
     // For picks.
 
@@ -80,7 +82,6 @@ private:
     void RemoveEntry(std::uint32_t entry);
     void LinkToMesh(std::uint32_t entry);
     void UnlinkFromMesh(std::uint32_t entry);
-    void MarkStale(Frame& frame);
     void MarkStale(std::uint32_t entry);
     void Measure(Entry& entry);
     bool MustRebuild(const std::vector<std::uint32_t>& changed) const;
