@@ -52,12 +52,13 @@ endif()
 lumora_option(LUMORA_DESIGNER "The Qt widget in form designers" "${designer}")
 option(LUMORA_EXAMPLES "Example hosts" ON)
 option(LUMORA_FUZZ "Fuzzing programs; needs clang" OFF)
+option(LUMORA_WERROR "Warnings are errors; the presets say so" OFF)
 set(LUMORA_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
 
 # Every target of this project is compiled with these.
 add_library(lumora-flags INTERFACE)
-target_compile_options(lumora-flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Werror
-    -ffp-contract=off) # the same numbers on every processor
+target_compile_options(lumora-flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
+    $<$<BOOL:${LUMORA_WERROR}>:-Werror> -ffp-contract=off) # the same numbers on every processor
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # g++ 12 finds overlaps in std::string that are not there, and under sanitizers loses sight of std::optional.
     target_compile_options(lumora-flags INTERFACE -Wno-restrict $<$<BOOL:${LUMORA_SANITIZE}>:-Wno-maybe-uninitialized>)
