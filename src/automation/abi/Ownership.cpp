@@ -115,7 +115,7 @@ void OwnerCall::DestroyReleased()
     if (!shared.IsFree() && shared.owner != ThisThread())
         return;
     shared.owner = ThisThread();
-    ++shared.calls; // an end may call back, and nobody else may become the owner meanwhile
+    ++shared.calls; // an end may call back, and no other thread may become the owner meanwhile
     while (Counted* const first = shared.waiting)
     {
         shared.waiting = std::exchange(first->nextWaiting_, nullptr);

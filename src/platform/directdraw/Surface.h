@@ -98,7 +98,7 @@ public:
     /// surface any more. DDSurfaceBusy when locked or a context is out. Not on the primary.
     PixelView Lock();
 
-    /// The same for callers who may forget to unlock: the lock also ends when nobody refers to it any more.
+    /// The same for callers who may forget to unlock: the lock also ends with the last reference to it.
     std::shared_ptr<const SurfaceLock> LockShared();
 
     /// Ends either kind of lock. DDInvalidParams when it is not locked.
