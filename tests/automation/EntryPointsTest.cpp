@@ -245,6 +245,9 @@ TEST(EntryPoints, foreign_values_are_refused_without_being_looked_into)
     object.type = LumoraObject;
     object.value.object = &stranger;
     EXPECT_EQ(Use(viewport, "Scene", LUMORA_PUT_REFERENCE, {object}), 13);
+    object.value.object = ObjectFrom(viewport, "Scene", LUMORA_GET);
+    object.value.object->functions->Release(object.value.object);
+    EXPECT_EQ(Use(viewport, "Scene", LUMORA_PUT_REFERENCE, {object}), 13) << "released";
     for (const std::int32_t type : {1, 6, 7, 10, 12, 13, 0x4003, -1})
     {
         LumoraValue odd{};
