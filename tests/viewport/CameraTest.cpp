@@ -38,6 +38,7 @@ TEST(Camera, poses_without_a_level_direction_glide_and_turns_on_the_spot_have_no
 {
     const auto glide = [](Vector distance)
     { return [distance](Viewport& control) { EXPECT_EQ(control.AddCameraMovement(distance, tdlGlide), distance); }; };
+    const auto pitch = [](Viewport& control) { control.AddCameraRotation(QuarterTurn, 0, 0, 5, 5, 5, tdlAdvance); };
     const auto yaw = [](Viewport& control) { control.AddCameraRotation(0, QuarterTurn, 0, 5, 5, 5, tdlAdvance); };
     const auto roll = [](Viewport& control) { control.AddCameraRotation(0, 0, QuarterTurn, 5, 5, 5, tdlAdvance); };
     struct Row
@@ -56,6 +57,7 @@ TEST(Camera, poses_without_a_level_direction_glide_and_turns_on_the_spot_have_no
               StraightDown,
               glide({0, 0, 2}),
               {{2 * s, 0, 2 * s}, {0, -1, 0}, {0, 0, 1}}},
+          Row{"pitch on the spot", {{0, 0, -10}}, pitch, {{0, 0, -10}, {0, -1, 0}, {0, 0, 1}}},
           Row{"roll on the spot", {{0, 0, -10}}, roll, {{0, 0, -10}, {0, 0, 1}, {-1, 0, 0}}},
           Row{"yaw on the spot", {{0, 0, -10}}, yaw, {{0, 0, -10}, {1, 0, 0}, {0, 1, 0}}}})
     {
